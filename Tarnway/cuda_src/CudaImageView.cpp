@@ -1,0 +1,89 @@
+#include "tarnway_cuda/CudaImageView.h"
+
+#include <cuda_runtime.h>
+
+#include <new>
+
+namespace tarnway_cuda {
+
+using tarnway::ImageDimension;
+using tarnway::ImageInfoProperty;
+using tarnway::VectorX;
+
+namespace {
+
+std::size_t rowCount(const ImageInfoProperty& info) {
+    std::size_t rows = 1;
+    for (std::size_t i = 1; i < info.sizes().size(); ++i) rows *= info.sizes()[i];
+    return rows;
+}
+
+VectorX<std::size_t> packedRowsStride(const ImageInfoProperty& info, std::size_t rowPitchBytes) {
+    VectorX<std::size_t> stride(info.sizes().size());
+    stride[0] = elementSize(info.elementType());
+    stride[1] = rowPitchBytes;
+    for (std::size_t i = 2; i < stride.size(); ++i) stride[i] = stride[i - 1] * info.sizes()[i - 1];
+    return stride;
+}
+
+/// A row access that fails is told by its result; the runtime must not tell it a second time to the next call.
+bool succeeded(cudaError_t status) {
+    if (status == cudaSuccess) return true;
+    cudaGetLastError();
+    return false;
+}
+
+}  // namespace
+
+CudaImageView::CudaImageView(const ImageInfoProperty& info, std::shared_ptr<void> data, std::size_t rowPitchBytes)
+    : properties_(info), indexer_(packedRowsStride(info, rowPitchBytes)), data_(std::move(data)) {}
+
+CudaImageView::~CudaImageView() = default;
+
+std::shared_ptr<CudaImageView> CudaImageView::allocate(tarnway::ElementType type, std::size_t width, std::size_t height,
+                                                       std::size_t depth) {
+    const bool flat = depth == 1;
+    VectorX<std::size_t> sizes(flat ? 2 : 3);
+    sizes[0] = width;
+    sizes[1] = height;
+    if (!flat) sizes[2] = depth;
+    return allocate({type, flat ? tarnway::ImageType{} : tarnway::ImageType{ImageDimension::z}, sizes});
+}
+
+std::shared_ptr<CudaImageView> CudaImageView::allocate(const ImageInfoProperty& info) {
+    void* address = nullptr;
+    std::size_t pitch = 0;
+    const std::size_t widthBytes = info.sizes()[0] * elementSize(info.elementType());
+    if (!succeeded(cudaMallocPitch(&address, &pitch, widthBytes, rowCount(info)))) throw std::bad_alloc();
+    std::shared_ptr<void> owner(address, [](void* memory) { cudaFree(memory); });
+    return std::shared_ptr<CudaImageView>(new CudaImageView(info, std::move(owner), pitch));
+}
+
+std::shared_ptr<CudaImageView> CudaImageView::wrap(const ImageInfoProperty& info, void* deviceAddress,
+                                                   std::size_t rowPitchBytes) {
+    std::shared_ptr<void> borrowed(deviceAddress, [](void*) {});
+    return std::shared_ptr<CudaImageView>(new CudaImageView(info, std::move(borrowed), rowPitchBytes));
+}
+
+bool CudaImageView::contains(std::size_t count, const VectorX<std::size_t>& index) const {
+    const VectorX<std::size_t>& sizes = properties_.imageInfo().sizes();
+    if (index.size() != sizes.size() || index[0] > sizes[0] || count > sizes[0] - index[0]) return false;
+    for (std::size_t i = 1; i < sizes.size(); ++i) {
+        if (index[i] >= sizes[i]) return false;
+    }
+    return true;
+}
+
+bool CudaImageView::readRow(std::size_t count, void* buffer, const VectorX<std::size_t>& index) const {
+    if (!contains(count, index)) return false;
+    const auto* source = static_cast<const std::byte*>(data_.get()) + indexer_.byteOffset(index);
+    return succeeded(cudaMemcpy(buffer, source, count * indexer_.byteStride()[0], cudaMemcpyDeviceToHost));
+}
+
+bool CudaImageView::writeRow(std::size_t count, const void* buffer, const VectorX<std::size_t>& index) {
+    if (!contains(count, index)) return false;
+    auto* target = static_cast<std::byte*>(data_.get()) + indexer_.byteOffset(index);
+    return succeeded(cudaMemcpy(target, buffer, count * indexer_.byteStride()[0], cudaMemcpyHostToDevice));
+}
+
+}  // namespace tarnway_cuda

@@ -1,0 +1,7 @@
+#include "tarnway/ImageView.h"
+
+namespace tarnway {
+
+ImageView::~ImageView() = default;
+
+}  // namespace tarnway
