@@ -1,0 +1,48 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "tarnway/Vector.h"
+#include "zel/VoxelTypes.h"
+#include "zel/export.h"
+
+namespace zel {
+
+/// An image of up to five dimensions: axes 0 x, 1 y, 2 z, and two further ones, 3 and 4. Where its voxels lie (host
+/// memory, a GPU, somewhere else altogether) is the affair of the derived class; every image can be read and written
+/// row by row. To bring an image of your own, derive and implement at least the rows: back ends work on any image.
+class ZEL_API ImageModel {
+public:
+    using Orientation = std::array<tarnway::Vector<double, 3>, 3>;
+
+    virtual ~ImageModel();
+
+    /// Elements along an axis, 0 to 4.
+    virtual std::size_t getDimension(const int& axis) const = 0;
+    virtual VoxelTypes getDataType() const = 0;
+
+    /// World position of the first voxel's centre along world axis 0 to 2.
+    virtual double getOrigin(const int& axis) const = 0;
+    /// Voxel size along an axis, in the image's unit of length.
+    virtual void setSpacing(const int& axis, double value) = 0;
+    virtual double getSpacing(const int& axis) const = 0;
+    /// Directions of the axes x, y and z in the world, each of length 1.
+    virtual void getOrientation(Orientation& out) const = 0;
+
+    /// Copies `count` voxels along x from (x, y, z, i3, i4) into `buffer`, in the image's own type. Several threads may
+    /// read at once. False when the voxels cannot be had.
+    virtual bool readRow(std::size_t count, void* buffer, std::size_t x, std::size_t y, std::size_t z, std::size_t i3,
+                         std::size_t i4) const = 0;
+    /// The same towards the image. Several threads may write different rows at once.
+    virtual bool writeRow(std::size_t count, const void* buffer, std::size_t x, std::size_t y, std::size_t z,
+                          std::size_t i3, std::size_t i4) = 0;
+
+    /// Whether the voxels lie in the memory of a GPU.
+    virtual bool isDeviceResident() const { return false; }
+    /// Address of all voxels in host memory, x fastest and without gaps; null when they do not lie there like that.
+    virtual void* hostDataWritable() { return nullptr; }
+    virtual const void* hostDataReadOnly() const { return nullptr; }
+};
+
+}  // namespace zel

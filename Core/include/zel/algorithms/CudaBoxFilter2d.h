@@ -1,0 +1,31 @@
+#pragma once
+
+#include "zel/algorithms/RunnerAlgorithm.h"
+
+namespace zel::cuda {
+
+/// Moving average of a 2D image over a rectangle. The image's edge pixels are repeated outwards.
+///
+/// The mean at (x, y) covers kernelSizeX pixels from x - kernelSizeX / 2 (rounded down) on, and along y likewise. Means
+/// of integers are truncated toward zero.
+class ZEL_API CudaBoxFilter2d final : public RunnerAlgorithm {
+public:
+    CudaBoxFilter2d();
+    ~CudaBoxFilter2d() override;
+    static AlgoInfo* getClassInfo();
+    AlgoInfo* classInfo() const override { return getClassInfo(); }
+
+    PropertyReadImage inputImage{"inputImage"};        ///< uint8, uint16, int16, float32 or int8
+    Property<unsigned> kernelSizeX{"kernelSizeX", 3};  ///< pixels, at least 1
+    Property<unsigned> kernelSizeY{"kernelSizeY", 3};
+    Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
+    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}};
+    Property<CudaContext*> cudaContext{"cudaContext"};
+    PropertyWriteImage outputImage{"outputImage"};  ///< size and type of the input; not the same memory
+
+protected:
+    void validate() const override;
+    std::unique_ptr<AdaptedImages> adaptImages() override;
+};
+
+}  // namespace zel::cuda

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "zel/Measurements.h"
+#include "zel/algorithms/RunnerAlgorithm.h"
+
+namespace zel::cuda {
+
+/// Correlation of a 2D image with a small template at every pixel, by FFT, rescaled to -1 to 1. The image counts as 0
+/// outside.
+class ZEL_API CudaCrossCorrelation2d final : public RunnerAlgorithm {
+public:
+    CudaCrossCorrelation2d();
+    ~CudaCrossCorrelation2d() override;
+    static AlgoInfo* getClassInfo();
+    AlgoInfo* classInfo() const override { return getClassInfo(); }
+
+    PropertyReadImage inputImage{"inputImage"};                  ///< any real type of up to 32 bits, or float64
+    PropertyReadImage inputTemplate{"inputTemplate"};            ///< type of the input; no larger than it
+    PropertySingleChoice correlationMode{"correlationMode", 0};  ///< 0 plain, 1 local means removed
+    Property<int> tilingMode{"tilingMode", 0};                   ///< 1 cuts the image into tiles of tileSize
+    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}};
+    Property<CudaContext*> cudaContext{"cudaContext"};
+    PropertyWriteImage outputImage{"outputImage"};                            ///< size of the input, float32
+    Property<CrossCorrelation2dMsr*> outputMeasurement{"outputMeasurement"};  ///< may be null
+
+protected:
+    void validate() const override;
+};
+
+}  // namespace zel::cuda

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "zel/algorithms/RunnerAlgorithm.h"
+
+namespace zel::cuda {
+
+/// Gaussian smoothing of a 3D image, by one 1D convolution along each axis. The image is mirrored at its edges; the
+/// edge voxel is repeated.
+class ZEL_API CudaGaussianFilter3d final : public RunnerAlgorithm {
+public:
+    CudaGaussianFilter3d();
+    ~CudaGaussianFilter3d() override;
+    static AlgoInfo* getClassInfo();
+    AlgoInfo* classInfo() const override { return getClassInfo(); }
+
+    PropertyReadImage inputImage{"inputImage"};  ///< any real type of up to 32 bits, or float64
+    Property<Vector3<double>> standardDeviation{"standardDeviation", {1, 1, 1}};  ///< voxels; 0 leaves an axis alone
+    Property<double> kernelSizeFactor{"kernelSizeFactor", 3};  ///< kernel size per standard deviation, above 0
+    Property<bool> voxelTypeIntermediate{"voxelTypeIntermediate",
+                                         false};  ///< round between the axes; takes less memory
+    Property<int> tilingMode{"tilingMode", 0};    ///< 1 cuts the image into tiles of tileSize
+    Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}};
+    Property<CudaContext*> cudaContext{"cudaContext"};
+    PropertyWriteImage outputImage{"outputImage"};  ///< size of the input, its type or float32; not the same memory
+
+protected:
+    void validate() const override;
+};
+
+}  // namespace zel::cuda

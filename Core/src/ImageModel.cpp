@@ -1,0 +1,7 @@
+#include "zel/ImageModel.h"
+
+namespace zel {
+
+ImageModel::~ImageModel() = default;
+
+}  // namespace zel

@@ -1,0 +1,8 @@
+#include "zel/SafeObject.h"
+
+namespace zel {
+
+SafeObject::SafeObject() = default;
+SafeObject::~SafeObject() = default;
+
+}  // namespace zel

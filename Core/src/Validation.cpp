@@ -1,0 +1,123 @@
+#include "Validation.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <sstream>
+
+#include "Helper/raise.h"
+#include "SharedMemory.h"
+
+namespace zel::validation {
+
+namespace {
+
+constexpr std::array axisNames = {"x", "y", "z", "axis 3", "axis 4"};
+
+template <typename... Parts>
+[[noreturn]] void refuse(const Parts&... parts) {
+    raise<RuntimeError>("Core/src/Validation", __LINE__, parts...);
+}
+
+std::string sizeText(const ImageModel& image) {
+    std::ostringstream text;
+    text << image.getDimension(0) << " x " << image.getDimension(1) << " x " << image.getDimension(2);
+    return text.str();
+}
+
+std::string typeList(std::initializer_list<VoxelTypes> types) {
+    std::string text;
+    for (const VoxelTypes type : types) text.append(text.empty() ? "" : ", ").append(voxelTypeName(type));
+    return text;
+}
+
+void requireDimension(const NamedImage& image, int axis, std::size_t low, std::size_t high, const char* allowed) {
+    const std::size_t size = image.image->getDimension(axis);
+    if (size >= low && size <= high) return;
+    refuse(image.name, " has ", size, " elements along ", axisNames[static_cast<std::size_t>(axis)], "; ", allowed);
+}
+
+void requireComponents(const Property<int>& tilingMode, std::string_view name, std::initializer_list<unsigned> tile) {
+    if (tilingMode.get() != 1 || std::find(tile.begin(), tile.end(), 0U) == tile.end()) return;
+    std::ostringstream text;
+    for (const unsigned component : tile) text << (text.str().empty() ? "" : ", ") << component;
+    refuse(name, " is (", text.str(), "); with tilingMode 1 each component must be at least 1");
+}
+
+}  // namespace
+
+void requireImage(const NamedImage& image) {
+    if (image.image == nullptr) refuse(image.name, " is missing; an image is needed");
+    for (int axis = 0; axis < 5; ++axis) {
+        requireDimension(image, axis, 1, SIZE_MAX, "an image must have at least 1");
+    }
+    for (const int axis : {3, 4}) requireDimension(image, axis, 1, 1, "this algorithm takes 1");
+}
+
+void requireImage2d(const NamedImage& image) {
+    requireImage(image);
+    requireDimension(image, 2, 1, 1, "a 2D algorithm takes 1; run it slice by slice");
+    for (const int axis : {0, 1}) {
+        requireDimension(image, axis, 1, nppLimit, "a 2D algorithm takes at most 2147483647");
+    }
+}
+
+void requireSameSize(const NamedImage& image, const NamedImage& reference) {
+    for (int axis = 0; axis < 5; ++axis) {
+        if (image.image->getDimension(axis) == reference.image->getDimension(axis)) continue;
+        refuse(image.name, " is ", sizeText(*image.image), "; it must have the size of ", reference.name, ", ",
+               sizeText(*reference.image));
+    }
+}
+
+void requireNotLarger(const NamedImage& image, const NamedImage& reference) {
+    for (int axis = 0; axis < 5; ++axis) {
+        if (image.image->getDimension(axis) <= reference.image->getDimension(axis)) continue;
+        refuse(image.name, " is ", sizeText(*image.image), "; it must be no larger than ", reference.name, ", ",
+               sizeText(*reference.image));
+    }
+}
+
+void requireType(const NamedImage& image, std::initializer_list<VoxelTypes> allowed) {
+    const VoxelTypes type = image.image->getDataType();
+    if (std::find(allowed.begin(), allowed.end(), type) != allowed.end()) return;
+    refuse(image.name, " is of type ", voxelTypeName(type), "; the type must be one of ", typeList(allowed));
+}
+
+void requireSameType(const NamedImage& image, const NamedImage& reference) {
+    const VoxelTypes type = image.image->getDataType();
+    if (type == reference.image->getDataType()) return;
+    refuse(image.name, " is of type ", voxelTypeName(type), "; it must have the type of ", reference.name, ", ",
+           voxelTypeName(reference.image->getDataType()));
+}
+
+void requireDistinct(const NamedImage& output, const NamedImage& input) {
+    if (!sharesMemory(*output.image, *input.image)) return;
+    refuse(output.name, " shares memory with ", input.name, "; it must be another image");
+}
+
+void requireRange(const Property<unsigned>& property, unsigned low, unsigned high) {
+    const unsigned value = property.get();
+    if (value >= low && value <= high) return;
+    refuse(property.name(), " is ", value, "; it must be from ", low, " to ", high);
+}
+
+void requireNotNegative(std::string_view name, double value) {
+    if (value >= 0 && std::isfinite(value)) return;
+    refuse(name, " is ", value, "; it must be a finite number of at least 0");
+}
+
+void requirePositive(std::string_view name, double value) {
+    if (value > 0 && std::isfinite(value)) return;
+    refuse(name, " is ", value, "; it must be a finite number above 0");
+}
+
+void requireTile(const Property<int>& tilingMode, const Property<Vector2<unsigned>>& tileSize) {
+    requireComponents(tilingMode, tileSize.name(), {tileSize.get().x, tileSize.get().y});
+}
+
+void requireTile(const Property<int>& tilingMode, const Property<Vector3<unsigned>>& tileSize) {
+    requireComponents(tilingMode, tileSize.name(), {tileSize.get().x, tileSize.get().y, tileSize.get().z});
+}
+
+}  // namespace zel::validation

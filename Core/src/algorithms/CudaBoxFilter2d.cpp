@@ -1,0 +1,35 @@
+#include "zel/algorithms/CudaBoxFilter2d.h"
+
+#include "AdaptedImages.h"
+#include "Validation.h"
+
+namespace zel::cuda {
+
+CudaBoxFilter2d::CudaBoxFilter2d() = default;
+CudaBoxFilter2d::~CudaBoxFilter2d() = default;
+
+AlgoInfo* CudaBoxFilter2d::getClassInfo() {
+    static AlgoInfo info("CudaBoxFilter2d");
+    return &info;
+}
+
+void CudaBoxFilter2d::validate() const {
+    using namespace validation;
+    requireImage2d(inputImage);
+    requireImage2d(outputImage);
+    requireRange(kernelSizeX, 1, nppLimit);
+    requireRange(kernelSizeY, 1, nppLimit);
+    requireTile(tilingMode, tileSize);
+    requireType(inputImage,
+                {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
+    requireSameSize(outputImage, inputImage);
+    requireSameType(outputImage, inputImage);
+    requireDistinct(outputImage, inputImage);
+}
+
+std::unique_ptr<AdaptedImages> CudaBoxFilter2d::adaptImages() {
+    if (inputImage.get()->getDataType() != VoxelTypes::int8) return nullptr;
+    return std::make_unique<AdaptedImages>(inputImage, outputImage);
+}
+
+}  // namespace zel::cuda

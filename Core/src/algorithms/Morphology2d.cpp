@@ -1,0 +1,63 @@
+#include "zel/algorithms/Morphology2d.h"
+
+#include "AdaptedImages.h"
+#include "Validation.h"
+
+namespace zel::cuda {
+
+MorphologyAlgorithm2d::MorphologyAlgorithm2d() = default;
+MorphologyAlgorithm2d::~MorphologyAlgorithm2d() = default;
+
+void MorphologyAlgorithm2d::validate() const {
+    using namespace validation;
+    requireImage2d(inputImage);
+    requireImage2d(outputImage);
+    // The mask of 2 radius + 1 pixels has to fit NPP's sizes.
+    requireRange(kernelRadius, 1, nppLimit / 2);
+    requireTile(tilingMode, tileSize);
+    requireType(inputImage,
+                {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::float32, VoxelTypes::int8, VoxelTypes::int16});
+    requireSameSize(outputImage, inputImage);
+    requireSameType(outputImage, inputImage);
+    requireDistinct(outputImage, inputImage);
+}
+
+std::unique_ptr<AdaptedImages> MorphologyAlgorithm2d::adaptImages() {
+    const VoxelTypes type = inputImage.get()->getDataType();
+    if (type != VoxelTypes::int8 && type != VoxelTypes::int16) return nullptr;
+    return std::make_unique<AdaptedImages>(inputImage, outputImage);
+}
+
+CudaErosion2d::CudaErosion2d() = default;
+CudaErosion2d::~CudaErosion2d() = default;
+
+AlgoInfo* CudaErosion2d::getClassInfo() {
+    static AlgoInfo info("CudaErosion2d");
+    return &info;
+}
+
+CudaDilation2d::CudaDilation2d() = default;
+CudaDilation2d::~CudaDilation2d() = default;
+
+AlgoInfo* CudaDilation2d::getClassInfo() {
+    static AlgoInfo info("CudaDilation2d");
+    return &info;
+}
+
+CudaOpening2d::CudaOpening2d() = default;
+CudaOpening2d::~CudaOpening2d() = default;
+
+AlgoInfo* CudaOpening2d::getClassInfo() {
+    static AlgoInfo info("CudaOpening2d");
+    return &info;
+}
+
+CudaClosing2d::CudaClosing2d() = default;
+CudaClosing2d::~CudaClosing2d() = default;
+
+AlgoInfo* CudaClosing2d::getClassInfo() {
+    static AlgoInfo info("CudaClosing2d");
+    return &info;
+}
+
+}  // namespace zel::cuda

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <random>
+#include <type_traits>
+#include <vector>
+
+#include "zel/HostImage.h"
+
+namespace zel::test {
+
+template <typename T>
+constexpr VoxelTypes voxelTypeOf() {
+    if constexpr (std::is_same_v<T, float>) return VoxelTypes::float32;
+    if constexpr (std::is_same_v<T, double>) return VoxelTypes::float64;
+    constexpr int log2Size = sizeof(T) == 1 ? 0 : sizeof(T) == 2 ? 1 : sizeof(T) == 4 ? 2 : 3;
+    return static_cast<VoxelTypes>((std::is_signed_v<T> ? 4 : 0) + log2Size);
+}
+
+/// Voxels of an image without gaps.
+template <typename T>
+T* voxels(HostImage& image) {
+    return static_cast<T*>(image.data());
+}
+
+/// An image of its own, filled from the seed: integers over their whole range, floats around 0.
+template <typename T>
+HostImage randomImage(const ImageSize& size, unsigned seed) {
+    HostImage image(voxelTypeOf<T>(), size);
+    std::mt19937 random(seed);
+    const std::size_t count = size.x * size.y * size.z * size.i3 * size.i4;
+    for (std::size_t i = 0; i < count; ++i) {
+        if constexpr (std::is_floating_point_v<T>) {
+            voxels<T>(image)[i] = static_cast<T>(std::normal_distribution<double>(0, 100)(random));
+        } else {
+            voxels<T>(image)[i] = static_cast<T>(random());
+        }
+    }
+    return image;
+}
+
+/// All voxels of any image, x fastest, as its own type.
+template <typename T>
+std::vector<T> readAll(const ImageModel& image) {
+    const std::size_t width = image.getDimension(0);
+    std::vector<T> result;
+    std::vector<T> row(width);
+    for (std::size_t i4 = 0; i4 < image.getDimension(4); ++i4) {
+        for (std::size_t i3 = 0; i3 < image.getDimension(3); ++i3) {
+            for (std::size_t z = 0; z < image.getDimension(2); ++z) {
+                for (std::size_t y = 0; y < image.getDimension(1); ++y) {
+                    if (!image.readRow(width, row.data(), 0, y, z, i3, i4)) return {};
+                    result.insert(result.end(), row.begin(), row.end());
+                }
+            }
+        }
+    }
+    return result;
+}
+
+/// An image that can only be reached row by row, and that may fail at one of its rows.
+class RowsOnlyImage : public LocatedImage {
+public:
+    explicit RowsOnlyImage(HostImage image, std::optional<std::size_t> failingRow = {})
+        : image_(std::move(image)), failingRow_(failingRow) {}
+
+    std::size_t getDimension(const int& axis) const override { return image_.getDimension(axis); }
+    VoxelTypes getDataType() const override { return image_.getDataType(); }
+    bool readRow(std::size_t count, void* buffer, std::size_t x, std::size_t y, std::size_t z, std::size_t i3,
+                 std::size_t i4) const override {
+        return y != failingRow_ && image_.readRow(count, buffer, x, y, z, i3, i4);
+    }
+    bool writeRow(std::size_t count, const void* buffer, std::size_t x, std::size_t y, std::size_t z, std::size_t i3,
+                  std::size_t i4) override {
+        return y != failingRow_ && image_.writeRow(count, buffer, x, y, z, i3, i4);
+    }
+
+private:
+    HostImage image_;
+    std::optional<std::size_t> failingRow_;
+};
+
+}  // namespace zel::test
