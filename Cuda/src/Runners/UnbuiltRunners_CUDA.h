@@ -1,0 +1,31 @@
+#pragma once
+
+#include "CudaRunnable_CUDA.h"
+#include "Helper/raise.h"
+#include "Helper/safe_cast.h"
+#include "zel/algorithms.h"
+
+namespace zel::cuda {
+
+/// Stands for an algorithm that this build has no GPU implementation of, and says so when it is run.
+template <typename Algo>
+class UnbuiltRunner : public CudaRunnable {
+public:
+    void run(BaseAlgorithm* algorithm) final {
+        const auto* const own = safe_cast<Algo*>(algorithm);
+        raise<RuntimeError>("Cuda/src/Runners/UnbuiltRunners_CUDA", __LINE__, own->classInfo()->className(),
+                            " has no GPU implementation in this build");
+    }
+};
+
+class CudaNonLocalMeansRunner final : public UnbuiltRunner<CudaAdaptiveManifoldNlmFilter> {};
+class CudaCrossCorrelation2dRunner final : public UnbuiltRunner<CudaCrossCorrelation2d> {};
+class CudaTemplateMatching3dRunner final : public UnbuiltRunner<CudaTemplateMatching3d> {};
+class CudaGaussianFilter3dRunner final : public UnbuiltRunner<CudaGaussianFilter3d> {};
+class CudaMedianFilter2dRunner final : public UnbuiltRunner<CudaMedianFilter2d> {};
+class CudaClosing2dRunner final : public UnbuiltRunner<CudaClosing2d> {};
+class CudaDilation2dRunner final : public UnbuiltRunner<CudaDilation2d> {};
+class CudaErosion2dRunner final : public UnbuiltRunner<CudaErosion2d> {};
+class CudaOpening2dRunner final : public UnbuiltRunner<CudaOpening2d> {};
+
+}  // namespace zel::cuda

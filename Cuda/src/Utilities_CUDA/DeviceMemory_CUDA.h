@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+namespace zel::cuda {
+
+/// Plain device memory, freed with its last owner. @throws RuntimeError when it cannot be had.
+std::shared_ptr<void> allocateDeviceMemory(std::size_t bytes);
+
+/// Device memory of `depth` slices of `height` rows of `widthBytes`, rows padded as the runtime likes them, freed with
+/// its last owner.
+/// @param pitch  gets the bytes from row to row.
+std::shared_ptr<void> allocateDevicePitched(std::size_t& pitch, std::size_t widthBytes, std::size_t height,
+                                            std::size_t depth);
+
+/// Free bytes of the current device. A failure resets the device (checkCudaFatal).
+std::size_t getFreeDeviceMemory();
+
+/// How wide a device is, for launches that are shaped after it.
+void getDeviceCoreInfo(int device, unsigned& multiProcessors, unsigned& coresPerMultiProcessor);
+
+}  // namespace zel::cuda
