@@ -1,0 +1,82 @@
+#include "CudaBoxFilter2d_CUDA.h"
+
+#include <nppi_filtering_functions.h>
+
+#include "Helper/safe_cast.h"
+#include "NppArguments_CUDA.h"
+#include "Tiling/BaseImplCudaAlgorithm2dImageToImage.h"
+#include "Utilities_CUDA/Gpu_CUDA.h"
+#include "Utilities_CUDA/StatusChecks_CUDA.h"
+#include "zel/algorithms/CudaBoxFilter2d.h"
+
+namespace zel::cuda {
+
+namespace {
+
+template <typename T>
+constexpr auto filterBoxBorder = nullptr;
+template <>
+constexpr auto filterBoxBorder<Npp8u> = &nppiFilterBoxBorder_8u_C1R_Ctx;
+template <>
+constexpr auto filterBoxBorder<Npp16u> = &nppiFilterBoxBorder_16u_C1R_Ctx;
+template <>
+constexpr auto filterBoxBorder<Npp16s> = &nppiFilterBoxBorder_16s_C1R_Ctx;
+template <>
+constexpr auto filterBoxBorder<Npp32f> = &nppiFilterBoxBorder_32f_C1R_Ctx;
+
+template <typename T>
+struct BoxFilterTilingProcessingFunctor {
+    BoxFilterTilingProcessingFunctor(unsigned kernelSizeX, unsigned kernelSizeY, NppStreamContext* streamContext)
+        : sizeX(kernelSizeX),
+          sizeY(kernelSizeY),
+          context(streamContext),
+          maskSize{static_cast<int>(sizeX), static_cast<int>(sizeY)},
+          anchor{static_cast<int>(sizeX / 2), static_cast<int>(sizeY / 2)} {}
+
+    /// The border is that of the tile. Between tiles the margins hide it; at the image's edge it is the filter's own.
+    void process(const T* src, std::size_t srcPitch, T* dst, std::size_t dstPitch,
+                 const Vector3<unsigned>& size) const {
+        checkNppStatus(filterBoxBorder<T>(src, nppStep(srcPitch), nppSize(size), NppiPoint{0, 0}, dst,
+                                          nppStep(dstPitch), nppSize(size), maskSize, anchor, NPP_BORDER_REPLICATE,
+                                          *context));
+    }
+
+    unsigned sizeX;
+    unsigned sizeY;
+    NppStreamContext* context;
+    NppiSize maskSize;
+    NppiPoint anchor;
+};
+
+template <typename T>
+class CudaBoxFilter2dImpl final
+    : public BaseImplCudaAlgorithm2dImageToImage<CudaBoxFilter2d, T, T, BoxFilterTilingProcessingFunctor<T>> {
+    using BaseImplCudaAlgorithm2dImageToImage<CudaBoxFilter2d, T, T,
+                                              BoxFilterTilingProcessingFunctor<T>>::BaseImplCudaAlgorithm2dImageToImage;
+};
+
+template <typename T>
+void runBoxFilter(CudaBoxFilter2d* algorithm) {
+    const auto context = makeNppStreamContext(algorithm->cudaContext);
+    BoxFilterTilingProcessingFunctor<T> functor(algorithm->kernelSizeX, algorithm->kernelSizeY, context.get());
+    const Vector3<unsigned> overlap{functor.sizeX / 2, functor.sizeY / 2, 0};
+    CudaBoxFilter2dImpl<T>(algorithm, overlap, &functor, context->hStream).run();
+}
+
+}  // namespace
+
+void CudaBoxFilter2dRunner::run(BaseAlgorithm* algorithm) {
+    auto* const filter = safe_cast<CudaBoxFilter2d*>(algorithm);
+    switch (filter->inputImage.get()->getDataType()) {
+        case VoxelTypes::uint8:
+            return runBoxFilter<Npp8u>(filter);
+        case VoxelTypes::uint16:
+            return runBoxFilter<Npp16u>(filter);
+        case VoxelTypes::int16:
+            return runBoxFilter<Npp16s>(filter);
+        default:
+            return runBoxFilter<Npp32f>(filter);
+    }
+}
+
+}  // namespace zel::cuda
