@@ -1,0 +1,113 @@
+#include "Utilities_CUDA/DeviceImage.h"
+
+#include <gtest/gtest.h>
+#include <host_device.h>
+
+#include "Utilities_CUDA/DeviceCopy_CUDA.h"
+#include "Utilities_CUDA/StatusChecks_CUDA.h"
+#include "zel/Exceptions.h"
+
+using namespace zel;
+using namespace zel::cuda;
+
+namespace {
+
+std::uint64_t allocations() {
+    return host::callCount("cudaMalloc") + host::callCount("cudaMallocPitch") + host::callCount("cudaMalloc3D");
+}
+
+/// Allocations that a resize of the image makes.
+template <typename T>
+std::uint64_t allocationsOf(DeviceImage<T>& image, std::size_t width, std::size_t height, std::size_t depth,
+                            bool exact) {
+    const std::uint64_t before = allocations();
+    image.resize(width, height, depth, exact);
+    return allocations() - before;
+}
+
+}  // namespace
+
+TEST(DeviceImage, KeepsItsMemoryWhileTheSizeFits) {
+    DeviceImage<float> image(100, 20, 3, true);
+    const std::size_t pitch = image.pitch();
+    EXPECT_EQ(pitch % 256, 0U);
+    EXPECT_EQ(image.slicePitch(), 20 * pitch);
+
+    EXPECT_EQ(allocationsOf(image, 100, 20, 3, true), 0U);
+    EXPECT_EQ(allocationsOf(image, 60, 20, 3, true), 0U) << "narrower rows fit the pitch";
+    EXPECT_EQ(image.width(), 100U) << "the fields are those of the allocation";
+    EXPECT_EQ(allocationsOf(image, 128, 20, 3, true), 0U) << "so do wider rows, into the padding";
+    EXPECT_EQ(allocationsOf(image, 60, 10, 2, false), 0U);
+    EXPECT_EQ(allocationsOf(image, 60, 10, 3, true), 1U) << "exact means the same height";
+    EXPECT_EQ(image.slicePitch(), 10 * image.pitch());
+    EXPECT_EQ(allocationsOf(image, 60, 10, 4, false), 1U);
+    EXPECT_EQ(allocationsOf(image, 600, 10, 4, false), 1U);
+    EXPECT_EQ(allocationsOf(image, 600, 11, 4, false), 1U);
+}
+
+TEST(DeviceImage, PlainRowsArePackedAndAZeroSizeIsLegal) {
+    DeviceImage<double> packed(7, 5, false);
+    EXPECT_EQ(packed.pitch(), 7 * sizeof(double));
+    EXPECT_EQ(packed.depth(), 1U);
+    packed.clear();
+    EXPECT_EQ(packed.data(), nullptr);
+    EXPECT_EQ(packed.pitch() + packed.slicePitch() + packed.width() + packed.height() + packed.depth(), 0U);
+
+    const std::uint64_t before = host::callCount();
+    const DeviceImage<float> nothing(0, 0, 0, true);
+    EXPECT_EQ(host::callCount(), before) << "an empty buffer asks the device for nothing";
+    EXPECT_NO_THROW(DeviceImage<float>(0, 0, true));
+    EXPECT_NO_THROW(DeviceImage<float>(0, 5, false));
+}
+
+TEST(DeviceImage, DropsTheOldMemoryBeforeItAsksForNew) {
+    const auto before = host::deviceUse();
+    {
+        DeviceImage<std::uint8_t> image(1024, 1024, false);
+        host::resetPeakBytes();
+        image.resize(1024, 2048, true);
+        EXPECT_EQ(host::deviceUse().peakBytes, before.liveBytes + 1024 * 2048);
+
+        host::injectFault({.call = "cudaMalloc"});
+        EXPECT_THROW(image.resize(1024, 4096, true), RuntimeError);
+        EXPECT_EQ(image.data(), nullptr);
+        EXPECT_EQ(host::deviceUse().liveBytes, before.liveBytes);
+    }
+    EXPECT_EQ(host::deviceUse().liveAllocations, before.liveAllocations);
+}
+
+TEST(CopyDeviceVolume, TakesEachVolumesOwnPitches) {
+    constexpr std::size_t width = 5, height = 3, depth = 2;
+    for (const std::size_t copied : {depth, std::size_t{1}}) {
+        DeviceImage<std::uint16_t> src(8, 4, depth, false), dst(width, height, depth, true);
+        std::vector<std::uint16_t> values(8 * 4 * depth);
+        for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<std::uint16_t>(i);
+        checkCudaStatus(cudaMemcpy(src.data(), values.data(), values.size() * 2, cudaMemcpyHostToDevice));
+        copyDeviceVolume(src.data(), src.pitch(), src.slicePitch(), dst.data(), dst.pitch(), dst.slicePitch(), width,
+                         height, copied, nullptr);
+        checkCudaStatus(cudaDeviceSynchronize());
+        for (std::size_t z = 0; z < copied; ++z) {
+            for (std::size_t y = 0; y < height; ++y) {
+                std::uint16_t row[width];
+                const auto* const from =
+                    reinterpret_cast<const char*>(dst.data()) + z * dst.slicePitch() + y * dst.pitch();
+                checkCudaStatus(cudaMemcpy(row, from, sizeof row, cudaMemcpyDeviceToHost));
+                for (std::size_t x = 0; x < width; ++x) EXPECT_EQ(row[x], (z * 4 + y) * 8 + x);
+            }
+        }
+    }
+}
+
+TEST(GetDeviceCoreInfo, KnowsTheHostDevice) {
+    unsigned multiProcessors = 0, cores = 0;
+    getDeviceCoreInfo(0, multiProcessors, cores);
+    EXPECT_EQ(multiProcessors, 132U);
+    EXPECT_EQ(cores, 128U);
+    EXPECT_THROW(getDeviceCoreInfo(99, multiProcessors, cores), RuntimeError);
+}
+
+TEST(GetFreeDeviceMemory, FallsByWhatIsAllocated) {
+    const std::size_t before = getFreeDeviceMemory();
+    const auto memory = allocateDeviceMemory(1 << 20);
+    EXPECT_EQ(getFreeDeviceMemory(), before - (1 << 20));
+}

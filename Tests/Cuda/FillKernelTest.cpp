@@ -1,0 +1,40 @@
+#include "Kernels/FillKernel.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <vector>
+
+#include "Utilities_CUDA/DeviceMemory_CUDA.h"
+#include "Utilities_CUDA/StatusChecks_CUDA.h"
+
+using namespace zel::cuda;
+
+namespace {
+
+/// The mask and one byte behind it, which started as 9.
+std::vector<unsigned char> diamond(int radius, std::size_t bytes) {
+    std::vector<unsigned char> host(bytes + 1, 9);
+    const auto device = allocateDeviceMemory(host.size());
+    checkCudaStatus(cudaMemcpy(device.get(), host.data(), host.size(), cudaMemcpyHostToDevice));
+    fillKernelV4(static_cast<unsigned char*>(device.get()), radius, nullptr);
+    checkCudaStatus(cudaDeviceSynchronize());
+    checkCudaStatus(cudaMemcpy(host.data(), device.get(), host.size(), cudaMemcpyDeviceToHost));
+    return host;
+}
+
+using Bytes = std::vector<unsigned char>;
+
+}  // namespace
+
+TEST(FillKernelV4, WritesTheDiamondAndNoByteMore) {
+    EXPECT_EQ(diamond(0, 1), (Bytes{1, 9}));
+    EXPECT_EQ(diamond(1, 9), (Bytes{0, 1, 0, 1, 1, 1, 0, 1, 0, 9}));
+    EXPECT_EQ(diamond(2, 25), (Bytes{0, 0, 1, 0, 0, 0, 1, 1, 1, 0, 1, 1, 1, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 0, 0, 9}));
+    EXPECT_EQ(diamond(-1, 3), (Bytes{9, 9, 9, 9}));
+    const int r = 40, side = 2 * r + 1;
+    const Bytes mask = diamond(r, side * side);
+    for (int i = 0; i < side * side; ++i) {
+        ASSERT_EQ(mask[i], std::abs(i % side - r) + std::abs(i / side - r) <= r ? 1 : 0) << i;
+    }
+}

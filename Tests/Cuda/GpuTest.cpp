@@ -1,0 +1,122 @@
+#include "Utilities_CUDA/Gpu_CUDA.h"
+
+#include <gtest/gtest.h>
+#include <host_device.h>
+
+#include "zel/Exceptions.h"
+
+using namespace zel;
+using namespace zel::cuda;
+
+namespace {
+
+int currentDevice() {
+    int device = -1;
+    cudaGetDevice(&device);
+    return device;
+}
+
+}  // namespace
+
+class Gpu : public ::testing::Test {
+protected:
+    void TearDown() override {
+        cudaSetDevice(0);
+        EXPECT_EQ(host::deviceUse().liveStreams, streamsBefore_);
+    }
+
+private:
+    host::ScopedDevices devices_{3, 64 << 20};
+    std::uint64_t streamsBefore_ = host::deviceUse().liveStreams;
+};
+
+TEST_F(Gpu, ContextWithoutStreamMakesOneForItsLife) {
+    for (const CudaContext& given : {CudaContext{}, CudaContext{1, nullptr}}) {
+        const std::uint64_t streams = host::deviceUse().liveStreams;
+        auto context = makeNppStreamContext(&given);
+        EXPECT_NE(context->hStream, nullptr);
+        EXPECT_EQ(context->nCudaDeviceId, given.deviceId < 0 ? 0 : 1);
+        EXPECT_EQ(context->nMultiProcessorCount, 132);
+        EXPECT_EQ(context->nMaxThreadsPerBlock, 1024);
+        EXPECT_EQ(context->nCudaDevAttrComputeCapabilityMajor, 9);
+        EXPECT_EQ(host::deviceUse().liveStreams, streams + 1);
+        context.reset();
+        EXPECT_EQ(host::deviceUse().liveStreams, streams);
+    }
+    EXPECT_EQ(makeNppStreamContext(nullptr)->nCudaDeviceId, 0);
+    EXPECT_EQ(currentDevice(), 0) << "the current device is left alone";
+}
+
+TEST_F(Gpu, ContextKeepsTheCallersStream) {
+    cudaStream_t stream = nullptr;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    const CudaContext given{2, stream};
+    auto context = makeNppStreamContext(&given);
+    EXPECT_EQ(context->hStream, stream);
+    EXPECT_EQ(context->nCudaDeviceId, 2);
+    context.reset();
+    EXPECT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
+    cudaStreamDestroy(stream);
+}
+
+TEST_F(Gpu, AnIdOfNoGpuStandsForTheCurrentOne) {
+    cudaSetDevice(1);
+    for (const int id : {3, 100, -1}) {
+        const CudaContext given{id, nullptr};
+        EXPECT_EQ(makeNppStreamContext(&given)->nCudaDeviceId, 1) << id;
+    }
+}
+
+TEST_F(Gpu, ContextLeavesNothingBehindWhenACallFails) {
+    const CudaContext given{1, nullptr};
+    host::resetCallCounts();
+    makeNppStreamContext(&given);
+    const std::uint64_t calls = host::callCount("cudaStreamCreate") + host::callCount("cudaStreamGetFlags") +
+                                host::callCount("cudaGetDeviceCount") + host::callCount("cudaGetDeviceProperties") +
+                                host::callCount("cudaDeviceGetAttribute");
+    EXPECT_EQ(calls, 6U);
+    for (std::uint64_t nth = 1; nth <= calls; ++nth) {
+        host::injectFault({.call = "", .nth = nth});
+        EXPECT_THROW(makeNppStreamContext(&given), RuntimeError) << "call " << nth;
+    }
+    host::clearFault();
+}
+
+TEST_F(Gpu, GuardSelectsADeviceAndPutsTheFormerOneBack) {
+    cudaSetDevice(1);
+    host::resetCallCounts();
+    {
+        const auto guard = makeChangeCurrentGpu(2);
+        EXPECT_EQ(currentDevice(), 2);
+    }
+    EXPECT_EQ(currentDevice(), 1);
+    EXPECT_EQ(host::callCount("cudaSetDevice"), 2U);
+    host::resetCallCounts();
+    makeChangeCurrentGpu(1).reset();
+    EXPECT_EQ(host::callCount("cudaSetDevice"), 1U) << "none to select what is selected, one to put it back";
+    EXPECT_THROW(makeChangeCurrentGpu(7), RuntimeError);
+    EXPECT_EQ(currentDevice(), 1);
+
+    auto guard = makeChangeCurrentGpu(0);
+    host::injectFault({.call = "cudaSetDevice"});
+    EXPECT_NO_THROW(guard.reset()) << "an error in a destructor is swallowed";
+    cudaGetLastError();
+}
+
+TEST_F(Gpu, CountsDevicesAndReportsWhenItCannot) {
+    EXPECT_EQ(getDeviceCount(), 3);
+    {
+        const host::ScopedDevices none(0, 0);
+        EXPECT_EQ(getDeviceCount(), 0);
+    }
+    host::injectFault({.call = "cudaGetDeviceCount"});
+    EXPECT_THROW(getDeviceCount(), RuntimeError);
+}
+
+TEST_F(Gpu, StreamGoesWithItsLastOwner) {
+    const std::uint64_t streams = host::deviceUse().liveStreams;
+    auto stream = makeCudaStream();
+    EXPECT_EQ(host::deviceUse().liveStreams, streams + 1);
+    stream.reset();
+    EXPECT_EQ(host::deviceUse().liveStreams, streams);
+}
