@@ -18,6 +18,11 @@ if(NOT DEFINED CMAKE_CUDA_ARCHITECTURES)
 endif()
 
 enable_language(CUDA)
+if(NOT CMAKE_CUDA20_STANDARD_COMPILE_OPTION)
+    # CMake 3.25.1, which Debian 12 has, does not know yet that nvcc can do this.
+    set(CMAKE_CUDA20_STANDARD_COMPILE_OPTION -std=c++20)
+    set(CMAKE_CUDA20_EXTENSION_COMPILE_OPTION -std=c++20)
+endif()
 set(CMAKE_CUDA_STANDARD 20)
 set(CMAKE_CUDA_STANDARD_REQUIRED ON)
 set(CMAKE_CUDA_EXTENSIONS OFF)

@@ -1,0 +1,24 @@
+# zel_install_library(target [include folder]): a library of the installed tree, found there as zel::NAME with
+# find_package(zel).
+function(zel_install_library target exported_name)
+    set_target_properties(${target} PROPERTIES
+        EXPORT_NAME ${exported_name}
+        INSTALL_RPATH $ORIGIN
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    install(TARGETS ${target} EXPORT zel INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    foreach(folder IN LISTS ARGN)
+        install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    endforeach()
+endfunction()
+
+# Called once, after all libraries.
+function(zel_install_package)
+    include(CMakePackageConfigHelpers)
+    set(destination ${CMAKE_INSTALL_LIBDIR}/cmake/zel)
+    install(EXPORT zel NAMESPACE zel:: FILE zelTargets.cmake DESTINATION ${destination})
+    configure_package_config_file(cmake/zelConfig.cmake.in zelConfig.cmake INSTALL_DESTINATION ${destination})
+    write_basic_package_version_file(zelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+    install(FILES ${PROJECT_BINARY_DIR}/zelConfig.cmake ${PROJECT_BINARY_DIR}/zelConfigVersion.cmake
+            DESTINATION ${destination})
+endfunction()
