@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <tuple>
+#include <type_traits>
+
+#include "Kernel.h"
+
+namespace zel::host {
+
+/// A kernel with its arguments, its types forgotten.
+struct KernelCall {
+    const void* call;
+    /// Runs `count` blocks on this thread, the first one being blockIdx.
+    void (*runBlocks)(const void* call, std::uint64_t count);
+    /// For a launch that runs after its caller has gone on.
+    std::shared_ptr<const void> (*copy)(const void* call);
+};
+
+ZEL_HOST_API cudaError_t launchKernel(const cudaLaunchConfig_t* config, const KernelCall& call);
+
+/// Moves blockIdx to the next block of the grid.
+inline void advanceBlock() {
+    if (++blockIdx.x != gridDim.x) return;
+    blockIdx.x = 0;
+    if (++blockIdx.y != gridDim.y) return;
+    blockIdx.y = 0;
+    ++blockIdx.z;
+}
+
+template <class... Parameters>
+struct TypedKernelCall {
+    void (*kernel)(Parameters...);
+    std::tuple<Parameters...> arguments;
+
+    static void runBlocks(const void* call, std::uint64_t count) {
+        const auto& self = *static_cast<const TypedKernelCall*>(call);
+        for (; count != 0; --count) {
+            std::apply(self.kernel, self.arguments);
+            advanceBlock();
+        }
+    }
+    static std::shared_ptr<const void> copy(const void* call) {
+        // Not make_shared(), whose tag is a unique symbol: it would keep a library with kernels from being unloaded.
+        return std::shared_ptr<const void>(new TypedKernelCall(*static_cast<const TypedKernelCall*>(call)));
+    }
+};
+
+}  // namespace zel::host
+
+/// Launches a kernel. The arguments are converted to the kernel's parameters and copied here, as on a GPU.
+template <class... Parameters, class... Arguments>
+cudaError_t cudaLaunchKernelEx(const cudaLaunchConfig_t* config, void (*kernel)(Parameters...),
+                               Arguments&&... arguments) {
+    using Call = zel::host::TypedKernelCall<Parameters...>;
+    const Call call{kernel, {static_cast<Parameters>(arguments)...}};
+    return zel::host::launchKernel(config, {kernel ? &call : nullptr, Call::runBlocks, Call::copy});
+}

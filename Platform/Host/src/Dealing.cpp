@@ -1,0 +1,29 @@
+#include "Dealing.h"
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
+
+#include "Parallel.h"
+
+namespace zel::host {
+namespace {
+
+/// The device's own arena: a thread that waits in it cannot pick up another run's task from the caller's.
+tbb::task_arena& arena() {
+    static tbb::task_arena& deviceArena = *new tbb::task_arena(deviceThreads());
+    return deviceArena;
+}
+
+}  // namespace
+
+void dealPieces(std::size_t count, std::size_t grain, LoopPiece run, void* loop) {
+    arena().execute([&] {
+        tbb::this_task_arena::isolate([&] {
+            const tbb::blocked_range<std::size_t> all(0, count, grain);
+            tbb::parallel_for(all, [=](const auto& piece) { run(loop, piece.begin(), piece.end()); });
+        });
+    });
+}
+
+}  // namespace zel::host

@@ -1,0 +1,126 @@
+#include <algorithm>
+#include <chrono>
+#include <numeric>
+#include <optional>
+#include <random>
+#include <vector>
+
+#include "Parallel.h"
+#include "RuntimeCall.h"
+#include "Streams.h"
+
+constinit thread_local uint3 blockIdx{};
+constinit thread_local dim3 blockDim;
+constinit thread_local dim3 gridDim;
+constinit thread_local void* zel::host::blockSharedMemory = nullptr;
+
+namespace zel::host {
+namespace {
+
+struct Launch {
+    dim3 grid;
+    dim3 block;
+    std::size_t sharedBytes;
+    KernelCall kernel;
+
+    std::uint64_t blocks() const { return std::uint64_t{grid.x} * grid.y * grid.z; }
+
+    /// Runs neighbouring blocks on this thread.
+    void run(std::uint64_t first, std::uint64_t count) const {
+        gridDim = grid;
+        blockDim = block;
+        const std::uint64_t row = first / grid.x;
+        blockIdx = {static_cast<unsigned int>(first % grid.x), static_cast<unsigned int>(row % grid.y),
+                    static_cast<unsigned int>(row / grid.y)};
+        if (sharedBytes != 0) return runWithSharedMemory(count);
+        blockSharedMemory = nullptr;
+        kernel.runBlocks(kernel.call, count);
+    }
+
+private:
+    /// Of just the size asked for and on the stack, where AddressSanitizer sees overruns.
+    [[gnu::noinline]] void runWithSharedMemory(std::uint64_t count) const {
+        constexpr std::size_t alignmentBits = 512;
+        blockSharedMemory = __builtin_alloca_with_align(sharedBytes, alignmentBits);
+        kernel.runBlocks(kernel.call, count);
+        blockSharedMemory = nullptr;
+    }
+};
+
+/// The same order for the same seed, hence one block after the other.
+void runShuffled(const Launch& launch, std::uint64_t seed) {
+    std::vector<std::uint64_t> order(launch.blocks());
+    std::iota(order.begin(), order.end(), std::uint64_t{0});
+    std::shuffle(order.begin(), order.end(), std::mt19937_64(seed));
+    for (const std::uint64_t block : order) launch.run(block, 1);
+}
+
+/// Handing blocks to other threads costs some microseconds. So the calling thread runs 1, 2, 4, ... of them until it
+/// knows their pace, and hands over only what is worth it, in pieces that outweigh their dealing.
+void runBlocks(const Launch& launch) {
+    using Nanoseconds = std::chrono::duration<double, std::nano>;
+    constexpr Nanoseconds trial{1000}, worthSharing{2000}, piece{4000};
+    const std::uint64_t blocks = launch.blocks();
+    if (blocks == 1 || deviceThreads() == 1) return launch.run(0, blocks);
+
+    const auto start = std::chrono::steady_clock::now();
+    std::uint64_t done = 0;
+    Nanoseconds spent{0};
+    for (std::uint64_t step = 1; done < blocks && spent < trial; step *= 2) {
+        const std::uint64_t count = std::min(step, blocks - done);
+        launch.run(done, count);
+        done += count;
+        if (done < blocks) spent = std::chrono::steady_clock::now() - start;
+    }
+    const std::uint64_t left = blocks - done;
+    if (left == 0) return;
+    const Nanoseconds each = spent / static_cast<double>(done);
+    if (each * static_cast<double>(left) < worthSharing) return launch.run(done, left);
+    const auto grain = static_cast<std::size_t>(std::max(1.0, piece / each));
+    parallelFor(left, grain, [&](std::size_t begin, std::size_t end) { launch.run(done + begin, end - begin); });
+}
+
+void execute(const Launch& launch) {
+    if (const std::uint64_t seed = modes.blockShuffleSeed; seed != 0) return runShuffled(launch, seed);
+    runBlocks(launch);
+}
+
+bool isLegalGrid(dim3 grid) {
+    constexpr unsigned int maxX = 0x7fffffff;
+    return grid.x - 1 < maxX && grid.y - 1 < maxGridYZ && grid.z - 1 < maxGridYZ;
+}
+
+bool isLegalBlock(dim3 block) {
+    const bool sides = block.x - 1 < maxThreadsPerBlock && block.y - 1 < maxThreadsPerBlock && block.z - 1 < maxBlockZ;
+    return sides && std::uint64_t{block.x} * block.y * block.z <= maxThreadsPerBlock;
+}
+
+cudaError_t check(const cudaLaunchConfig_t* config, const KernelCall& kernel) {
+    if (config == nullptr) return cudaErrorInvalidValue;
+    if (kernel.call == nullptr) return cudaErrorInvalidDeviceFunction;
+    if (!isLegalGrid(config->gridDim) || !isLegalBlock(config->blockDim)) return cudaErrorInvalidConfiguration;
+    if (config->dynamicSmemBytes > maxSharedBytes) return cudaErrorInvalidValue;
+    const bool ours = isStream(config->stream) && streamOf(config->stream).device == currentDevice();
+    return ours ? cudaSuccess : cudaErrorInvalidResourceHandle;
+}
+
+}  // namespace
+
+cudaError_t launchKernel(const cudaLaunchConfig_t* config, const KernelCall& kernel) {
+    return deviceCall("cudaLaunchKernelEx", [&] {
+        if (const cudaError_t status = check(config, kernel); status != cudaSuccess) return status;
+        const Launch launch{config->gridDim, config->blockDim, config->dynamicSmemBytes, kernel};
+        CUstream_st& stream = streamOf(config->stream);
+        if (modes.deferredStreams) {
+            defer(stream, [later = Launch{launch}, arguments = kernel.copy(kernel.call)]() mutable {
+                later.kernel.call = arguments.get();
+                execute(later);
+            });
+        } else {
+            runNow(stream, [&] { execute(launch); });
+        }
+        return cudaSuccess;
+    });
+}
+
+}  // namespace zel::host

@@ -1,0 +1,34 @@
+#include "Modes.h"
+
+#include "HostDevice.h"
+#include "Streams.h"
+
+namespace zel::host {
+
+constinit Modes modes;
+
+namespace {
+
+void setModes(const TestModes& wanted) {
+    runAllDeferredWork();
+    modes.deferredStreams = wanted.deferredStreams;
+    modes.protectedMemory = wanted.protectedMemory;
+    modes.poison = wanted.poison;
+    modes.redZones = wanted.redZones;
+    modes.blockShuffleSeed = wanted.blockShuffleSeed;
+}
+
+}  // namespace
+
+TestModes testModes() {
+    return {modes.deferredStreams, modes.protectedMemory, modes.poison, modes.redZones, modes.blockShuffleSeed};
+}
+
+ScopedTestModes::ScopedTestModes(const TestModes& wanted) : previous_(testModes()) {
+    setModes(wanted);
+}
+ScopedTestModes::~ScopedTestModes() {
+    setModes(previous_);
+}
+
+}  // namespace zel::host

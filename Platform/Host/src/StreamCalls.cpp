@@ -1,0 +1,40 @@
+#include "RuntimeCall.h"
+#include "Streams.h"
+
+using namespace zel::host;
+
+cudaError_t cudaStreamCreate(cudaStream_t* stream) {
+    return deviceCall("cudaStreamCreate", [&] {
+        if (stream == nullptr) return cudaErrorInvalidValue;
+        *stream = createStream(currentDevice());
+        return cudaSuccess;
+    });
+}
+
+cudaError_t cudaStreamDestroy(cudaStream_t stream) {
+    return releasingCall("cudaStreamDestroy", [&] {
+        // Its holder is on its way out after an error, and must not leave a second one.
+        if (isRetiredStream(stream)) return cudaErrorInvalidResourceHandle;
+        if (stream == nullptr || !isStream(stream)) return report(cudaErrorInvalidResourceHandle);
+        destroyStream(stream);
+        return cudaSuccess;
+    });
+}
+
+cudaError_t cudaStreamGetFlags(cudaStream_t stream, unsigned int* flags) {
+    return deviceCall("cudaStreamGetFlags", [&] {
+        if (flags == nullptr) return cudaErrorInvalidValue;
+        if (!isStream(stream)) return cudaErrorInvalidResourceHandle;
+        *flags = cudaStreamDefault;
+        return cudaSuccess;
+    });
+}
+
+cudaError_t cudaStreamSynchronize(cudaStream_t stream) {
+    return deviceCall("cudaStreamSynchronize", [&] {
+        if (!isStream(stream)) return cudaErrorInvalidResourceHandle;
+        synchronizeStream(streamOf(stream));
+        allocations().checkRedZones();
+        return cudaSuccess;
+    });
+}
