@@ -1,0 +1,76 @@
+#include <FloatToInteger.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace zel {
+namespace {
+
+template <class Float>
+class FloatToIntegerTest : public ::testing::Test {};
+using Floats = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(FloatToIntegerTest, Floats);
+
+/// Independent of the code under test: by comparison in long double, which holds all values exactly.
+template <class To, class From>
+To saturated(From value) {
+    if (std::isnan(value)) return 0;
+    const long double whole = std::trunc(static_cast<long double>(value));
+    if (whole < static_cast<long double>(std::numeric_limits<To>::min())) return std::numeric_limits<To>::min();
+    if (whole > static_cast<long double>(std::numeric_limits<To>::max())) return std::numeric_limits<To>::max();
+    return static_cast<To>(whole);
+}
+
+/// Limits and their neighbours, then random bit patterns, which cover all exponents and NaN.
+template <class Float>
+std::vector<Float> interestingValues() {
+    constexpr Float infinity = std::numeric_limits<Float>::infinity();
+    std::vector<Float> values{0, Float(-0.0), std::numeric_limits<Float>::quiet_NaN(), infinity, -infinity};
+    for (const double limit :
+         {0.0, 0.5, 1.0, 127.0, 255.0, 256.0, 65536.0, 0x1p31, 0x1p31 - 1, 0x1p32, 0x1p32 - 1, 0x1p63, 0x1p64})
+        for (const Float signedLimit : {static_cast<Float>(limit), static_cast<Float>(-limit)})
+            for (const Float to : {-infinity, infinity}) {
+                values.push_back(signedLimit);
+                values.push_back(std::nextafter(signedLimit, to));
+            }
+    std::mt19937_64 random(5);
+    for (int i = 0; i < 20000; ++i) {
+        const std::uint64_t bits = random();
+        Float value;
+        std::memcpy(&value, &bits, sizeof value);
+        values.push_back(value);
+        values.push_back(static_cast<Float>(static_cast<double>(bits >> 31) * 0.7 - 3e9));
+    }
+    return values;
+}
+
+TYPED_TEST(FloatToIntegerTest, SaturatesAtThirtyTwoBitsAndKeepsTheLowOnes) {
+    for (const TypeParam value : interestingValues<TypeParam>()) {
+        SCOPED_TRACE(::testing::Message() << std::hexfloat << value);
+        const auto asSigned = saturated<std::int32_t>(value);
+        const auto asUnsigned = saturated<std::uint32_t>(value);
+        ASSERT_EQ(truncateToInt32(value), asSigned);
+        ASSERT_EQ(truncateToUint32(value), asUnsigned);
+        ASSERT_EQ(truncateTo<std::int16_t>(value), static_cast<std::int16_t>(asSigned));
+        ASSERT_EQ(truncateTo<std::uint8_t>(value), static_cast<std::uint8_t>(asUnsigned));
+        ASSERT_EQ(truncateTo<std::int64_t>(value), saturated<std::int64_t>(value));
+        ASSERT_EQ(truncateTo<std::uint64_t>(value), saturated<std::uint64_t>(value));
+    }
+}
+
+TEST(FloatToIntegerTable, HandChecked) {
+    static_assert(truncateTo<std::uint8_t>(300.9f) == 44);  // 300 - 256
+    static_assert(truncateTo<std::uint8_t>(-1.0f) == 0);    // saturates at 32 bits first
+    static_assert(truncateTo<std::uint8_t>(1e20f) == 255);  // low bits of 2^32 - 1
+    static_assert(truncateTo<std::int8_t>(1e20f) == -1);    // low bits of 2^31 - 1
+    static_assert(truncateTo<std::int16_t>(-1e20) == 0);    // low bits of -2^31
+    static_assert(truncateTo<std::int32_t>(-2.9) == -2);
+    static_assert(truncateToInt32(std::numeric_limits<float>::quiet_NaN()) == 0);
+}
+
+}  // namespace
+}  // namespace zel

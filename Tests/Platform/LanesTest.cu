@@ -1,0 +1,67 @@
+#include <lanes.h>
+
+#include <cstdint>
+#include <numeric>
+#include <vector>
+
+#include "DeviceFixture.h"
+
+namespace zel::cuda {
+namespace {
+
+using LanesTest = host::DeviceTest;
+
+/// A running sum of three, written by way of bundles; visits tell how often an item was met.
+__global__ void tapsKernel(const int* src, int* dst, int* visits, std::uint64_t count) {
+    forEachBundle(count, [=](const auto bundle) {
+        auto sum = bundle.fill(100);
+        for (int tap = 0; tap < 3; ++tap)
+            bundle.each([&](unsigned int lane) { sum[lane] += src[bundle.first + lane + tap]; });
+        bundle.each([&](unsigned int lane) {
+            dst[bundle.first + lane] = sum[lane];
+            visits[bundle.first + lane] += 1;
+        });
+    });
+}
+
+__global__ void walkKernel(int* visits, int* first, std::uint64_t count) {
+    for (std::uint64_t i = firstItem(); i < count; i += itemStride()) visits[i] += 1;
+    blockBarrier();
+    onFirstLane([=] { *first += 1; });
+}
+
+cudaLaunchConfig_t oneBlock() {
+    cudaLaunchConfig_t config{};
+    config.gridDim = dim3(1);
+    config.blockDim = dim3(64);
+    return config;
+}
+
+// Counts around the bundles' sizes: each item belongs to one bundle, and nothing behind the end is touched.
+TEST_F(LanesTest, BundlesCoverEachItemOnce) {
+    const auto config = oneBlock();
+    for (const std::uint64_t count : {0, 1, 15, 16, 17, 63, 64, 65, 80, 95, 200}) {
+        SCOPED_TRACE(count);
+        std::vector<int> src(count + 2), dst(count + 1, -1), visits(count + 1);
+        std::iota(src.begin(), src.end(), 0);
+        ASSERT_EQ(cudaLaunchKernelEx(&config, tapsKernel, src.data(), dst.data(), visits.data(), count), cudaSuccess);
+        std::vector<int> expected(count + 1, -1), once(count + 1, 1);
+        for (std::uint64_t i = 0; i < count; ++i) expected[i] = 100 + 3 * static_cast<int>(i) + 3;
+        once[count] = 0;
+        EXPECT_EQ(dst, expected);
+        EXPECT_EQ(visits, once);
+    }
+}
+
+TEST_F(LanesTest, LanesTogetherWalkOverAllItems) {
+    const auto config = oneBlock();
+    std::vector<int> visits(150);
+    int first = 0;
+    ASSERT_EQ(cudaLaunchKernelEx(&config, walkKernel, visits.data(), &first, std::uint64_t{149}), cudaSuccess);
+    EXPECT_EQ(std::accumulate(visits.begin(), visits.end(), 0), 149);
+    EXPECT_EQ(visits[149], 0);
+    EXPECT_EQ(first, 1);
+}
+
+}  // namespace
+}  // namespace zel::cuda

@@ -1,0 +1,158 @@
+#include <lanes.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+#include "DeviceFixture.h"
+
+namespace zel::host {
+namespace {
+
+using LaunchTest = DeviceTest;
+
+cudaLaunchConfig_t shape(dim3 grid, dim3 block = dim3(64), cudaStream_t stream = nullptr) {
+    cudaLaunchConfig_t config{};
+    config.gridDim = grid;
+    config.blockDim = block;
+    config.stream = stream;
+    return config;
+}
+
+/// Writes each block's coordinates where only that block should.
+__global__ void coordinatesKernel(dim3* seen, unsigned int* visits) {
+    const std::size_t block = blockIdx.x + std::size_t{gridDim.x} * (blockIdx.y + std::size_t{gridDim.y} * blockIdx.z);
+    seen[block] = dim3(blockIdx);
+    visits[block] += blockDim.x * blockDim.y * blockDim.z;
+}
+
+// Grids from one block to many, in plain and in shuffled order.
+TEST_F(LaunchTest, EachBlockOfTheGridRunsOnce) {
+    for (const dim3 grid : {dim3(1), dim3(7), dim3(1, 5), dim3(3, 4, 5), dim3(100000), dim3(11, 130, 70)})
+        for (const std::uint64_t seed : {0, 17}) {
+            SCOPED_TRACE(::testing::Message() << grid.x << " x " << grid.y << " x " << grid.z << ", seed " << seed);
+            const ScopedTestModes modes({.blockShuffleSeed = seed});
+            const std::size_t blocks = std::size_t{grid.x} * grid.y * grid.z;
+            std::vector<dim3> seen(blocks, dim3(0, 0, 0));
+            std::vector<unsigned int> visits(blocks);
+            const auto config = shape(grid, dim3(4, 2, 3));
+            ASSERT_EQ(cudaLaunchKernelEx(&config, coordinatesKernel, seen.data(), visits.data()), cudaSuccess);
+            EXPECT_TRUE(std::ranges::all_of(visits, [](unsigned int v) { return v == 24; }));
+            std::size_t wrong = 0;
+            for (std::size_t b = 0; b < blocks; ++b)
+                wrong +=
+                    seen[b].x != b % grid.x || seen[b].y != b / grid.x % grid.y || seen[b].z != b / grid.x / grid.y;
+            EXPECT_EQ(wrong, 0u);
+        }
+}
+
+__global__ void nothingKernel(int) {}
+
+TEST_F(LaunchTest, RefusesImpossibleShapes) {
+    for (const auto& [grid, block] : {std::pair{dim3(0), dim3(64)},
+                                      {dim3(1, 0), dim3(64)},
+                                      {dim3(1, 65536), dim3(64)},
+                                      {dim3(0x80000000u), dim3(64)},
+                                      {dim3(1), dim3(0)},
+                                      {dim3(1), dim3(1025)},
+                                      {dim3(1), dim3(32, 33)},
+                                      {dim3(1), dim3(1, 1, 65)}}) {
+        const auto config = shape(grid, block);
+        EXPECT_EQ(cudaLaunchKernelEx(&config, nothingKernel, 0), cudaErrorInvalidConfiguration);
+        EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidConfiguration);
+    }
+    auto config = shape(dim3(1), dim3(1024));
+    EXPECT_EQ(cudaLaunchKernelEx(&config, nothingKernel, 0), cudaSuccess);
+    EXPECT_EQ(cudaLaunchKernelEx(&config, static_cast<void (*)(int)>(nullptr), 0), cudaErrorInvalidDeviceFunction);
+    config.dynamicSmemBytes = 48 * 1024 + 1;
+    EXPECT_EQ(cudaLaunchKernelEx(&config, nothingKernel, 0), cudaErrorInvalidValue);
+}
+
+TEST_F(LaunchTest, StreamBelongsToItsDevice) {
+    const ScopedDevices devices(2, 1 << 20);
+    cudaStream_t stream = nullptr;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    const auto config = shape(dim3(1), dim3(64), stream);
+    EXPECT_EQ(cudaLaunchKernelEx(&config, nothingKernel, 0), cudaSuccess);
+    ASSERT_EQ(cudaSetDevice(1), cudaSuccess);
+    EXPECT_EQ(cudaLaunchKernelEx(&config, nothingKernel, 0), cudaErrorInvalidResourceHandle);
+    ASSERT_EQ(cudaSetDevice(0), cudaSuccess);
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
+}
+
+/// Reverses a row by way of shared memory.
+__global__ void reverseKernel(const int* src, int* dst, std::uint64_t width) {
+    int* const line = cuda::dynamicShared<int>();
+    const int* const srcRow = src + blockIdx.x * width;
+    int* const dstRow = dst + blockIdx.x * width;
+    cuda::forEachColumn(width, [=](std::uint64_t x) { line[x] = srcRow[x]; });
+    cuda::blockBarrier();
+    cuda::forEachColumn(width, [=](std::uint64_t x) { dstRow[x] = line[width - 1 - x]; });
+}
+
+TEST_F(LaunchTest, EachBlockHasItsOwnSharedMemory) {
+    constexpr std::uint64_t width = 300, height = 3000;
+    std::vector<int> src(width * height), dst(src.size());
+    for (std::size_t i = 0; i < src.size(); ++i) src[i] = static_cast<int>(i);
+    auto config = shape(dim3(height));
+    config.dynamicSmemBytes = width * sizeof(int);
+    ASSERT_EQ(cudaLaunchKernelEx(&config, reverseKernel, src.data(), dst.data(), width), cudaSuccess);
+    for (std::uint64_t y = 0; y < height; ++y) std::reverse(src.begin() + y * width, src.begin() + (y + 1) * width);
+    EXPECT_EQ(src, dst);
+}
+
+/// The last block to finish sums what all have published.
+__global__ void sumKernel(std::uint64_t* published, unsigned int* counter, std::uint64_t* sum) {
+    published[blockIdx.x] = blockIdx.x;
+    cuda::onFirstLane([=] {
+        __threadfence();
+        if (atomicInc(counter, gridDim.x - 1) != gridDim.x - 1) return;
+        *sum = 0;
+        for (unsigned int b = 0; b < gridDim.x; ++b) *sum += published[b];
+    });
+}
+
+TEST_F(LaunchTest, LastBlockSeesAllOthersAndTheCounterWraps) {
+    constexpr std::uint64_t blocks = 20000;
+    std::vector<std::uint64_t> published(blocks);
+    unsigned int counter = 0;
+    for (int round = 0; round < 20; ++round) {
+        std::fill(published.begin(), published.end(), 0);
+        std::uint64_t sum = 0;
+        const auto config = shape(dim3(blocks));
+        ASSERT_EQ(cudaLaunchKernelEx(&config, sumKernel, published.data(), &counter, &sum), cudaSuccess);
+        EXPECT_EQ(sum, blocks * (blocks - 1) / 2);
+        EXPECT_EQ(counter, 0u);
+    }
+}
+
+__global__ void addOneKernel(std::uint32_t* values, std::uint64_t width) {
+    std::uint32_t* const row = values + blockIdx.x * width;
+    cuda::forEachColumn(width, [=](std::uint64_t x) { row[x] += 1; });
+}
+
+// Work that several threads give to one stream runs one after the other.
+TEST_F(LaunchTest, ThreadsShareAStream) {
+    constexpr std::uint64_t width = 500, height = 200;
+    constexpr int threads = 4, launches = 50;
+    const DeviceArray<std::uint32_t> values(width * height);
+    ASSERT_EQ(cudaMemsetAsync(values.get(), 0, width * height * sizeof(std::uint32_t)), cudaSuccess);
+    std::vector<std::thread> callers;
+    callers.reserve(threads);
+    for (int t = 0; t < threads; ++t)
+        callers.emplace_back([&] {
+            const auto config = shape(dim3(height));
+            for (int i = 0; i < launches; ++i)
+                EXPECT_EQ(cudaLaunchKernelEx(&config, addOneKernel, values.get(), width), cudaSuccess);
+        });
+    for (std::thread& caller : callers) caller.join();
+    std::vector<std::uint32_t> back(width * height);
+    ASSERT_EQ(cudaMemcpy(back.data(), values.get(), back.size() * sizeof back[0], cudaMemcpyDeviceToHost), cudaSuccess);
+    EXPECT_TRUE(std::ranges::all_of(back, [](std::uint32_t v) { return v == threads * launches; }));
+}
+
+}  // namespace
+}  // namespace zel::host
