@@ -1,0 +1,141 @@
+#include <array>
+#include <charconv>
+#include <vector>
+
+#include "Cli/Output.h"
+#include "Commands/Commands.h"
+#include "Commands/Description.h"
+#include "ImageFiles/FileError.h"
+#include "ImageFiles/ImageFile.h"
+#include "ImageFiles/Rows.h"
+#include "ImageFiles/VoxelVisit.h"
+
+namespace zel::tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Smallest and largest value, exact in every type, NaN left out.
+struct ValueRange {
+    Json minimum;  ///< null when there is none
+    Json maximum;
+    std::string text;  ///< "0 to 255"
+};
+
+template <typename T>
+std::string numberToText(T value) {
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+template <typename T>
+ValueRange rangeOf(const ImageModel& image) {
+    const ImageSize size = imageSizeOf(image);
+    std::vector<T> voxels(size.x);
+    bool isFound = false;
+    T minimum{}, maximum{};
+    forEachRow(size, [&](const RowIndex& row) {
+        readWholeRow(image, voxels.data(), row);
+        for (const T value : voxels) {
+            if (value != value) continue;  // NaN
+            minimum = !isFound || value < minimum ? value : minimum;
+            maximum = !isFound || maximum < value ? value : maximum;
+            isFound = true;
+        }
+    });
+    if (!isFound) return {};
+    return {minimum, maximum, numberToText(minimum) + " to " + numberToText(maximum)};
+}
+
+/// Complex numbers have no order, so there is no range of them.
+ValueRange rangeOf(const ImageModel& image) {
+    return visitVoxelType(image.getDataType(), [&]<typename T>(T) -> ValueRange {
+        if constexpr (isComplex<T>) {
+            return {};
+        } else {
+            return rangeOf<T>(image);
+        }
+    });
+}
+
+struct ImageDescription {
+    std::string file;
+    ImageSize size;
+    std::string type;
+    std::array<double, 3> spacing{};
+    ValueRange range;
+};
+
+ImageDescription describe(const std::string& path) {
+    const HostImage image = readImageFile(path);
+    return {.file = path,
+            .size = imageSizeOf(image),
+            .type = std::string(voxelTypeName(image.getDataType())),
+            .spacing = {image.getSpacing(0), image.getSpacing(1), image.getSpacing(2)},
+            .range = rangeOf(image)};
+}
+
+std::string toLine(const ImageDescription& image) {
+    const std::size_t axisCount = image.size.z > 1 ? 3 : 2;
+    std::string spacing;
+    for (std::size_t axis = 0; axis < axisCount; ++axis) {
+        spacing += (axis > 0 ? " x " : "") + numberToText(image.spacing[axis]);
+    }
+    return image.file + ": " + imageFormatName(image.file) + ", " + toText(image.size) + ", " + image.type +
+           ", spacing " + spacing + (image.range.text.empty() ? "" : ", range " + image.range.text);
+}
+
+Json toJson(const ImageDescription& image) {
+    return {{"file", image.file},
+            {"format", imageFormatName(image.file)},
+            {"size", sizeToJson(image.size)},
+            {"type", image.type},
+            {"spacing", image.spacing},
+            {"minimum", image.range.minimum},
+            {"maximum", image.range.maximum}};
+}
+
+class InfoCommand final : public Command {
+public:
+    std::string name() const override { return "info"; }
+    std::string description() const override { return "Tell the size, type, spacing and range of image files"; }
+
+    void addOptions(CLI::App& app) override {
+        app.add_option("FILE", files_, "Images: " + imageFileExtensions())->required()->type_name("");
+        app.add_flag("--json", isJson_, "As an object of JSON, with one entry a file in its list \"images\"");
+    }
+
+    /// A file that cannot be read does not keep the others from being told of.
+    int run() override {
+        Json images = Json::array();
+        bool hasFailed = false;
+        for (const std::string& path : files_) {
+            try {
+                const ImageDescription image = describe(path);
+                if (isJson_) {
+                    images.push_back(toJson(image));
+                } else {
+                    printLine(toLine(image));
+                }
+            } catch (const FileError& error) {
+                printError(error.what());
+                hasFailed = true;
+            }
+        }
+        if (isJson_) printJson({{"images", images}});
+        return hasFailed ? 1 : 0;
+    }
+
+private:
+    std::vector<std::string> files_;
+    bool isJson_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeInfoCommand() {
+    return std::make_unique<InfoCommand>();
+}
+
+}  // namespace zel::tool

@@ -1,0 +1,99 @@
+#include "ImageFiles/AtomicFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+#include "Cli/Interrupt.h"
+#include "ImageFiles/FileError.h"
+
+namespace zel::tool {
+
+namespace {
+
+constexpr std::size_t bytesPerCall = std::size_t{4} << 20U;
+
+/// A link stays a link: the file that it leads to is the one to replace.
+std::filesystem::path followLinks(const std::string& path) {
+    std::error_code failed;
+    const std::filesystem::path target = std::filesystem::canonical(path, failed);
+    return failed ? std::filesystem::path(path) : target;
+}
+
+std::filesystem::path folderOf(const std::filesystem::path& file) {
+    return file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+}
+
+mode_t permissionsFor(const std::string& target) {
+    struct stat status {};
+    if (stat(target.c_str(), &status) == 0) return status.st_mode & 0777U;
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666U & ~mask;
+}
+
+std::string temporaryPattern(const std::filesystem::path& target) {
+    constexpr std::size_t longestName = 200;  // file systems end at 255, with the additions
+    const std::string name = target.filename().string().substr(0, longestName);
+    return (folderOf(target) / ("." + name + ".XXXXXX")).string();
+}
+
+}  // namespace
+
+void AtomicFile::checkWritable(const std::string& path) {
+    const std::filesystem::path target = followLinks(path);
+    struct stat status {};
+    if (stat(target.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) throw FileError::writing(path, "there is a folder of that name");
+        if (!S_ISREG(status.st_mode)) throw FileError::writing(path, "it is not a regular file");
+    }
+    if (access(folderOf(target).c_str(), W_OK | X_OK) == 0) return;
+    const int reason = errno;
+    throw FileError::writing(path, "folder " + folderOf(target).string() + ": " + systemErrorText(reason));
+}
+
+AtomicFile::AtomicFile(const std::string& path) : path_(path), target_(followLinks(path).string()) {
+    checkWritable(path);
+    temporary_ = temporaryPattern(target_);
+    descriptor_ = mkstemp(temporary_.data());
+    if (descriptor_ < 0) throw FileError::writing(path_, systemErrorText(errno));
+    fchmod(descriptor_, permissionsFor(target_));  // some file systems have none to set
+}
+
+AtomicFile::~AtomicFile() {
+    if (descriptor_ >= 0) close(descriptor_);
+    if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+void AtomicFile::write(const void* bytes, std::size_t count) {
+    std::size_t done = 0;
+    while (done < count) {
+        checkInterrupt();
+        const ssize_t written =
+            ::write(descriptor_, static_cast<const std::byte*>(bytes) + done, std::min(count - done, bytesPerCall));
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) fail(errno);
+        done += static_cast<std::size_t>(written);
+    }
+}
+
+void AtomicFile::commit() {
+    checkInterrupt();
+    // EINVAL, EROFS: a file system that has nothing to flush.
+    if (fsync(descriptor_) != 0 && errno != EINVAL && errno != EROFS) fail(errno);
+    if (close(std::exchange(descriptor_, -1)) != 0) fail(errno);
+    if (std::rename(temporary_.c_str(), target_.c_str()) != 0) fail(errno);
+    temporary_.clear();
+}
+
+void AtomicFile::fail(int errorNumber) const {
+    throw FileError::writing(path_, systemErrorText(errorNumber));
+}
+
+}  // namespace zel::tool

@@ -1,0 +1,87 @@
+#include "ImageFiles/ImageFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <filesystem>
+
+#include "ImageFiles/FileError.h"
+#include "ImageFiles/ImageFormat.h"
+#include "ImageFiles/Rows.h"
+
+namespace zel::tool {
+
+namespace {
+
+// A new format needs its own file and a line here.
+std::array<const ImageFormat*, 2> formats() {
+    return {&npyFormat(), &pngFormat()};
+}
+
+std::string lowerCaseExtension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& letter : extension) letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    return extension;
+}
+
+/// Null when no format has the extension.
+const ImageFormat* findFormat(const std::string& path) {
+    const auto all = formats();
+    const auto* const found = std::ranges::find(all, lowerCaseExtension(path), &ImageFormat::extension);
+    return found == all.end() ? nullptr : *found;
+}
+
+std::string unknownExtension() {
+    return "the name has to end in " + imageFileExtensions();
+}
+
+const ImageFormat& formatForWriting(const std::string& path) {
+    const ImageFormat* const format = findFormat(path);
+    if (format == nullptr) throw FileError::writing(path, unknownExtension());
+    return *format;
+}
+
+}  // namespace
+
+std::string imageFormatName(const std::string& path) {
+    const ImageFormat* const format = findFormat(path);
+    if (format == nullptr) throw FileError::reading(path, unknownExtension());
+    return std::string(format->name());
+}
+
+std::string imageFileExtensions() {
+    const auto all = formats();
+    std::string list;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (i > 0) list += i + 1 == all.size() ? " or " : ", ";
+        list += all[i]->extension();
+    }
+    return list;
+}
+
+HostImage readImageFile(const std::string& path) {
+    InputFile file(path);
+    const ImageFormat* const format = findFormat(path);
+    if (format == nullptr) throw FileError::reading(path, unknownExtension());
+    return format->read(file);
+}
+
+void checkWritable(const std::string& path) {
+    formatForWriting(path);
+    AtomicFile::checkWritable(path);
+}
+
+void checkWritable(const std::string& path, VoxelTypes type, const ImageSize& size) {
+    checkWritable(path);
+    const std::string obstacle = formatForWriting(path).whyNotWritable(type, size);
+    if (!obstacle.empty()) throw FileError::writing(path, obstacle);
+}
+
+void writeImageFile(const std::string& path, const ImageModel& image) {
+    checkWritable(path, image.getDataType(), imageSizeOf(image));
+    AtomicFile file(path);
+    formatForWriting(path).write(file, image);
+    file.commit();
+}
+
+}  // namespace zel::tool

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "ImageFiles/AtomicFile.h"
+#include "ImageFiles/InputFile.h"
+#include "zel/HostImage.h"
+
+namespace zel::tool {
+
+/// A kind of image file.
+class ImageFormat {
+public:
+    virtual ~ImageFormat() = default;
+
+    virtual std::string_view name() const = 0;
+    /// In lower case, with the dot.
+    virtual std::string_view extension() const = 0;
+    /// @throws FileError when the file is not what its name says or holds what HostImage cannot.
+    virtual HostImage read(InputFile& file) const = 0;
+    /// Why the format cannot hold an image of that type and size, and what helps; empty when it can.
+    virtual std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const = 0;
+    /// Writes an image that the format can hold.
+    virtual void write(AtomicFile& file, const ImageModel& image) const = 0;
+};
+
+const ImageFormat& npyFormat();
+const ImageFormat& pngFormat();
+
+}  // namespace zel::tool

@@ -1,0 +1,95 @@
+#include "ImageFiles/InputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <limits>
+
+#include "Cli/Interrupt.h"
+#include "ImageFiles/FileError.h"
+
+namespace zel::tool {
+
+namespace {
+
+// Small enough that a signal does not wait long for its turn.
+constexpr std::size_t bytesPerCall = std::size_t{4} << 20U;
+
+int openForReading(const std::string& path) {
+    for (;;) {
+        checkInterrupt();
+        const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (descriptor >= 0) return descriptor;
+        if (errno != EINTR) throw FileError::reading(path, systemErrorText(errno));
+    }
+}
+
+/// What Linux thinks a new program can use without swapping; the largest number where it does not say.
+unsigned long long availableMemoryBytes() {
+    std::ifstream info("/proc/meminfo");
+    std::string key;
+    while (info >> key) {
+        unsigned long long kibibytes = 0;
+        if (key == "MemAvailable:" && info >> kibibytes) return kibibytes << 10U;
+        info.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    }
+    return std::numeric_limits<unsigned long long>::max();
+}
+
+}  // namespace
+
+std::string systemErrorText(int errorNumber) {
+    std::string text = std::strerror(errorNumber);  // NOLINT(concurrency-mt-unsafe): files are used on one thread
+    if (!text.empty()) text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+    return text;
+}
+
+InputFile::InputFile(std::string path) : path_(std::move(path)), descriptor_(openForReading(path_)) {
+    struct stat status {};
+    if (fstat(descriptor_, &status) != 0) return;
+    if (S_ISDIR(status.st_mode)) {
+        close(descriptor_);
+        throw FileError::reading(path_, "it is a folder, not a file");
+    }
+    if (S_ISREG(status.st_mode)) size_ = static_cast<std::size_t>(status.st_size);
+}
+
+InputFile::~InputFile() {
+    close(descriptor_);
+}
+
+std::size_t InputFile::read(void* buffer, std::size_t count) {
+    std::size_t done = 0;
+    while (done < count) {
+        checkInterrupt();
+        const ssize_t got =
+            ::read(descriptor_, static_cast<std::byte*>(buffer) + done, std::min(count - done, bytesPerCall));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) throw FileError::reading(path_, systemErrorText(errno));
+        if (got == 0) break;
+        done += static_cast<std::size_t>(got);
+    }
+    position_ += done;
+    return done;
+}
+
+std::optional<std::size_t> InputFile::remaining() const {
+    if (!size_) return std::nullopt;
+    return *size_ - std::min(*size_, position_);
+}
+
+void InputFile::requireMemory(unsigned long long imageBytes) const {
+    const unsigned long long available = availableMemoryBytes();
+    if (imageBytes <= available) return;
+    throw FileError::reading(path_, "the image takes " + std::to_string(imageBytes >> 20U) +
+                                        " MiB, and this machine has " + std::to_string(available >> 20U) +
+                                        " MiB of memory free");
+}
+
+}  // namespace zel::tool

@@ -1,0 +1,75 @@
+#include "ImageFiles/VoxelRounding.h"
+
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "ImageFiles/Rows.h"
+#include "ImageFiles/VoxelVisit.h"
+
+namespace zel::tool {
+
+namespace {
+
+template <typename To>
+To roundToInteger(double value) {
+    using Limits = std::numeric_limits<To>;
+    if (std::isnan(value)) return 0;
+    const double rounded = std::nearbyint(value);
+    // 2^digits is exact in double, the bound itself may not be.
+    if (rounded >= std::ldexp(1.0, Limits::digits)) return Limits::max();
+    if (rounded <= static_cast<double>(Limits::lowest())) return Limits::lowest();
+    return static_cast<To>(rounded);
+}
+
+template <typename To, typename From>
+To nearest(From value) {
+    if constexpr (isComplex<To> && isComplex<From>) {
+        return To(static_cast<typename To::value_type>(value.real()),
+                  static_cast<typename To::value_type>(value.imag()));
+    } else if constexpr (isComplex<To>) {
+        return To(static_cast<typename To::value_type>(value));
+    } else if constexpr (std::is_floating_point_v<To>) {
+        return static_cast<To>(value);
+    } else if constexpr (std::is_floating_point_v<From>) {
+        return roundToInteger<To>(value);
+    } else {
+        if (std::cmp_less(value, std::numeric_limits<To>::lowest())) return std::numeric_limits<To>::lowest();
+        if (std::cmp_greater(value, std::numeric_limits<To>::max())) return std::numeric_limits<To>::max();
+        return static_cast<To>(value);
+    }
+}
+
+template <typename From, typename To>
+void convertRows(const ImageModel& image, HostImage& result) {
+    const ImageSize size = imageSizeOf(image);
+    std::vector<From> source(size.x);
+    std::vector<To> converted(size.x);
+    forEachRow(size, [&](const RowIndex& row) {
+        readWholeRow(image, source.data(), row);
+        for (std::size_t x = 0; x < size.x; ++x) converted[x] = nearest<To>(source[x]);
+        writeWholeRow(result, converted.data(), row);
+    });
+}
+
+}  // namespace
+
+HostImage convertVoxels(const ImageModel& image, VoxelTypes type) {
+    HostImage result = makeImageLike(image, type);
+    visitVoxelType(image.getDataType(), [&]<typename From>(From) {
+        visitVoxelType(type, [&]<typename To>(To) {
+            if constexpr (isComplex<From> && !isComplex<To>) {
+                throw std::runtime_error("complex numbers do not convert to " + std::string(voxelTypeName(type)));
+            } else {
+                convertRows<From, To>(image, result);
+            }
+        });
+    });
+    return result;
+}
+
+}  // namespace zel::tool

@@ -1,0 +1,5 @@
+#include "Cli/Application.h"
+
+int main(int argc, char** argv) {
+    return zel::tool::runApplication(argc, argv);
+}
