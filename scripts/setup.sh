@@ -7,7 +7,7 @@ packages=(
     g++ cmake ninja-build pkg-config
     libtbb-dev libthrust-dev
     libpng-dev libcli11-dev nlohmann-json3-dev
-    libgtest-dev
+    libgtest-dev libgmock-dev
 )
 
 say() { printf '%s\n' "== $*" >&2; }

@@ -137,7 +137,7 @@ __global__ void addOneKernel(std::uint32_t* values, std::uint64_t width) {
 // Work that several threads give to one stream runs one after the other.
 TEST_F(LaunchTest, ThreadsShareAStream) {
     constexpr std::uint64_t width = 500, height = 200;
-    constexpr int threads = 4, launches = 50;
+    constexpr int threads = 4, launches = 500;
     const DeviceArray<std::uint32_t> values(width * height);
     ASSERT_EQ(cudaMemsetAsync(values.get(), 0, width * height * sizeof(std::uint32_t)), cudaSuccess);
     std::vector<std::thread> callers;

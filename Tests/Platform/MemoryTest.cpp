@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -101,20 +102,22 @@ TEST_F(MemoryTest, RefusesWhatCannotBe) {
 
 // Both kinds of block: of the heap and of pages of their own.
 TEST_F(MemoryTest, ResetEndsAllAndOldAddressesFailQuietly) {
-    const std::size_t sizes[] = {100, 2 * mebibyte};
-    std::vector<void*> old;
-    for (const std::size_t bytes : sizes) cudaMalloc(&old.emplace_back(), bytes);
+    const auto allocateMany = [] {
+        std::vector<void*> many;
+        for (int i = 0; i < 100; ++i)
+            for (const std::size_t bytes : {std::size_t{100}, std::size_t{1} << 20})
+                EXPECT_EQ(cudaMalloc(&many.emplace_back(), bytes), cudaSuccess);
+        return many;
+    };
+    const std::vector<void*> old = allocateMany();
     cudaStream_t stream = nullptr;
     ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
     ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
     EXPECT_EQ(deviceUse().liveAllocations + deviceUse().liveBytes + deviceUse().liveStreams, 0u);
-    for (int round = 0; round < 50; ++round) {
-        std::vector<void*> fresh;
-        for (const std::size_t bytes : sizes) {
-            ASSERT_EQ(cudaMalloc(&fresh.emplace_back(), bytes), cudaSuccess);
-            EXPECT_EQ(std::count(old.begin(), old.end(), fresh.back()), 0);
-        }
-        for (void* memory : fresh) cudaFree(memory);
+    const std::vector<void*> fresh = allocateMany();
+    for (void* memory : fresh) {
+        EXPECT_EQ(std::count(old.begin(), old.end(), memory), 0);
+        EXPECT_EQ(cudaFree(memory), cudaSuccess);
     }
     for (void* memory : old) EXPECT_EQ(cudaFree(memory), cudaErrorInvalidValue);
     EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);

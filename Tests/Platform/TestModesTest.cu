@@ -129,13 +129,13 @@ TEST_F(TestModesTest, ModesLastForTheirScope) {
 TEST_F(TestModesDeathTest, ProtectedMemoryIsOpenToWorkOnly) {
     const ScopedTestModes modes({.protectedMemory = true, .poison = true, .redZones = true});
     const DeviceArray<int> array(1000);
+    volatile int* const place = array.get() + 999;
+    EXPECT_DEATH(*place = 1, "");
     ASSERT_EQ(store(array.get() + 999, 12), cudaSuccess);
     int back = 0;
     ASSERT_EQ(cudaMemcpy(&back, array.get() + 999, sizeof back, cudaMemcpyDeviceToHost), cudaSuccess);
     EXPECT_EQ(back, 12);
     EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
-    volatile int* const place = array.get();
-    EXPECT_DEATH(*place = 1, "");
     EXPECT_DEATH(std::exit(*place), "");
 }
 
