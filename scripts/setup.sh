@@ -6,16 +6,17 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 packages=(
     g++ cmake ninja-build pkg-config
     libtbb-dev libthrust-dev
-    libpng-dev libcli11-dev nlohmann-json3-dev
+    libpng-dev libtiff-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev
 )
 
 say() { printf '%s\n' "== $*" >&2; }
 die() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }
 
+# missing_packages PACKAGE...
 missing_packages() {
     local package
-    for package in "${packages[@]}"; do
+    for package; do
         [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || printf '%s\n' "$package"
     done
 }
@@ -24,10 +25,11 @@ as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
 }
 
+# install_packages [PACKAGE...]: what every build needs, and the packages named.
 install_packages() {
-    command -v dpkg-query >/dev/null || die "this is no Debian system; install by hand: ${packages[*]}"
-    local missing
-    mapfile -t missing < <(missing_packages)
+    local wanted=("${packages[@]}" "$@") missing
+    command -v dpkg-query >/dev/null || die "this is no Debian system; install by hand: ${wanted[*]}"
+    mapfile -t missing < <(missing_packages "${wanted[@]}")
     [ ${#missing[@]} -gt 0 ] || return 0
     [ "$(id -u)" = 0 ] || command -v sudo >/dev/null ||
         die "neither root nor sudo, so these Debian packages cannot be installed: ${missing[*]}"
@@ -37,9 +39,10 @@ install_packages() {
     if ! { as_root apt-get update -q &&
         as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"; } \
         >"$log" 2>&1; then
-        tail -n 5 "$log" >&2
+        local reason
+        reason=$(grep -m 1 '^E: ' "$log" || tail -n 1 "$log")
         rm -f "$log"
-        die "apt-get could not install: ${missing[*]} (is there a network?)"
+        die "apt-get could not install ${missing[*]} (is there a network?): $reason"
     fi
     rm -f "$log"
 }

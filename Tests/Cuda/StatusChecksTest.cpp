@@ -12,11 +12,8 @@ using test::messageOf;
 
 namespace {
 
-/// Leaves an error pending: a copy of an unknown kind.
-void makeInvalidValuePending() {
-    int a = 0, b = 0;
-    ASSERT_NE(cudaMemcpy(&a, &b, sizeof a, static_cast<cudaMemcpyKind>(77)), cudaSuccess);
-}
+/// Leaves an error pending: there is no such device.
+void makeErrorPending() { ASSERT_NE(cudaSetDevice(9999), cudaSuccess); }
 
 }  // namespace
 
@@ -24,18 +21,18 @@ TEST(CheckCudaStatus, NamesThePendingErrorOnlyWhenItIsAnother) {
     cudaGetLastError();
     EXPECT_NO_THROW(checkCudaStatus(cudaSuccess));
 
-    makeInvalidValuePending();
+    makeErrorPending();
     const cudaError_t pending = cudaPeekAtLastError();
     EXPECT_EQ(messageOf<RuntimeError>([&] { checkCudaStatus(pending); }), cudaGetErrorString(pending));
     EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess) << "reported, so no longer pending";
 
-    makeInvalidValuePending();
+    makeErrorPending();
     EXPECT_EQ(messageOf<RuntimeError>([] { checkCudaStatus(cudaErrorMemoryAllocation); }),
               std::string(cudaGetErrorString(cudaErrorMemoryAllocation)) + " ; " + cudaGetErrorString(pending));
     EXPECT_EQ(messageOf<RuntimeError>([] { checkCudaStatus(cudaErrorMemoryAllocation); }),
               std::string(cudaGetErrorString(cudaErrorMemoryAllocation)) + " ; " + cudaGetErrorString(cudaSuccess));
 
-    makeInvalidValuePending();
+    makeErrorPending();
     EXPECT_NO_THROW(checkCudaStatus(cudaSuccess)) << "success is not asked for what is pending";
     cudaGetLastError();
 }
