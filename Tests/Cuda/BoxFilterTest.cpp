@@ -70,7 +70,8 @@ TYPED_TEST(BoxFilter, GivesTheMeanWhereverTheImagesLieAndHoweverTheyAreCut) {
         HostImage image = randomImage<T>(size, random());
         const std::vector<double> means = plainMeans<T>(image, kernelX, kernelY);
         std::vector<T> whole;
-        for (const Vector2<unsigned> tile : {Vector2<unsigned>{0, 0}, {1, 1}, {40, 17}, {33, 64}}) {
+        for (const Vector2<unsigned> tile : {Vector2<unsigned>{0, 0}, {40, 17}, {33, 64}, {1, 1}}) {
+            if (tile.x == 1 && size.x * size.y > 600) continue;  // a tile for each pixel
             for (const Placement& placement : allPlacements(tile)) {
                 SCOPED_TRACE(testing::Message() << size.x << " x " << size.y << ", kernel " << kernelX << " x "
                                                 << kernelY << ", tile " << tile.x << " x " << tile.y << ", device "
