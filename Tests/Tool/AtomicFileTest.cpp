@@ -14,6 +14,7 @@ namespace zel::test {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::UnorderedElementsAre;
 using tool::AtomicFile;
 using tool::FileError;
 
@@ -53,13 +54,13 @@ TEST(AtomicFileTest, AppearsOnlyWhenWhole) {
 // The last row fails, when most of the file is written.
 TEST(AtomicFileTest, AFailingImageLeavesTheOldFileAndNothingElse) {
     const TemporaryFolder folder;
-    for (const std::string name : {"a.npy", "a.png"}) {
+    for (const std::string name : {"a.npy", "a.png", "a.tif", "a.mrc"}) {
         folder.write(name, "old");
         const RowsOnlyImage image(randomImage<std::uint8_t>({300, 40}, 1), 39);
         EXPECT_THROW(tool::writeImageFile(folder / name, image), std::runtime_error);
         EXPECT_EQ(folder.read(name), "old");
     }
-    EXPECT_THAT(folder.names(), ElementsAre("a.npy", "a.png"));
+    EXPECT_THAT(folder.names(), UnorderedElementsAre("a.npy", "a.png", "a.tif", "a.mrc"));
 }
 
 TEST(AtomicFileTest, PermissionsComeFromTheUmaskOrTheFileBefore) {

@@ -196,7 +196,8 @@ TEST_F(NpyFileTest, FilesThatAreNone) {
     EXPECT_THAT(message(folder / "gone.npy"), HasSubstr("gone.npy: no such file or directory"));
     std::filesystem::create_directory(folder / "folder.npy");
     EXPECT_THAT(message(folder / "folder.npy"), HasSubstr("folder.npy: it is a folder, not a file"));
-    EXPECT_THAT(message(folder.write("a.gif", "GIF89a")), HasSubstr("a.gif: the name has to end in .npy or .png"));
+    EXPECT_THAT(message(folder.write("a.gif", "GIF89a")),
+                HasSubstr("a.gif: the name has to end in .npy, .png, .tif, .tiff, .mrc or .map"));
     EXPECT_THAT(message(folder.write("npy", "GIF89a")), HasSubstr("the name has to end in"));
 }
 

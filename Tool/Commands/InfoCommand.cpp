@@ -1,5 +1,4 @@
 #include <array>
-#include <charconv>
 #include <vector>
 
 #include "Cli/Output.h"
@@ -7,6 +6,7 @@
 #include "Commands/Description.h"
 #include "ImageFiles/FileError.h"
 #include "ImageFiles/ImageFile.h"
+#include "ImageFiles/NumberText.h"
 #include "ImageFiles/Rows.h"
 #include "ImageFiles/VoxelVisit.h"
 
@@ -22,12 +22,6 @@ struct ValueRange {
     Json maximum;
     std::string text;  ///< "0 to 255"
 };
-
-template <typename T>
-std::string numberToText(T value) {
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
-}
 
 template <typename T>
 ValueRange rangeOf(const ImageModel& image) {

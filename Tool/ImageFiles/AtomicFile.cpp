@@ -72,15 +72,34 @@ AtomicFile::~AtomicFile() {
 }
 
 void AtomicFile::write(const void* bytes, std::size_t count) {
+    writeAt(bytes, count, size_);
+}
+
+void AtomicFile::writeAt(const void* bytes, std::size_t count, std::size_t offset) {
     std::size_t done = 0;
     while (done < count) {
         checkInterrupt();
-        const ssize_t written =
-            ::write(descriptor_, static_cast<const std::byte*>(bytes) + done, std::min(count - done, bytesPerCall));
+        const ssize_t written = pwrite(descriptor_, static_cast<const std::byte*>(bytes) + done,
+                                       std::min(count - done, bytesPerCall), static_cast<off_t>(offset + done));
         if (written < 0 && errno == EINTR) continue;
         if (written < 0) fail(errno);
         done += static_cast<std::size_t>(written);
     }
+    size_ = std::max(size_, offset + count);
+}
+
+std::size_t AtomicFile::readAt(void* buffer, std::size_t count, std::size_t offset) const {
+    std::size_t done = 0;
+    while (done < count) {
+        checkInterrupt();
+        const ssize_t got = pread(descriptor_, static_cast<std::byte*>(buffer) + done,
+                                  std::min(count - done, bytesPerCall), static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) fail(errno);
+        if (got == 0) break;
+        done += static_cast<std::size_t>(got);
+    }
+    return done;
 }
 
 void AtomicFile::commit() {

@@ -18,8 +18,15 @@ public:
 
     const std::string& path() const { return path_; }
 
-    /// @throws FileError, and Interrupted after a signal.
+    /// Appends. @throws FileError, and Interrupted after a signal.
     void write(const void* bytes, std::size_t count);
+
+    /// For formats that go back to fill in what they learn late. Writing beyond the end fills the gap with zeros.
+    void writeAt(const void* bytes, std::size_t count, std::size_t offset);
+    /// Reads what was written, fewer bytes only at the end. @throws as write does.
+    std::size_t readAt(void* buffer, std::size_t count, std::size_t offset) const;
+    /// Bytes written so far.
+    std::size_t size() const { return size_; }
 
     /// Brings everything to the disk, then gives the file its name. Once, as the last call.
     void commit();
@@ -35,6 +42,7 @@ private:
     std::string target_;     // with links followed
     std::string temporary_;  // empty when there is none to remove
     int descriptor_ = -1;
+    std::size_t size_ = 0;
 };
 
 }  // namespace zel::tool

@@ -4,6 +4,8 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
+#include <iterator>
+#include <vector>
 
 #include "ImageFiles/FileError.h"
 #include "ImageFiles/ImageFormat.h"
@@ -14,8 +16,8 @@ namespace zel::tool {
 namespace {
 
 // A new format needs its own file and a line here.
-std::array<const ImageFormat*, 2> formats() {
-    return {&npyFormat(), &pngFormat()};
+std::array<const ImageFormat*, 4> formats() {
+    return {&npyFormat(), &pngFormat(), &tiffFormat(), &mrcFormat()};
 }
 
 std::string lowerCaseExtension(const std::string& path) {
@@ -26,9 +28,12 @@ std::string lowerCaseExtension(const std::string& path) {
 
 /// Null when no format has the extension.
 const ImageFormat* findFormat(const std::string& path) {
-    const auto all = formats();
-    const auto* const found = std::ranges::find(all, lowerCaseExtension(path), &ImageFormat::extension);
-    return found == all.end() ? nullptr : *found;
+    const std::string extension = lowerCaseExtension(path);
+    for (const ImageFormat* const format : formats()) {
+        const auto known = format->extensions();
+        if (std::ranges::find(known, extension) != known.end()) return format;
+    }
+    return nullptr;
 }
 
 std::string unknownExtension() {
@@ -50,11 +55,12 @@ std::string imageFormatName(const std::string& path) {
 }
 
 std::string imageFileExtensions() {
-    const auto all = formats();
+    std::vector<std::string_view> all;
+    for (const ImageFormat* const format : formats()) std::ranges::copy(format->extensions(), std::back_inserter(all));
     std::string list;
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (i > 0) list += i + 1 == all.size() ? " or " : ", ";
-        list += all[i]->extension();
+        list += all[i];
     }
     return list;
 }

@@ -10,7 +10,7 @@ namespace zel::tool {
 /// @throws FileError when there is none.
 std::string imageFormatName(const std::string& path);
 
-/// The extensions of all formats, ready for a sentence: ".npy or .png".
+/// The extensions of all formats, ready for a sentence: ".npy, .png or .tif".
 std::string imageFileExtensions();
 
 /// Reads a whole image file; the extension decides on its format.

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ImageFiles/AtomicFile.h"
 #include "ImageFiles/InputFile.h"
@@ -15,8 +16,8 @@ public:
     virtual ~ImageFormat() = default;
 
     virtual std::string_view name() const = 0;
-    /// In lower case, with the dot.
-    virtual std::string_view extension() const = 0;
+    /// In lower case, with the dot; the usual one first.
+    virtual std::vector<std::string_view> extensions() const = 0;
     /// @throws FileError when the file is not what its name says or holds what HostImage cannot.
     virtual HostImage read(InputFile& file) const = 0;
     /// Why the format cannot hold an image of that type and size, and what helps; empty when it can.
@@ -27,5 +28,7 @@ public:
 
 const ImageFormat& npyFormat();
 const ImageFormat& pngFormat();
+const ImageFormat& tiffFormat();
+const ImageFormat& mrcFormat();
 
 }  // namespace zel::tool

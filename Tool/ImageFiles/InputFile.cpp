@@ -64,19 +64,34 @@ InputFile::~InputFile() {
     close(descriptor_);
 }
 
-std::size_t InputFile::read(void* buffer, std::size_t count) {
+template <typename ReadPart>
+std::size_t InputFile::fill(void* buffer, std::size_t count, ReadPart&& readPart) const {
     std::size_t done = 0;
     while (done < count) {
         checkInterrupt();
-        const ssize_t got =
-            ::read(descriptor_, static_cast<std::byte*>(buffer) + done, std::min(count - done, bytesPerCall));
+        const ssize_t got = readPart(static_cast<std::byte*>(buffer) + done, std::min(count - done, bytesPerCall));
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) throw FileError::reading(path_, systemErrorText(errno));
         if (got == 0) break;
         done += static_cast<std::size_t>(got);
     }
+    return done;
+}
+
+std::size_t InputFile::read(void* buffer, std::size_t count) {
+    const std::size_t done =
+        fill(buffer, count, [&](std::byte* bytes, std::size_t most) { return ::read(descriptor_, bytes, most); });
     position_ += done;
     return done;
+}
+
+std::size_t InputFile::readAt(void* buffer, std::size_t count, std::size_t offset) const {
+    if (offset >= size_.value_or(0)) return 0;
+    return fill(buffer, count, [&, place = static_cast<off_t>(offset)](std::byte* bytes, std::size_t most) mutable {
+        const ssize_t got = pread(descriptor_, bytes, most, place);
+        place += std::max<ssize_t>(got, 0);
+        return got;
+    });
 }
 
 std::optional<std::size_t> InputFile::remaining() const {

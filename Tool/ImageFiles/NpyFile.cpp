@@ -3,6 +3,7 @@
 #include <cstring>
 #include <vector>
 
+#include "ImageFiles/ByteOrder.h"
 #include "ImageFiles/FileError.h"
 #include "ImageFiles/ImageFormat.h"
 #include "ImageFiles/NpyHeader.h"
@@ -121,16 +122,10 @@ void readFortranOrder(InputFile& file, const NpyHeader& header, std::byte* voxel
     }
 }
 
-void swapBytes(std::byte* bytes, std::size_t count, VoxelTypes type) {
-    const bool isComplex = type == VoxelTypes::complex64 || type == VoxelTypes::complex128;
-    const std::size_t numberSize = helper::getSizeOf(type) / (isComplex ? 2 : 1);
-    for (std::size_t i = 0; i < count; i += numberSize) std::reverse(bytes + i, bytes + i + numberSize);
-}
-
 class NpyFormat final : public ImageFormat {
 public:
     std::string_view name() const override { return "NPY"; }
-    std::string_view extension() const override { return ".npy"; }
+    std::vector<std::string_view> extensions() const override { return {".npy"}; }
 
     HostImage read(InputFile& file) const override {
         const NpyHeader header = readHeader(file);
@@ -158,16 +153,7 @@ public:
         const ImageSize size = imageSizeOf(image);
         const std::string header = makeNpyHeader(image.getDataType(), size);
         file.write(header.data(), header.size());
-        const std::size_t rowBytes = size.x * helper::getSizeOf(image.getDataType());
-        if (const void* const voxels = image.hostDataReadOnly(); voxels != nullptr) {
-            file.write(voxels, rowBytes * size.y * size.z * size.i3 * size.i4);
-            return;
-        }
-        std::vector<std::byte> row(rowBytes);
-        forEachRow(size, [&](const RowIndex& index) {
-            readWholeRow(image, row.data(), index);
-            file.write(row.data(), row.size());
-        });
+        writeVoxels(file, image);
     }
 };
 

@@ -197,7 +197,7 @@ private:
 class PngFormat final : public ImageFormat {
 public:
     std::string_view name() const override { return "PNG"; }
-    std::string_view extension() const override { return ".png"; }
+    std::vector<std::string_view> extensions() const override { return {".png"}; }
 
     HostImage read(InputFile& file) const override { return PngReader(file).read(); }
 

@@ -1,5 +1,6 @@
 #include "ImageFiles/Rows.h"
 
+#include <cstdint>
 #include <stdexcept>
 #include <vector>
 
@@ -8,6 +9,14 @@ namespace zel::tool {
 ImageSize imageSizeOf(const ImageModel& image) {
     return {image.getDimension(0), image.getDimension(1), image.getDimension(2), image.getDimension(3),
             image.getDimension(4)};
+}
+
+std::optional<std::size_t> imageBytes(VoxelTypes type, const ImageSize& size) {
+    std::size_t bytes = helper::getSizeOf(type);
+    for (const std::size_t count : {size.x, size.y, size.z, size.i3, size.i4}) {
+        if (__builtin_mul_overflow(bytes, count, &bytes) || bytes > SIZE_MAX / 2) return std::nullopt;
+    }
+    return bytes;
 }
 
 HostImage makeImageLike(const ImageModel& image, VoxelTypes type) {
@@ -40,6 +49,20 @@ void copyVoxels(const ImageModel& from, ImageModel& to) {
     forEachRow(size, [&](const RowIndex& row) {
         readWholeRow(from, buffer.data(), row);
         writeWholeRow(to, buffer.data(), row);
+    });
+}
+
+void writeVoxels(AtomicFile& file, const ImageModel& image) {
+    const ImageSize size = imageSizeOf(image);
+    const std::size_t rowBytes = size.x * helper::getSizeOf(image.getDataType());
+    if (const void* const voxels = image.hostDataReadOnly(); voxels != nullptr) {
+        file.write(voxels, rowBytes * size.y * size.z * size.i3 * size.i4);
+        return;
+    }
+    std::vector<std::byte> row(rowBytes);
+    forEachRow(size, [&](const RowIndex& index) {
+        readWholeRow(image, row.data(), index);
+        file.write(row.data(), row.size());
     });
 }
 

@@ -1,14 +1,19 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
 #include "Cli/Interrupt.h"
+#include "ImageFiles/AtomicFile.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
 
 /// The image's sizes along the five axes.
 ImageSize imageSizeOf(const ImageModel& image);
+
+/// Bytes of all voxels of such an image; nothing when they are too many to count.
+std::optional<std::size_t> imageBytes(VoxelTypes type, const ImageSize& size);
 
 /// An image of the same size at the same place in the world, all voxels 0.
 HostImage makeImageLike(const ImageModel& image, VoxelTypes type);
@@ -43,5 +48,8 @@ void writeWholeRow(ImageModel& image, const void* buffer, const RowIndex& row);
 
 /// Copies all voxels, wherever the images lie. Both have the same size and type.
 void copyVoxels(const ImageModel& from, ImageModel& to);
+
+/// Appends all voxels to a file as they lie in memory, x fastest.
+void writeVoxels(AtomicFile& file, const ImageModel& image);
 
 }  // namespace zel::tool

@@ -1,0 +1,162 @@
+#include "ImageFiles/TiffReader.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+#include "Cli/Interrupt.h"
+#include "ImageFiles/FileError.h"
+#include "ImageFiles/Rows.h"
+#include "ImageFiles/TiffDescription.h"
+#include "ImageFiles/TiffPage.h"
+
+namespace zel::tool {
+
+namespace {
+
+std::string typeAndSize(const TiffPage& page) {
+    return std::to_string(page.width) + " x " + std::to_string(page.height) + " " +
+           std::string(voxelTypeName(page.type));
+}
+
+/// Voxels of less than 8 bits, first in the high bits, spread over the range of 8.
+void expandBits(const std::byte* packed, std::size_t bits, std::byte* voxels, std::size_t count) {
+    const unsigned highest = (1U << bits) - 1;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t place = i * bits;
+        const unsigned value = std::to_integer<unsigned>(packed[place / 8]) >> (8 - bits - place % 8) & highest;
+        voxels[i] = static_cast<std::byte>(value * (255 / highest));
+    }
+}
+
+class TiffReader {
+public:
+    explicit TiffReader(InputFile& file) : file_(file), handle_(file), first_(readTiffPage(handle_, 0, file.path())) {}
+
+    /// Twice through all pages: an image of the right size has to be there before the first voxel.
+    HostImage read() {
+        const auto spacing = spacingOfTiff(handle_);
+        const ImageSize size{first_.width, first_.height, countPages()};
+        const auto bytes = imageBytes(first_.type, size);
+        if (!bytes) throw FileError::reading(file_.path(), "its size is too large");
+        file_.requireMemory(*bytes);
+
+        HostImage image(first_.type, size);
+        for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, spacing[static_cast<std::size_t>(axis)]);
+        auto* const voxels = static_cast<std::byte*>(image.data());
+        handle_.check(TIFFSetDirectory(handle_.get(), 0) == 1, tiffPageName(0));
+        for (std::size_t z = 0; z < size.z; ++z) {
+            if (z > 0) goToPage(z);
+            readVoxels(z, voxels + z * first_.height * first_.rowBytes());
+        }
+        return image;
+    }
+
+private:
+    std::size_t countPages() {
+        std::size_t count = 1;
+        requireLink(0);
+        for (; TIFFLastDirectory(handle_.get()) == 0; ++count) {
+            goToPage(count);
+            readLikePage(count);
+            requireLink(count);
+        }
+        return count;
+    }
+
+    /// libtiff takes a page for the last one when the file ends before the link to the next one, behind the entries of
+    /// the directory.
+    void requireLink(std::size_t index) const {
+        const bool isBig = TIFFIsBigTIFF(handle_.get()) != 0;
+        const std::size_t countBytes = isBig ? 8 : 2, entryBytes = isBig ? 20 : 12, linkBytes = isBig ? 8 : 4;
+        const std::uint64_t directory = TIFFCurrentDirOffset(handle_.get());
+        std::array<unsigned char, 8> bytes{};
+        file_.readAt(bytes.data(), countBytes, directory);
+        std::size_t entryCount = 0;
+        for (std::size_t i = 0; i < countBytes; ++i) {
+            entryCount = entryCount << 8U | bytes[TIFFIsBigEndian(handle_.get()) != 0 ? i : countBytes - 1 - i];
+        }
+        if (directory + countBytes + entryCount * entryBytes + linkBytes <= file_.size().value_or(0)) return;
+        throw FileError::reading(file_.path(), tiffPageName(index) + " is cut off");
+    }
+
+    /// @param index  of the page after the one at which the handle stands.
+    void goToPage(std::size_t index) {
+        checkInterrupt();
+        handle_.check(TIFFReadDirectory(handle_.get()) == 1, tiffPageName(index), "it is an earlier page once more");
+    }
+
+    TiffPage readLikePage(std::size_t index) const {
+        const TiffPage page = readTiffPage(handle_, index, file_.path());
+        if (page.width == first_.width && page.height == first_.height && page.type == first_.type) return page;
+        throw FileError::reading(file_.path(), tiffPageName(index) + " is " + typeAndSize(page) + ", its first " +
+                                                   typeAndSize(first_) + "; pages of one size and type can be read");
+    }
+
+    void readVoxels(std::size_t index, std::byte* voxels) {
+        const TiffPage page = readLikePage(index);
+        if (page.isTiled || page.bitsPerVoxel < 8) {
+            readBlocks(page, index, voxels);
+        } else {
+            readStrips(page, index, voxels);
+        }
+        if (!page.isWhiteZero) return;
+        // The highest value of an unsigned integer less the value, which holds byte by byte.
+        std::transform(voxels, voxels + page.height * page.rowBytes(), voxels, std::bit_not<>());
+    }
+
+    void readStrips(const TiffPage& page, std::size_t index, std::byte* voxels) {
+        std::uint32_t strip = 0;
+        for (std::size_t y = 0; y < page.height; y += page.blockHeight) {
+            const std::size_t bytes = std::min(page.blockHeight, page.height - y) * page.rowBytes();
+            readBlock(page, index, strip++, voxels + y * page.rowBytes(), bytes);
+        }
+    }
+
+    void readBlocks(const TiffPage& page, std::size_t index, std::byte* voxels) {
+        const std::size_t voxelSize = helper::getSizeOf(page.type);
+        std::vector<std::byte> block(page.blockHeight * page.blockRowBytes());
+        std::uint32_t number = 0;
+        for (std::size_t y = 0; y < page.height; y += page.blockHeight) {
+            const std::size_t rows = std::min(page.blockHeight, page.height - y);
+            for (std::size_t x = 0; x < page.width; x += page.blockWidth) {
+                const std::size_t columns = std::min(page.blockWidth, page.width - x);
+                readBlock(page, index, number++, block.data(),
+                          (page.isTiled ? page.blockHeight : rows) * page.blockRowBytes());
+                for (std::size_t row = 0; row < rows; ++row) {
+                    const std::byte* const from = block.data() + row * page.blockRowBytes();
+                    std::byte* const to = voxels + (y + row) * page.rowBytes() + x * voxelSize;
+                    if (page.bitsPerVoxel < 8) {
+                        expandBits(from, page.bitsPerVoxel, to, columns);
+                    } else {
+                        std::memcpy(to, from, columns * voxelSize);
+                    }
+                }
+            }
+        }
+    }
+
+    /// Decodes a strip or a tile, all of it or nothing.
+    void readBlock(const TiffPage& page, std::size_t index, std::uint32_t number, void* bytes, std::size_t count) {
+        checkInterrupt();
+        const auto wanted = static_cast<tmsize_t>(count);
+        const tmsize_t got = page.isTiled ? TIFFReadEncodedTile(handle_.get(), number, bytes, wanted)
+                                          : TIFFReadEncodedStrip(handle_.get(), number, bytes, wanted);
+        handle_.check(got == wanted, tiffPageName(index));
+    }
+
+    InputFile& file_;
+    TiffHandle handle_;
+    TiffPage first_;
+};
+
+}  // namespace
+
+HostImage readTiff(InputFile& file) {
+    return TiffReader(file).read();
+}
+
+}  // namespace zel::tool
