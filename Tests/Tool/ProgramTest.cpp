@@ -188,6 +188,18 @@ TEST_F(ProgramTest, ConvertChangesFormatAndType) {
               (std::vector<std::uint16_t>{0, 2, 65535, 65535}));
 }
 
+TEST_F(ProgramTest, VolumesAndTheirSpacingGoThroughAllFormats) {
+    HostImage image = randomImage<std::int16_t>({7, 5, 3}, 1);
+    for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, 0.1 * (axis + 1));
+    tool::writeImageFile(folder / "a.mrc", image);
+    for (const auto& [from, to] : {std::pair{"a.mrc", "b.tif"}, {"b.tif", "c.map"}, {"c.map", "d.tiff"}}) {
+        ASSERT_EQ(zel({"convert", from, to, "--quiet"}).exitCode, 0);
+        EXPECT_EQ(readAll<std::int16_t>(tool::readImageFile(folder / to)), readAll<std::int16_t>(image));
+        EXPECT_THAT(zel({"info", to}).output, HasSubstr(", 7 x 5 x 3, int16, spacing 0.1 x 0.2 x 0.3, range "));
+    }
+    EXPECT_THAT(zel({"convert", "in.npy", "e.mrc"}).errors, HasSubstr("with zel convert --type int16"));
+}
+
 TEST_F(ProgramTest, DemoWritesWhatItsTableNames) {
     const ProcessResult result = zel({"demo", "new/demo"});
     ASSERT_EQ(result.exitCode, 0) << result.errors;
@@ -196,6 +208,9 @@ TEST_F(ProgramTest, DemoWritesWhatItsTableNames) {
     EXPECT_EQ(input.getDimension(0), 512U);
     EXPECT_NE(readAll<std::uint8_t>(tool::readImageFile(folder / "new/demo/box-filter.png")),
               readAll<std::uint8_t>(input));
+    const HostImage volumeOut = tool::readImageFile(folder / "new/demo/volume-box-filter.tif");
+    EXPECT_EQ(volumeOut.getDimension(2), 48U);
+    EXPECT_EQ(tool::readImageFile(folder / "new/demo/contact-sheet.png").getDimension(0), 16U + 4 * 272);
 }
 
 }  // namespace zel::test

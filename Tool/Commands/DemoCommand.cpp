@@ -5,9 +5,11 @@
 
 #include "Cli/Output.h"
 #include "Commands/Commands.h"
-#include "Commands/DemoPicture.h"
 #include "Commands/Description.h"
 #include "Commands/SliceRun.h"
+#include "Demo/ContactSheet.h"
+#include "Demo/DemoPicture.h"
+#include "Demo/DemoVolume.h"
 #include "ImageFiles/FileError.h"
 #include "ImageFiles/ImageFile.h"
 #include "ImageFiles/Rows.h"
@@ -24,30 +26,53 @@ RunReport runBoxFilter(const ImageModel& input, ImageModel& output, const RunOpt
     });
 }
 
-/// One algorithm on the demo picture.
+/// What the algorithms are shown on.
+struct DemoSubject {
+    const char* name;
+    const char* prefix;     ///< of its files
+    const char* extension;  ///< of its files; a format that holds it
+    HostImage (*make)();
+};
+
+constexpr DemoSubject picture{"picture", "", ".png", makeDemoPicture};
+constexpr DemoSubject volume{"volume", "volume-", ".tif", makeDemoVolume};
+
+/// One algorithm on one subject.
 struct DemoCase {
-    const char* algorithm;  ///< also the name of the file, with .png
+    const char* algorithm;  ///< also the name of the file
     const char* parameters;
     RunReport (*run)(const ImageModel& input, ImageModel& output, const RunOptions& options);
 };
 
-constexpr DemoCase demoCases[] = {
-    {"box-filter", "--kernel 9,9", runBoxFilter},
+struct DemoSection {
+    const DemoSubject& subject;
+    std::vector<DemoCase> cases;
 };
 
+// A new algorithm needs a line for each subject that it is for.
+std::vector<DemoSection> demoSections() {
+    return {
+        {picture, {{"box-filter", "--kernel 9,9", runBoxFilter}}},
+        {volume, {{"box-filter", "--kernel 9,9", runBoxFilter}}},
+    };
+}
+
+/// A line of the table.
 struct DemoResult {
-    DemoCase demo;
-    std::string file;
+    std::string subject;
+    std::string algorithm;
+    std::string parameters;
     RunReport report;
+    std::string file;
 };
 
 class DemoCommand final : public Command {
 public:
     std::string name() const override { return "demo"; }
-    std::string description() const override { return "Run the algorithms on a generated picture"; }
+    std::string description() const override { return "Run the algorithms on a generated picture and volume"; }
 
     void addOptions(CLI::App& app) override {
-        app.add_option("FOLDER", folder_, "Where the pictures go; made when missing")
+        app.add_option("FOLDER", folder_, "Where the files go; made when missing")
             ->capture_default_str()
             ->type_name("");
         options_.addTo(app);
@@ -56,21 +81,21 @@ public:
     int run() override {
         options_.apply();
         makeFolder();
-        const HostImage input = makeDemoPicture();
-        writeImageFile(inFolder("input.png"), input);
+        ContactSheet sheet;
         std::vector<DemoResult> results;
-        for (const DemoCase& demo : demoCases) {
-            HostImage output = makeImageLike(input, input.getDataType());
-            const RunReport report = demo.run(input, output, options_);
-            results.push_back({demo, inFolder(std::string(demo.algorithm) + ".png"), report});
-            writeImageFile(results.back().file, output);
-        }
+        for (const DemoSection& section : demoSections()) runSection(section, sheet, results);
+        writeImageFile(inFolder(sheetFile), sheet.render());
         report(results);
         return 0;
     }
 
 private:
+    static constexpr const char* sheetFile = "contact-sheet.png";
+
     std::string inFolder(const std::string& file) const { return (std::filesystem::path(folder_) / file).string(); }
+    std::string fileOf(const DemoSubject& subject, const std::string& what) const {
+        return inFolder(subject.prefix + what + subject.extension);
+    }
 
     void makeFolder() const {
         std::error_code failure;
@@ -78,33 +103,50 @@ private:
         if (failure) throw FileError("cannot make folder " + folder_ + ": " + systemErrorText(failure.value()));
     }
 
-    void report(const std::vector<DemoResult>& results) const {
-        if (options_.isJson) {
-            auto list = nlohmann::ordered_json::array();
-            for (const auto& [demo, file, report] : results) {
-                list.push_back({{"algorithm", demo.algorithm},
-                                {"parameters", demo.parameters},
-                                {"seconds", report.seconds},
-                                {"steps", report.steps},
-                                {"output", file}});
-            }
-            printJson({{"input", inFolder("input.png")}, {"results", list}});
-        } else if (!options_.isQuiet) {
-            printRow("algorithm", "parameters", "seconds", "steps", "file");
-            printRow("", "", "", "", inFolder("input.png"));
-            for (const auto& [demo, file, report] : results) {
-                printRow(demo.algorithm, demo.parameters, secondsToText(report.seconds), std::to_string(report.steps),
-                         file);
-            }
+    void runSection(const DemoSection& section, ContactSheet& sheet, std::vector<DemoResult>& results) const {
+        const DemoSubject& subject = section.subject;
+        const HostImage input = subject.make();
+        results.push_back({subject.name, "", "", {}, fileOf(subject, "input")});
+        writeImageFile(results.back().file, input);
+        sheet.add(input, subject.name);
+        for (const DemoCase& demo : section.cases) {
+            HostImage output = makeImageLike(input, input.getDataType());
+            const RunReport report = demo.run(input, output, options_);
+            results.push_back({subject.name, demo.algorithm, demo.parameters, report, fileOf(subject, demo.algorithm)});
+            writeImageFile(results.back().file, output);
+            sheet.add(output, demo.algorithm);
         }
     }
 
-    static void printRow(const std::string& algorithm, const std::string& parameters, const std::string& seconds,
-                         const std::string& steps, const std::string& file) {
+    void report(const std::vector<DemoResult>& results) const {
+        if (options_.isJson) {
+            auto list = nlohmann::ordered_json::array();
+            for (const DemoResult& result : results) {
+                list.push_back({{"subject", result.subject},
+                                {"algorithm", result.algorithm},
+                                {"parameters", result.parameters},
+                                {"seconds", result.report.seconds},
+                                {"steps", result.report.steps},
+                                {"file", result.file}});
+            }
+            printJson({{"results", list}, {"contactSheet", inFolder(sheetFile)}});
+        } else if (!options_.isQuiet) {
+            printRow({"subject", "algorithm", "parameters", "seconds", "steps", "file"});
+            for (const DemoResult& result : results) {
+                const bool isRun = !result.algorithm.empty();
+                printRow({result.subject, result.algorithm, result.parameters,
+                          isRun ? secondsToText(result.report.seconds) : "",
+                          isRun ? std::to_string(result.report.steps) : "", result.file});
+            }
+            printLine("all of them in one picture: " + inFolder(sheetFile));
+        }
+    }
+
+    static void printRow(const std::array<std::string, 6>& cells) {
         std::array<char, 128> start{};
-        std::snprintf(start.data(), start.size(), "%-20s %-20s %9s %7s  ", algorithm.c_str(), parameters.c_str(),
-                      seconds.c_str(), steps.c_str());
-        printLine(start.data() + file);
+        std::snprintf(start.data(), start.size(), "%-8s %-16s %-16s %9s %6s  ", cells[0].c_str(), cells[1].c_str(),
+                      cells[2].c_str(), cells[3].c_str(), cells[4].c_str());
+        printLine(start.data() + cells[5]);
     }
 
     std::string folder_ = "zel-demo";

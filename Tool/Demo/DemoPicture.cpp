@@ -1,4 +1,4 @@
-#include "Commands/DemoPicture.h"
+#include "Demo/DemoPicture.h"
 
 #include <algorithm>
 #include <cmath>
