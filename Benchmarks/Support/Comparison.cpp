@@ -1,0 +1,46 @@
+#include "Comparison.h"
+
+#include <benchmark/benchmark.h>
+#include <host_device.h>
+#include <tbb/global_control.h>
+
+#include "TableReporter.h"
+
+namespace zel::bench {
+
+namespace {
+
+/// Beyond what lies on the device before: the images of a run on the device are not counted.
+void measure(benchmark::State& state, const Contender& contender, double bytes) {
+    const tbb::global_control threads(tbb::global_control::max_allowed_parallelism,
+                                      static_cast<std::size_t>(contender.threads));
+    contender.run();  // what only a first run has to do is not measured
+    host::resetPeakBytes();
+    const std::uint64_t bytesBefore = host::deviceUse().liveBytes;
+    for ([[maybe_unused]] const auto iteration : state) contender.run();
+    state.counters[deviceBytesCounter] = static_cast<double>(host::deviceUse().peakBytes - bytesBefore);
+    state.counters[bytesCounter] = bytes;
+}
+
+void enlist(const std::string& caseName, const Contender& contender, double bytes) {
+    benchmark::RegisterBenchmark((caseName + '/' + contender.name).c_str(),
+                                 [=](benchmark::State& state) { measure(state, contender, bytes); })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+}  // namespace
+
+void Comparisons::run(const std::regex& filter, TableReporter& reporter) const {
+    for (const auto& [name, make] : cases_) {
+        if (!std::regex_search(name, filter)) continue;
+        const Comparison comparison = make();
+        for (const Contender& contender : comparison.ours) enlist(name, contender, comparison.bytes);
+        if (comparison.peer) enlist(name, {peerRow, comparison.peer}, comparison.bytes);
+        reporter.begin(name, comparison.peerName);
+        benchmark::RunSpecifiedBenchmarks(&reporter, ".");
+        benchmark::ClearRegisteredBenchmarks();
+    }
+}
+
+}  // namespace zel::bench

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace zel::bench {
+
+/// A memcpy on two threads, half each, between memory that exists and was touched: the rate that the machine's memory
+/// allows a copy.
+/// @param bytes  read and written together, so half of them are copied.
+std::function<void()> memoryCopyPeer(double bytes);
+
+}  // namespace zel::bench

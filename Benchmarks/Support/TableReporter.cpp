@@ -1,0 +1,109 @@
+#include "TableReporter.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace zel::bench {
+
+namespace {
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    const std::size_t half = values.size() / 2;
+    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
+}
+
+/// How many times faster ours is, from the medians, and how far single repetitions stray from it.
+std::string ratioText(const std::vector<double>& ours, const std::vector<double>& peer) {
+    const std::size_t pairs = std::min(ours.size(), peer.size());
+    std::vector<double> ratios(pairs);
+    std::transform(peer.begin(), peer.begin() + static_cast<std::ptrdiff_t>(pairs), ours.begin(), ratios.begin(),
+                   [](double other, double own) { return other / own; });
+    const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
+    char text[64];
+    std::snprintf(text, sizeof text, "%6.2f %6.2f ..%6.2f", median(peer) / median(ours), *least, *most);
+    return text;
+}
+
+constexpr char heading[] = "%-36s %-20s %9s %9s %-11s %6s %16s %7s %8s\n";
+constexpr char line[] = "%-36s %-20s %9.3f %9s %-11s %23s %7.1f %8.1f\n";
+
+}  // namespace
+
+TableReporter::TableReporter(std::ostream& json) {
+    json_.SetOutputStream(&json);
+}
+
+void TableReporter::begin(const std::string& caseName, const std::string& peerName) {
+    caseName_ = caseName;
+    peerName_ = peerName;
+}
+
+void TableReporter::finish() {
+    if (started_) json_.Finalize();
+}
+
+bool TableReporter::ReportContext(const Context& context) {
+    if (started_) return true;
+    started_ = true;
+    json_.ReportContext(context);
+    if (!context.cpu_info.load_avg.empty()) {
+        std::printf("load average %.2f on %d cores: figures are good when it is near 0\n",
+                    context.cpu_info.load_avg.front(), context.cpu_info.num_cpus);
+    }
+    std::puts(
+        "ours, peer: median ms; ratio: peer / ours, spread over repetitions; MiB: device memory beside the images");
+    std::printf(heading, "case", "ours by", "ours", "peer", "peer is", "ratio", "(min .. max)", "GB/s", "MiB");
+    return true;
+}
+
+void TableReporter::ReportRuns(const std::vector<Run>& runs) {
+    json_.ReportRuns(runs);
+    Row row;
+    for (const Run& run : runs) {
+        if (run.run_type != Run::RT_Iteration) continue;
+        row.index = run.family_index;
+        row.name = run.run_name.function_name.substr(caseName_.size() + 1);
+        if (run.error_occurred) {
+            row.failure = run.error_message;
+            break;
+        }
+        row.milliseconds.push_back(run.GetAdjustedRealTime());
+        row.bytes = run.counters.at(bytesCounter).value;
+        row.deviceBytes = run.counters.at(deviceBytesCounter).value;
+    }
+    // Their means and the like come in a call of their own.
+    if (!row.name.empty()) rows_.push_back(std::move(row));
+}
+
+void TableReporter::Finalize() {
+    // Interleaved rows end in any order.
+    std::sort(rows_.begin(), rows_.end(), [](const Row& a, const Row& b) { return a.index < b.index; });
+    const auto peer = std::find_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.name == peerRow; });
+    for (const Row& row : rows_) {
+        if (row.name != peerRow) printRow(row, peer == rows_.end() ? nullptr : &*peer);
+    }
+    std::fflush(stdout);
+    rows_.clear();
+}
+
+void TableReporter::printRow(const Row& row, const Row* peer) const {
+    if (!row.failure.empty()) {
+        std::printf("%-36s %-20s %s\n", caseName_.c_str(), row.name.c_str(), row.failure.c_str());
+        return;
+    }
+    const double milliseconds = median(row.milliseconds);
+    std::string peerText = "-", ratio;
+    if (peer != nullptr) {
+        char number[16];
+        std::snprintf(number, sizeof number, "%.3f", median(peer->milliseconds));
+        peerText = number;
+        ratio = ratioText(row.milliseconds, peer->milliseconds);
+    }
+    constexpr double bytesPerMebibyte = 1 << 20, bytesPerMillisecondToGigabytes = 1e-6;
+    std::printf(line, caseName_.c_str(), row.name.c_str(), milliseconds, peerText.c_str(), peerName_.c_str(),
+                ratio.c_str(), row.bytes / milliseconds * bytesPerMillisecondToGigabytes,
+                row.deviceBytes / bytesPerMebibyte);
+}
+
+}  // namespace zel::bench

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace zel::bench {
+
+/// The row of a comparison that the others are measured against.
+inline constexpr char peerRow[] = "peer";
+/// Bytes that a run reads and writes.
+inline constexpr char bytesCounter[] = "bytes";
+/// Bytes of device memory that a run takes for itself.
+inline constexpr char deviceBytesCounter[] = "device_bytes";
+
+/// Prints a table with a line for each of our rows, beside its peer's; and all measurements as JSON.
+class TableReporter final : public benchmark::BenchmarkReporter {
+public:
+    explicit TableReporter(std::ostream& json);
+
+    /// The comparison that is measured next.
+    void begin(const std::string& caseName, const std::string& peerName);
+    /// After the last comparison.
+    void finish();
+
+    bool ReportContext(const Context& context) override;
+    void ReportRuns(const std::vector<Run>& runs) override;
+    void Finalize() override;
+
+private:
+    /// The repetitions of one row.
+    struct Row {
+        std::int64_t index = 0;  ///< in the order of the comparison
+        std::string name;
+        std::vector<double> milliseconds;
+        double bytes = 0;
+        double deviceBytes = 0;
+        std::string failure;
+    };
+
+    void printRow(const Row& row, const Row* peer) const;
+
+    benchmark::JSONReporter json_;
+    bool started_ = false;
+    std::string caseName_;
+    std::string peerName_;
+    std::vector<Row> rows_;
+};
+
+}  // namespace zel::bench
