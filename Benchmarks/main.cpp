@@ -2,14 +2,35 @@
 
 #include <benchmark/benchmark.h>
 
+#include <exception>
 #include <fstream>
 #include <iostream>
 
 #include "Comparison.h"
 #include "TableReporter.h"
 
+namespace {
+
+using namespace zel::bench;
+
+/// @param json  gets all measurements, if it is open.
+int measureCases(const std::string& filter, std::ostream& json) {
+    Comparisons comparisons;
+    addBoxFilterCases(comparisons);
+    addTransferCases(comparisons);
+    addConversionCases(comparisons);
+    TableReporter reporter(json);
+    if (comparisons.run(std::regex(filter), reporter) == 0) {
+        std::cerr << "bench: no case is called '" << filter << "'\n";
+        return 1;
+    }
+    reporter.finish();
+    return 0;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    using namespace zel::bench;
     benchmark::Initialize(&argc, argv);
     std::ofstream json;
     if (argc == 2) json.open(argv[1]);
@@ -18,11 +39,10 @@ int main(int argc, char** argv) {
                      "--benchmark_filter picks cases, not rows\n";
         return 1;
     }
-    Comparisons comparisons;
-    addBoxFilterCases(comparisons);
-    addTransferCases(comparisons);
-    addConversionCases(comparisons);
-    TableReporter reporter(json);
-    comparisons.run(std::regex(benchmark::GetBenchmarkFilter()), reporter);
-    reporter.finish();
+    try {
+        return measureCases(benchmark::GetBenchmarkFilter(), json);
+    } catch (const std::exception& error) {
+        std::cerr << "bench: " << error.what() << '\n';
+        return 1;
+    }
 }

@@ -31,7 +31,8 @@ void enlist(const std::string& caseName, const Contender& contender, double byte
 
 }  // namespace
 
-void Comparisons::run(const std::regex& filter, TableReporter& reporter) const {
+std::size_t Comparisons::run(const std::regex& filter, TableReporter& reporter) const {
+    std::size_t measured = 0;
     for (const auto& [name, make] : cases_) {
         if (!std::regex_search(name, filter)) continue;
         const Comparison comparison = make();
@@ -40,7 +41,9 @@ void Comparisons::run(const std::regex& filter, TableReporter& reporter) const {
         reporter.begin(name, comparison.peerName);
         benchmark::RunSpecifiedBenchmarks(&reporter, ".");
         benchmark::ClearRegisteredBenchmarks();
+        ++measured;
     }
+    return measured;
 }
 
 }  // namespace zel::bench

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <regex>
 #include <string>
@@ -35,7 +36,8 @@ public:
 
     /// Measures each case whose name holds a match of the filter. Repetitions of a case's contenders and its peer are
     /// interleaved, so that all see the same machine.
-    void run(const std::regex& filter, TableReporter& reporter) const;
+    /// @returns how many cases there were.
+    std::size_t run(const std::regex& filter, TableReporter& reporter) const;
 
 private:
     struct Case {

@@ -64,10 +64,6 @@ void TableReporter::ReportRuns(const std::vector<Run>& runs) {
         if (run.run_type != Run::RT_Iteration) continue;
         row.index = run.family_index;
         row.name = run.run_name.function_name.substr(caseName_.size() + 1);
-        if (run.error_occurred) {
-            row.failure = run.error_message;
-            break;
-        }
         row.milliseconds.push_back(run.GetAdjustedRealTime());
         row.bytes = run.counters.at(bytesCounter).value;
         row.deviceBytes = run.counters.at(deviceBytesCounter).value;
@@ -88,10 +84,6 @@ void TableReporter::Finalize() {
 }
 
 void TableReporter::printRow(const Row& row, const Row* peer) const {
-    if (!row.failure.empty()) {
-        std::printf("%-36s %-20s %s\n", caseName_.c_str(), row.name.c_str(), row.failure.c_str());
-        return;
-    }
     const double milliseconds = median(row.milliseconds);
     std::string peerText = "-", ratio;
     if (peer != nullptr) {

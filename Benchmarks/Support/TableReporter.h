@@ -38,7 +38,6 @@ private:
         std::vector<double> milliseconds;
         double bytes = 0;
         double deviceBytes = 0;
-        std::string failure;
     };
 
     void printRow(const Row& row, const Row* peer) const;
