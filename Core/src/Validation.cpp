@@ -96,6 +96,16 @@ void requireDistinct(const NamedImage& output, const NamedImage& input) {
     refuse(output.name, " shares memory with ", input.name, "; it must be another image");
 }
 
+void requireFilterImages2d(const PropertyReadImage& input, const PropertyWriteImage& output,
+                           std::initializer_list<VoxelTypes> allowed) {
+    requireImage2d(input);
+    requireImage2d(output);
+    requireType(input, allowed);
+    requireSameSize(output, input);
+    requireSameType(output, input);
+    requireDistinct(output, input);
+}
+
 void requireRange(const Property<unsigned>& property, unsigned low, unsigned high) {
     const unsigned value = property.get();
     if (value >= low && value <= high) return;

@@ -35,6 +35,11 @@ void requireSameType(const NamedImage& image, const NamedImage& reference);
 /// The images share no memory.
 void requireDistinct(const NamedImage& output, const NamedImage& input);
 
+/// All that a filter from one 2D image to another asks of the two: it takes `allowed`, and the output is like the
+/// input.
+void requireFilterImages2d(const PropertyReadImage& input, const PropertyWriteImage& output,
+                           std::initializer_list<VoxelTypes> allowed);
+
 void requireRange(const Property<unsigned>& property, unsigned low, unsigned high);
 /// Finite and not below 0, or above 0.
 void requireNotNegative(std::string_view name, double value);

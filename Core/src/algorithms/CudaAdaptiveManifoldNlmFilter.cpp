@@ -20,8 +20,7 @@ namespace {
 
 constexpr float maximalTreeHeight = 16;
 
-/// Height of the tree of manifolds. Gastal and Oliveira 2012, section 5: fewer levels for a wide range, more for a wide
-/// neighbourhood.
+/// Height of the tree of manifolds: fewer levels for a wide range, more for a wide neighbourhood.
 float treeHeight(float rangeSigma, float spatialSigma) {
     const float levels = std::ceil((1 - rangeSigma) * std::floor(std::log(spatialSigma) / std::log(2.0F) - 1));
     return std::max(2.0F, levels) + 2;

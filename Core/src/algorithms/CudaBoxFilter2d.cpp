@@ -15,16 +15,12 @@ AlgoInfo* CudaBoxFilter2d::getClassInfo() {
 
 void CudaBoxFilter2d::validate() const {
     using namespace validation;
-    requireImage2d(inputImage);
-    requireImage2d(outputImage);
+    requireFilterImages2d(
+        inputImage, outputImage,
+        {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
     requireRange(kernelSizeX, 1, nppLimit);
     requireRange(kernelSizeY, 1, nppLimit);
     requireTile(tilingMode, tileSize);
-    requireType(inputImage,
-                {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
-    requireSameSize(outputImage, inputImage);
-    requireSameType(outputImage, inputImage);
-    requireDistinct(outputImage, inputImage);
 }
 
 std::unique_ptr<AdaptedImages> CudaBoxFilter2d::adaptImages() {

@@ -15,15 +15,11 @@ AlgoInfo* CudaMedianFilter2d::getClassInfo() {
 
 void CudaMedianFilter2d::validate() const {
     using namespace validation;
-    requireImage2d(inputImage);
-    requireImage2d(outputImage);
+    requireFilterImages2d(
+        inputImage, outputImage,
+        {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
     requireRange(kernelRadius, 0, nppLimit / 2);
     requireTile(tilingMode, tileSize);
-    requireType(inputImage,
-                {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
-    requireSameSize(outputImage, inputImage);
-    requireSameType(outputImage, inputImage);
-    requireDistinct(outputImage, inputImage);
 }
 
 std::unique_ptr<AdaptedImages> CudaMedianFilter2d::adaptImages() {

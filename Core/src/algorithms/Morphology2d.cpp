@@ -10,16 +10,12 @@ MorphologyAlgorithm2d::~MorphologyAlgorithm2d() = default;
 
 void MorphologyAlgorithm2d::validate() const {
     using namespace validation;
-    requireImage2d(inputImage);
-    requireImage2d(outputImage);
+    requireFilterImages2d(
+        inputImage, outputImage,
+        {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::float32, VoxelTypes::int8, VoxelTypes::int16});
     // The mask of 2 radius + 1 pixels has to fit NPP's sizes.
     requireRange(kernelRadius, 1, nppLimit / 2);
     requireTile(tilingMode, tileSize);
-    requireType(inputImage,
-                {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::float32, VoxelTypes::int8, VoxelTypes::int16});
-    requireSameSize(outputImage, inputImage);
-    requireSameType(outputImage, inputImage);
-    requireDistinct(outputImage, inputImage);
 }
 
 std::unique_ptr<AdaptedImages> MorphologyAlgorithm2d::adaptImages() {
