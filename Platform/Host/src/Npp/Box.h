@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "FilterArguments.h"
+#include "FilterJob.h"
 
 namespace zel::host {
 
@@ -31,67 +32,18 @@ struct WindowAxis {
 
 /// One checked call of a box filter.
 template <typename T>
-struct BoxJob {
-    const std::byte* origin;  ///< source pixel (0, 0)
-    std::ptrdiff_t srcStep;
-    NppiSize size;
-    NppiPoint offset;
-    std::byte* dst;
-    std::ptrdiff_t dstStep;
-    NppiSize roi;
+struct BoxJob : FilterJob<T> {
     WindowAxis windowX;
     WindowAxis windowY;
     std::uint64_t maskHeight;
     std::uint64_t area;
 
     explicit BoxJob(const FilterArguments& call)
-        : origin(sourceOrigin(call, sizeof(T))),
-          srcStep(call.srcStep),
-          size(call.srcSize),
-          offset(call.srcOffset),
-          dst(static_cast<std::byte*>(call.dst)),
-          dstStep(call.dstStep),
-          roi(call.roi),
+        : FilterJob<T>(call),
           windowX(call.mask.width, call.anchor.x, call.srcSize.width),
           windowY(call.mask.height, call.anchor.y, call.srcSize.height),
           maskHeight(static_cast<std::uint64_t>(call.mask.height)),
           area(static_cast<std::uint64_t>(call.mask.width) * maskHeight) {}
-
-    /// The source row of that number, or the nearest one of the image.
-    const T* srcRow(std::ptrdiff_t y) const {
-        const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(y, 0, size.height - 1);
-        return reinterpret_cast<const T*>(origin + row * srcStep);
-    }
-    T* dstRow(std::ptrdiff_t y) const { return reinterpret_cast<T*>(dst + y * dstStep); }
-};
-
-/// The source columns under the windows of output columns [begin, end): `padLeft` times the image's first one, `count`
-/// columns of the image from `first` on, `padRight` times its last one.
-struct BoxColumns {
-    std::ptrdiff_t padLeft;
-    std::ptrdiff_t first;
-    std::ptrdiff_t count;
-    std::ptrdiff_t padRight;
-
-    template <typename T>
-    BoxColumns(const BoxJob<T>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
-        const std::ptrdiff_t low = job.offset.x + begin - job.windowX.before;
-        const std::ptrdiff_t high = low + (end - begin) + job.windowX.size - 1;
-        first = std::max<std::ptrdiff_t>(low, 0);
-        const std::ptrdiff_t last = std::min<std::ptrdiff_t>(high, job.size.width);
-        padLeft = first - low;
-        count = last - first;
-        padRight = high - last;
-    }
-
-    std::ptrdiff_t padded() const { return padLeft + count + padRight; }
-
-    /// Fills the padding around the `count` values that stand at line + padLeft.
-    template <typename Value>
-    void pad(Value* line) const {
-        std::fill_n(line, padLeft, line[padLeft]);
-        std::fill_n(line + padLeft + count, padRight, line[padLeft + count - 1]);
-    }
 };
 
 /// Filters output rows [begin, end). Which rows a call takes changes no result.

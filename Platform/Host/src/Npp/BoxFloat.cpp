@@ -1,5 +1,6 @@
 #include "Box.h"
 #include "Scratch.h"
+#include "TileSize.h"
 #include "WindowSums.h"
 
 namespace zel::host {
@@ -9,31 +10,13 @@ namespace {
 // (a dozen for 51 x 51), so the means are good to one or two last places, at half of what doubles cost.
 
 constexpr std::ptrdiff_t blockWidth = 16;  // columns summed together: a window's rows of them fit the first-level cache
-constexpr std::ptrdiff_t tileItems = std::ptrdiff_t{1} << 17;  // sums of a tile: half of a second-level cache
-constexpr std::ptrdiff_t tileRows = 192;
 constexpr std::ptrdiff_t groupItems = std::ptrdiff_t{1} << 18;
-
-/// Rows and columns of a tile. More of them than by default where windows are large: what neighbouring tiles sum up
-/// twice is a window less one.
-struct TileSize {
-    std::ptrdiff_t rows;
-    std::ptrdiff_t columns;
-
-    TileSize(const BoxJob<float>& job, std::ptrdiff_t rowsLeft) {
-        constexpr std::ptrdiff_t mostItems = std::ptrdiff_t{1} << 21;
-        const std::ptrdiff_t columnsBeside = job.windowX.size - 1;
-        const std::ptrdiff_t rowsThatFit = std::max<std::ptrdiff_t>(mostItems / (columnsBeside + 256), 16);
-        rows = std::min({std::max(tileRows, job.windowY.size), rowsThatFit, rowsLeft});
-        columns = std::max(tileItems / rows - columnsBeside, std::max<std::ptrdiff_t>(columnsBeside, 64));
-        columns = std::min<std::ptrdiff_t>(columns, job.roi.width);
-    }
-};
 
 class FloatTiles {
 public:
     FloatTiles(const BoxJob<float>& job, std::ptrdiff_t rowsLeft)
         : job_(job),
-          tile_(job, rowsLeft),
+          tile_(job.windowX.size, job.windowY.size, job.roi.width, rowsLeft),
           stride_(tile_.columns + job.windowX.size - 1 + blockWidth),
           blockItems_((tile_.rows + job.windowY.size - 1) * blockWidth),
           groupWidth_(std::clamp<std::ptrdiff_t>(groupItems / blockItems_, 1, stride_ / blockWidth) * blockWidth),
@@ -46,17 +29,12 @@ public:
           line_(scratch_.take<float>(tile_.columns)) {}
 
     void filter(std::ptrdiff_t begin, std::ptrdiff_t end) {
-        for (std::ptrdiff_t top = begin; top < end; top += tile_.rows) {
-            const std::ptrdiff_t bottom = std::min(top + tile_.rows, end);
-            for (std::ptrdiff_t left = 0; left < job_.roi.width; left += tile_.columns) {
-                filterTile(top, bottom, left, std::min<std::ptrdiff_t>(left + tile_.columns, job_.roi.width));
-            }
-        }
+        forEachTile(tile_, begin, end, job_.roi.width, [this](auto... edges) { filterTile(edges...); });
     }
 
 private:
     void filterTile(std::ptrdiff_t top, std::ptrdiff_t bottom, std::ptrdiff_t left, std::ptrdiff_t right) {
-        const BoxColumns source(job_, left, right);
+        const SourceColumns source(job_, job_.windowX, left, right);
         const std::ptrdiff_t rows = bottom - top;
         for (std::ptrdiff_t x = 0; x < source.count; x += groupWidth_) {
             const std::ptrdiff_t columns = std::min(groupWidth_, source.count - x);
@@ -97,7 +75,7 @@ private:
             std::copy_n(blockSums_ + j * blockWidth, blockWidth, sums + j * stride_);
     }
 
-    void addRepeated(std::uint64_t times, const float* row, std::ptrdiff_t rows, const BoxColumns& source) const {
+    void addRepeated(std::uint64_t times, const float* row, std::ptrdiff_t rows, const SourceColumns& source) const {
         if (times == 0) return;
         for (std::ptrdiff_t j = 0; j < rows; ++j) {
             float* const sums = sums_ + j * stride_ + source.padLeft;

@@ -72,7 +72,7 @@ template <typename Column, typename Sum, typename Division, typename Pixel>
 void filterStrip(const BoxJob<Pixel>& job, std::ptrdiff_t top, std::ptrdiff_t bottom, std::ptrdiff_t left,
                  std::ptrdiff_t right) {
     const Division division(job.area);
-    const BoxColumns source(job, left, right);
+    const SourceColumns source(job, job.windowX, left, right);
     const auto padded = static_cast<std::size_t>(source.padded());
     constexpr std::size_t lead = Scratch::alignment / sizeof(Sum);
     Scratch scratch(Scratch::bytesFor<Column>(padded) + Scratch::bytesFor<Sum>(lead + padded));
