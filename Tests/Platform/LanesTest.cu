@@ -30,6 +30,14 @@ __global__ void walkKernel(int* visits, int* first, std::uint64_t count) {
     onFirstLane([=] { *first += 1; });
 }
 
+/// Counts the visits to each line, by way of single lines and of bundles.
+__global__ void linesKernel(int* visits, std::uint64_t outer, std::uint64_t count) {
+    forEachLine(outer, count, [=](std::uint64_t o, std::uint64_t l) { visits[o * count + l] += 1; });
+    forEachLineBundle(outer, count, [=](std::uint64_t o, const auto bundle) {
+        bundle.each([&](unsigned int lane) { visits[o * count + bundle.first + lane] += 10; });
+    });
+}
+
 cudaLaunchConfig_t oneBlock() {
     cudaLaunchConfig_t config{};
     config.gridDim = dim3(1);
@@ -61,6 +69,19 @@ TEST_F(LanesTest, LanesTogetherWalkOverAllItems) {
     EXPECT_EQ(std::accumulate(visits.begin(), visits.end(), 0), 149);
     EXPECT_EQ(visits[149], 0);
     EXPECT_EQ(first, 1);
+}
+
+// More and fewer blocks than lines or bundles; each line is one block's.
+TEST_F(LanesTest, BlocksTogetherWalkOverAllLines) {
+    for (const std::uint64_t count : {1, 64, 100, 150})
+        for (const unsigned int blocks : {1, 3, 500}) {
+            SCOPED_TRACE(::testing::Message() << count << " lines, " << blocks << " blocks");
+            auto config = oneBlock();
+            config.gridDim = dim3(blocks);
+            std::vector<int> visits(7 * count);
+            ASSERT_EQ(cudaLaunchKernelEx(&config, linesKernel, visits.data(), std::uint64_t{7}, count), cudaSuccess);
+            EXPECT_EQ(visits, std::vector<int>(7 * count, 11));
+        }
 }
 
 }  // namespace

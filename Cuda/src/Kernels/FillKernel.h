@@ -9,7 +9,7 @@ namespace zel::cuda {
 ///
 /// @param mask    device memory, (2 radius + 1) rows of (2 radius + 1) bytes without padding.
 /// @param radius  a negative one writes nothing.
-/// @param stream  queues here; the caller synchronises, and learns there when the launch was refused.
+/// @param stream  queues here; unchecked: cudaGetLastError() tells the caller when the launch was refused.
 void fillKernelV4(unsigned char* mask, int radius, cudaStream_t stream);
 
 namespace helper {

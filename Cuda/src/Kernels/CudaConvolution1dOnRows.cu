@@ -1,0 +1,68 @@
+#include "Convolution1dLaunch.h"
+#include "Convolution1dTaps.h"
+#include "CudaConvolution1d.h"
+#include "MirrorIndex.h"
+#include "OffsetBytes.h"
+#include "ReadRow.h"
+#include "lanes.h"
+
+namespace zel::cuda {
+
+template <typename TIn, typename TOut, typename TTap>
+__global__ void dispatchConvolution1dOnRows(const TIn* src, unsigned long long srcPitch,
+                                            unsigned long long srcSlicePitch, TOut* dst, unsigned long long dstPitch,
+                                            unsigned long long dstSlicePitch, unsigned long long width,
+                                            unsigned long long height, unsigned long long depth, TTap* taps,
+                                            unsigned long long tapCount, int half, unsigned long long lineLength,
+                                            LaneShared<TIn>* lines, LaneShared<unsigned long long>* offsets) {
+    LaneShared<TIn>* const line = lines + blockIdx.x * lineLength;
+    LaneShared<unsigned long long>* const table = offsets + blockIdx.x * lineLength;
+    forEachPosition(lineLength, [=](std::uint64_t k) {
+        table[k] = mirrorIndex(static_cast<int>(k) - half, static_cast<int>(width));
+    });
+    blockBarrier();
+    forEachLine(depth, height, [=](std::uint64_t z, std::uint64_t y) {
+        readRowMirrorParallel(src, srcPitch, srcSlicePitch, width, line, table, static_cast<int>(lineLength), y, z,
+                              firstItem(), itemStride());
+        blockBarrier();
+        TOut* const dstRow = offsetBytes(dst, y * dstPitch + z * dstSlicePitch);
+        forEachBundle(width, [=](const auto bundle) {
+            convolve(
+                bundle, taps, tapCount,
+                [=](std::uint64_t k, unsigned int lane) { return line[bundle.first + lane + k]; },
+                dstRow + bundle.first);
+        });
+        blockBarrier();
+    });
+}
+
+template <typename TIn, typename TOut>
+void convolution1dOnRows(const TIn* src, std::uint64_t srcPitch, std::uint64_t srcSlicePitch, TOut* dst,
+                         std::uint64_t dstPitch, std::uint64_t dstSlicePitch, std::uint64_t width, std::uint64_t height,
+                         std::uint64_t depth, const float* taps, std::uint64_t tapCount, cudaStream_t stream,
+                         unsigned int maxBlocks, unsigned int maxThreads) {
+    launchConvolution1d<TIn>(dispatchConvolution1dOnRows<TIn, TOut, float>, height, width, taps, tapCount, stream,
+                             maxBlocks, maxThreads, src, srcPitch, srcSlicePitch, dst, dstPitch, dstSlicePitch, width,
+                             height, depth);
+}
+
+#define LAUNCHER(IN, OUT)                                                                                          \
+    template void convolution1dOnRows(const IN*, std::uint64_t, std::uint64_t, OUT*, std::uint64_t, std::uint64_t, \
+                                      std::uint64_t, std::uint64_t, std::uint64_t, const float*, std::uint64_t,    \
+                                      cudaStream_t, unsigned int, unsigned int);
+#define WITH_FLOAT(T)  \
+    LAUNCHER(T, T)     \
+    LAUNCHER(T, float) \
+    LAUNCHER(float, T)
+WITH_FLOAT(std::uint8_t)
+WITH_FLOAT(std::uint16_t)
+WITH_FLOAT(std::uint32_t)
+WITH_FLOAT(std::int8_t)
+WITH_FLOAT(std::int16_t)
+WITH_FLOAT(std::int32_t)
+WITH_FLOAT(double)
+LAUNCHER(float, float)
+#undef WITH_FLOAT
+#undef LAUNCHER
+
+}  // namespace zel::cuda

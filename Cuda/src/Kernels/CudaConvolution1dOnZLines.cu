@@ -1,0 +1,67 @@
+#include "Convolution1dLaunch.h"
+#include "Convolution1dTaps.h"
+#include "CudaConvolution1d.h"
+#include "MirrorIndex.h"
+#include "OffsetBytes.h"
+#include "ReadZLine.h"
+#include "lanes.h"
+
+namespace zel::cuda {
+
+template <typename TIn, typename TOut, typename TTap>
+__global__ void dispatchConvolution1dOnZLines(const TIn* src, unsigned long long srcPitch,
+                                              unsigned long long srcSlicePitch, TOut* dst, unsigned long long dstPitch,
+                                              unsigned long long dstSlicePitch, unsigned long long width,
+                                              unsigned long long height, unsigned long long depth, TTap* taps,
+                                              unsigned long long tapCount, int half, unsigned long long lineLength,
+                                              LaneShared<TIn>* lines, LaneShared<unsigned long long>* offsets) {
+    LaneShared<unsigned long long>* const table = offsets + blockIdx.x * lineLength;
+    forEachPosition(lineLength, [=](std::uint64_t k) {
+        table[k] = mirrorIndex(static_cast<int>(k) - half, static_cast<int>(depth)) * srcSlicePitch;
+    });
+    blockBarrier();
+    forEachLineBundle(height, width, [=](std::uint64_t y, const auto bundle) {
+        const auto line = bundleLines(bundle, lines + blockIdx.x * lineLength, lineLength);
+        readZLineMirrorParallel(src, srcPitch, srcSlicePitch, depth, line, table, static_cast<int>(lineLength),
+                                bundle.first, y, firstItem(), itemStride());
+        blockBarrier();
+        TOut* const dstLines = offsetBytes(dst + bundle.first, y * dstPitch);
+        forEachPosition(depth, [=](std::uint64_t z) {
+            convolve(
+                bundle, taps, tapCount, [=](std::uint64_t k, unsigned int lane) { return line(z + k, lane); },
+                offsetBytes(dstLines, z * dstSlicePitch));
+        });
+        blockBarrier();
+    });
+}
+
+template <typename TIn, typename TOut>
+void convolution1dOnZLines(const TIn* src, std::uint64_t srcPitch, std::uint64_t srcSlicePitch, TOut* dst,
+                           std::uint64_t dstPitch, std::uint64_t dstSlicePitch, std::uint64_t width,
+                           std::uint64_t height, std::uint64_t depth, const float* taps, std::uint64_t tapCount,
+                           cudaStream_t stream, unsigned int maxBlocks, unsigned int maxThreads) {
+    launchConvolution1d<TIn>(dispatchConvolution1dOnZLines<TIn, TOut, float>, width, depth, taps, tapCount, stream,
+                             maxBlocks, maxThreads, src, srcPitch, srcSlicePitch, dst, dstPitch, dstSlicePitch, width,
+                             height, depth);
+}
+
+#define LAUNCHER(IN, OUT)                                                                                            \
+    template void convolution1dOnZLines(const IN*, std::uint64_t, std::uint64_t, OUT*, std::uint64_t, std::uint64_t, \
+                                        std::uint64_t, std::uint64_t, std::uint64_t, const float*, std::uint64_t,    \
+                                        cudaStream_t, unsigned int, unsigned int);
+#define WITH_FLOAT(T)  \
+    LAUNCHER(T, T)     \
+    LAUNCHER(T, float) \
+    LAUNCHER(float, T)
+WITH_FLOAT(std::uint8_t)
+WITH_FLOAT(std::uint16_t)
+WITH_FLOAT(std::uint32_t)
+WITH_FLOAT(std::int8_t)
+WITH_FLOAT(std::int16_t)
+WITH_FLOAT(std::int32_t)
+WITH_FLOAT(double)
+LAUNCHER(float, float)
+#undef WITH_FLOAT
+#undef LAUNCHER
+
+}  // namespace zel::cuda
