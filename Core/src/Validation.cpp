@@ -51,6 +51,7 @@ void requireImage(const NamedImage& image) {
     for (int axis = 0; axis < 5; ++axis) {
         requireDimension(image, axis, 1, SIZE_MAX, "an image must have at least 1");
     }
+    for (const int axis : {0, 1, 2}) requireDimension(image, axis, 1, UINT32_MAX, "at most 4294967295 are allowed");
     for (const int axis : {3, 4}) requireDimension(image, axis, 1, 1, "this algorithm takes 1");
 }
 

@@ -24,7 +24,7 @@ struct NamedImage {
     const ImageModel* image;
 };
 
-/// The image is there, no dimension is 0, and axes 3 and 4 have one element.
+/// The image is there, no dimension is 0, all fit in 32 bits, and axes 3 and 4 have one element.
 void requireImage(const NamedImage& image);
 /// The same, and the image has one slice and dimensions that NPP can hold.
 void requireImage2d(const NamedImage& image);

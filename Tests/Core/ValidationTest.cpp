@@ -109,11 +109,36 @@ TEST(Validation, RefusesParametersOutOfRange) {
     gaussian.algorithm.kernelSizeFactor = 0;
     EXPECT_EQ(gaussian.message(), "kernelSizeFactor is 0; it must be a finite number above 0");
     gaussian.algorithm.kernelSizeFactor = 3;
+    gaussian.algorithm.standardDeviation = {1, 1e12, 1};
+    EXPECT_EQ(gaussian.message(),
+              "standardDeviation.y is 1e+12; with kernelSizeFactor 3 the kernel has 6e+12 coefficients, and at most "
+              "16777215 are allowed");
+    gaussian.algorithm.standardDeviation = {0, 0, 1e308};
+    gaussian.algorithm.kernelSizeFactor = 1e10;
+    EXPECT_THAT(gaussian.message(), testing::HasSubstr("the kernel has inf coefficients"));
+    gaussian.algorithm.kernelSizeFactor = 3;
+    gaussian.algorithm.standardDeviation = {0, 16777215 / 6.0, 0};
+    EXPECT_TRUE(gaussian.passes());
+    gaussian.algorithm.tileSize = {4, 4, 0};
+    EXPECT_TRUE(gaussian.passes());
+    gaussian.algorithm.tilingMode = 1;
+    EXPECT_EQ(gaussian.message(), "tileSize is (4, 4, 0); with tilingMode 1 each component must be at least 1");
+    gaussian.algorithm.tilingMode = 0;
+    HostImage furtherAxis(u8, {6, 5, 1, 2, 1});
+    gaussian.algorithm.inputImage = &furtherAxis;
+    EXPECT_EQ(gaussian.message(), "inputImage has 2 elements along axis 3; this algorithm takes 1");
+    gaussian.algorithm.inputImage = &gaussian.input;
     HostImage asFloat(f32, {6, 5}), asU16(u16, {6, 5});
     gaussian.algorithm.outputImage = &asFloat;
     EXPECT_TRUE(gaussian.passes());
     gaussian.algorithm.outputImage = &asU16;
     EXPECT_EQ(gaussian.message(), "outputImage is of type uint16; the type must be one of uint8, float32");
+    Valid<CudaGaussianFilter3d> gaussianOfFloat(f32), gaussianOfDouble(f64);
+    gaussianOfFloat.algorithm.outputImage = &gaussianOfDouble.output;
+    EXPECT_EQ(gaussianOfFloat.message(),
+              "outputImage is of type float64; it must have the type of inputImage, float32");
+    gaussianOfDouble.algorithm.outputImage = &gaussianOfFloat.output;
+    EXPECT_TRUE(gaussianOfDouble.passes());
 
     Valid<CudaAdaptiveManifoldNlmFilter> nlm;
     nlm.algorithm.patchRadius = 18;

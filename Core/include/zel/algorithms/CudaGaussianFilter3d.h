@@ -15,13 +15,15 @@ public:
 
     PropertyReadImage inputImage{"inputImage"};  ///< any real type of up to 32 bits, or float64
     Property<Vector3<double>> standardDeviation{"standardDeviation", {1, 1, 1}};  ///< voxels; 0 leaves an axis alone
-    Property<double> kernelSizeFactor{"kernelSizeFactor", 3};  ///< kernel size per standard deviation, above 0
+    /// Half the kernel size per standard deviation, above 0: a kernel has 2 * factor * deviation coefficients, rounded
+    /// up to an odd number of at most 16777215.
+    Property<double> kernelSizeFactor{"kernelSizeFactor", 3};
     Property<bool> voxelTypeIntermediate{"voxelTypeIntermediate",
                                          false};  ///< round between the axes; takes less memory
     Property<int> tilingMode{"tilingMode", 0};    ///< 1 cuts the image into tiles of tileSize
     Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}};
-    Property<CudaContext*> cudaContext{"cudaContext"};
-    PropertyWriteImage outputImage{"outputImage"};  ///< size of the input, its type or float32; not the same memory
+    Property<CudaContext*> cudaContext{"cudaContext"};  ///< with a stream in it, its deviceId must be that of a GPU
+    PropertyWriteImage outputImage{"outputImage"};      ///< size of the input, its type or float32; not the same memory
 
 protected:
     void validate() const override;

@@ -1,0 +1,47 @@
+#include "zel/KernelFactory.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numeric>
+
+#include "zel/Exceptions.h"
+
+using namespace zel;
+using namespace zel::filtering::linear;
+using kernel_factory::createGaussian1D;
+
+TEST(Gaussian1D, HasTheTextbookShapeAboutItsCentre) {
+    const Kernel3D kernel = createGaussian1D(5, 1.5, KernelDirection3D::y);
+    EXPECT_EQ(kernel.size(0), 1U);
+    EXPECT_EQ(kernel.size(1), 5U);
+    EXPECT_EQ(kernel.size(2), 1U);
+    const double near = std::exp(-1 / 4.5), far = std::exp(-4 / 4.5);
+    EXPECT_EQ(kernel.coefficients(), (std::vector<double>{far, near, 1, near, far}));
+    const double half = std::exp(-0.125);
+    EXPECT_EQ(createGaussian1D(2, 1, KernelDirection3D::x).coefficients(), (std::vector<double>{half, half}));
+}
+
+TEST(Gaussian1D, SumsToOneWhenNormalised) {
+    for (const std::size_t size : {1, 3, 4, 31, 1001}) {
+        for (const double sigma : {0.1, 1.0, 7.5, 1e200}) {
+            Kernel3D kernel = createGaussian1D(size, sigma, KernelDirection3D::z);
+            kernel.normalize();
+            const auto& taps = kernel.coefficients();
+            EXPECT_NEAR(std::accumulate(taps.begin(), taps.end(), 0.0), 1, 1e-12) << size << ", " << sigma;
+            EXPECT_TRUE(std::equal(taps.begin(), taps.end(), taps.rbegin())) << size << ", " << sigma;
+        }
+    }
+}
+
+TEST(Gaussian1D, OfNoWidthIsItsCentre) {
+    for (const double sigma : {0.0, 5e-324, 1e-200}) {
+        EXPECT_EQ(createGaussian1D(1, sigma, KernelDirection3D::x).coefficients(), (std::vector<double>{1}));
+        EXPECT_EQ(createGaussian1D(3, sigma, KernelDirection3D::x).coefficients(), (std::vector<double>{0, 1, 0}));
+    }
+    Kernel3D nothing = createGaussian1D(2, 0, KernelDirection3D::x);
+    EXPECT_THROW(nothing.normalize(), RuntimeError);
+    EXPECT_THROW(createGaussian1D(0, 1, KernelDirection3D::x), RuntimeError);
+    EXPECT_THROW(createGaussian1D(3, -1, KernelDirection3D::x), RuntimeError);
+    EXPECT_THROW(createGaussian1D(3, std::nan(""), KernelDirection3D::x), RuntimeError);
+}
