@@ -2,11 +2,24 @@
 // objects across sources is not defined.
 
 #include "ImageFiltering/CudaBoxFilter2d_CUDA.h"
+#include "ImageFiltering/CudaClosingOpening2d_CUDA.h"
+#include "ImageFiltering/CudaDilationErosion2d_CUDA.h"
+#include "ImageFiltering/CudaGaussianFilter3d_CUDA.h"
 #include "Runners/UnbuiltRunners_CUDA.h"
+#include "diagnostics/DebugFacility.h"
 
 namespace zel::cuda {
 
 namespace {
+
+/// Use of the debug facility from load to unload.
+class Debugging {
+public:
+    Debugging() { diagnostics::initialiseDebugging(); }
+    ~Debugging() { diagnostics::shutDownDebugging(); }
+    Debugging(const Debugging&) = delete;
+    Debugging& operator=(const Debugging&) = delete;
+};
 
 /// Hangs a runner on its algorithm class, and takes it away again. The core owns the runner and deletes it.
 template <typename Algo, typename Runner>
@@ -30,7 +43,8 @@ private:
     Runner* runner_ = nullptr;
 };
 
-// Registered from top to bottom at load, removed from bottom to top at unload.
+// Set up from top to bottom at load, undone from bottom to top at unload.
+const Debugging debugging;
 const Registration<CudaAdaptiveManifoldNlmFilter, CudaNonLocalMeansRunner> nonLocalMeans;
 const Registration<CudaCrossCorrelation2d, CudaCrossCorrelation2dRunner> crossCorrelation2d;
 const Registration<CudaTemplateMatching3d, CudaTemplateMatching3dRunner> templateMatching3d;

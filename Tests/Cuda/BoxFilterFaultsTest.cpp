@@ -3,6 +3,7 @@
 #include <host_device.h>
 
 #include "BoxFilterRun.h"
+#include "DisturbedRun.h"
 #include "Messages.h"
 #include "zel/Exceptions.h"
 
@@ -13,27 +14,13 @@ namespace {
 
 const Vector2<unsigned> tile{24, 20};
 
-/// A run that can be disturbed, and that has to be right afterwards.
-struct DisturbedRun {
-    explicit DisturbedRun(const Placement& placement) : run(image, 5, 3, placement) {
-        run.filter.run();
-        expected = run.result<std::uint8_t>();
-        before = host::deviceUse();
-    }
-
-    void expectUnharmed() {
-        host::DeviceUse after = host::deviceUse();
-        after.peakBytes = before.peakBytes;
-        EXPECT_EQ(after, before) << "something was left on the device";
-        EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
-        run.filter.run();
-        EXPECT_EQ(run.result<std::uint8_t>(), expected);
-    }
+/// A small run for one placement.
+struct Disturbed {
+    explicit Disturbed(const Placement& placement) : run(image, 5, 3, placement) {}
 
     HostImage image = randomImage<std::uint8_t>({60, 50}, 8);
     BoxFilterRun run;
-    std::vector<std::uint8_t> expected;
-    host::DeviceUse before;
+    DisturbedRun<BoxFilterRun, std::uint8_t> disturbed{run};
 };
 
 std::vector<Placement> disturbedPlacements() {
@@ -46,24 +33,7 @@ std::vector<Placement> disturbedPlacements() {
 
 TEST(BoxFilterCancelled, AtEachPollEndsThereAndLeavesNothing) {
     for (const Placement& placement : disturbedPlacements()) {
-        DisturbedRun disturbed(placement);
-        auto& filter = disturbed.run.filter;
-        StepWatch watch;
-        filter.run(&watch);
-        const bool tiled = placement.tile.x > 0;
-        for (std::uint64_t done = 0; done < watch.total(); ++done) {
-            SCOPED_TRACE(testing::Message() << "after " << done << " of " << watch.total() << " steps");
-            StepWatch canceller(&filter, done);
-            // In one block nothing is polled after the download: the result is complete.
-            const bool lastDownload = !tiled && !placement.outputOnDevice && done + 1 == watch.total();
-            if (lastDownload) {
-                EXPECT_NO_THROW(filter.run(&canceller));
-            } else {
-                EXPECT_THROW(filter.run(&canceller), ExceptionCancelation);
-                EXPECT_EQ(canceller.steps(), done) << "a step that was cancelled does not count";
-            }
-        }
-        disturbed.expectUnharmed();
+        Disturbed(placement).disturbed.cancelAtEachStep(!placement.tiled() && !placement.outputOnDevice);
     }
 }
 
@@ -73,33 +43,18 @@ TEST(BoxFilterFaults, EachRefusedCallIsReportedAndLeavesNothing) {
                                  "cudaGetDeviceCount",    "cudaDeviceGetAttribute",
                                  "cudaMallocPitch",       "cudaMemcpy2DAsync",
                                  "cudaDeviceSynchronize", "nppiFilterBoxBorder_8u_C1R_Ctx"};
-    for (const Placement& placement : disturbedPlacements()) {
-        DisturbedRun disturbed(placement);
-        for (const char* call : calls) {
-            host::resetCallCounts();
-            disturbed.run.filter.run();
-            const std::uint64_t count = host::callCount(call);
-            for (std::uint64_t nth = 1; nth <= count; ++nth) {
-                SCOPED_TRACE(testing::Message() << call << ", call " << nth);
-                host::injectFault({.call = call, .nth = nth});
-                EXPECT_THROW(disturbed.run.filter.run(), RuntimeError);
-                EXPECT_TRUE(host::faultFired());
-            }
-        }
-        host::clearFault();
-        disturbed.expectUnharmed();
-    }
+    for (const Placement& placement : disturbedPlacements()) Disturbed(placement).disturbed.refuseEachCall(calls);
 }
 
 TEST(BoxFilterFaults, AFailedDeviceIsReportedUntilItIsReset) {
-    DisturbedRun disturbed({});
+    Disturbed small({});
     host::injectFault({.call = "nppiFilterBoxBorder_8u_C1R_Ctx", .nth = 1, .kind = host::FaultKind::failed});
-    EXPECT_THROW(disturbed.run.filter.run(), RuntimeError);
-    EXPECT_THROW(disturbed.run.filter.run(), RuntimeError) << "the error is sticky";
+    EXPECT_THROW(small.run.filter.run(), RuntimeError);
+    EXPECT_THROW(small.run.filter.run(), RuntimeError) << "the error is sticky";
     host::clearFault();
     ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
-    disturbed.run.filter.run();
-    EXPECT_EQ(disturbed.run.result<std::uint8_t>(), disturbed.expected);
+    small.run.filter.run();
+    EXPECT_EQ(small.run.result<std::uint8_t>(), small.disturbed.expected());
 }
 
 TEST(BoxFilterFaults, AFullDeviceIsReportedInTheRuntimesWords) {

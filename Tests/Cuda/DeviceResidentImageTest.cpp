@@ -47,6 +47,7 @@ TEST(DeviceDataPointer, AddsTheOriginsOfAllProxies) {
     std::size_t innerPitch = 0;
     EXPECT_EQ(distance(view->deviceData(), deviceDataPointer(&inner, innerPitch)), expected);
     EXPECT_EQ(innerPitch, pitch);
+    EXPECT_EQ(deviceSlicePitch(&inner), 50 * pitch) << "of the whole image, not of the part";
     EXPECT_EQ(distance(view->deviceData(), deviceDataPointerConst(&inner, innerPitch)), expected);
     EXPECT_EQ(cudaImageOf(&inner), cudaImageOf(&image));
 }

@@ -21,11 +21,6 @@ public:
 class CudaNonLocalMeansRunner final : public UnbuiltRunner<CudaAdaptiveManifoldNlmFilter> {};
 class CudaCrossCorrelation2dRunner final : public UnbuiltRunner<CudaCrossCorrelation2d> {};
 class CudaTemplateMatching3dRunner final : public UnbuiltRunner<CudaTemplateMatching3d> {};
-class CudaGaussianFilter3dRunner final : public UnbuiltRunner<CudaGaussianFilter3d> {};
 class CudaMedianFilter2dRunner final : public UnbuiltRunner<CudaMedianFilter2d> {};
-class CudaClosing2dRunner final : public UnbuiltRunner<CudaClosing2d> {};
-class CudaDilation2dRunner final : public UnbuiltRunner<CudaDilation2d> {};
-class CudaErosion2dRunner final : public UnbuiltRunner<CudaErosion2d> {};
-class CudaOpening2dRunner final : public UnbuiltRunner<CudaOpening2d> {};
 
 }  // namespace zel::cuda

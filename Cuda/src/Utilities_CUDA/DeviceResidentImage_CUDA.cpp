@@ -66,4 +66,11 @@ const void* deviceDataPointerConst(const ImageModel* image, std::size_t& pitch) 
     return offsetBytes(extension->deviceDataReadOnly(), partOffset(image, *extension));
 }
 
+std::size_t deviceSlicePitch(const ImageModel* image) {
+    const auto extension = cudaImageOf(image);
+    if (extension == nullptr) return 0;
+    const tarnway::VectorX<std::size_t>& stride = extension->indexer().byteStride();
+    return stride.size() > 2 ? stride[2] : stride[1] * image->getDimension(1);
+}
+
 }  // namespace zel::cuda

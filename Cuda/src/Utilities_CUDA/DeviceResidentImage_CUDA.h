@@ -17,4 +17,8 @@ std::shared_ptr<tarnway_cuda::CudaImageExtension> cudaImageOf(const ImageModel* 
 void* deviceDataPointer(ImageModel* image, std::size_t& pitch);
 const void* deviceDataPointerConst(const ImageModel* image, std::size_t& pitch);
 
+/// Bytes from slice to slice of an image on a GPU; of a proxy those of the image that it shows a part of. 0 for any
+/// other image.
+std::size_t deviceSlicePitch(const ImageModel* image);
+
 }  // namespace zel::cuda
