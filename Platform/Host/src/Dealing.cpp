@@ -17,13 +17,17 @@ tbb::task_arena& arena() {
 
 }  // namespace
 
-void dealPieces(std::size_t count, std::size_t grain, LoopPiece run, void* loop) {
+void dealPieces(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece run, void* loop) {
     arena().execute([&] {
         tbb::this_task_arena::isolate([&] {
-            const tbb::blocked_range<std::size_t> all(0, count, grain);
+            const tbb::blocked_range<std::size_t> all(begin, end, grain);
             tbb::parallel_for(all, [=](const auto& piece) { run(loop, piece.begin(), piece.end()); });
         });
     });
+}
+
+void startTask(std::function<void()> task) {
+    arena().enqueue(std::move(task));
 }
 
 }  // namespace zel::host
