@@ -1,8 +1,11 @@
 #include "Dealing.h"
 
 #include <tbb/blocked_range.h>
+#include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
+
+#include <algorithm>
 
 #include "Parallel.h"
 
@@ -24,6 +27,11 @@ void dealPieces(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece
             tbb::parallel_for(all, [=](const auto& piece) { run(loop, piece.begin(), piece.end()); });
         });
     });
+}
+
+int usableThreads() {
+    const std::size_t allowed = tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism);
+    return static_cast<int>(std::min(allowed, static_cast<std::size_t>(deviceThreads())));
 }
 
 void startTask(std::function<void()> task) {

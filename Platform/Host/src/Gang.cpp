@@ -6,7 +6,6 @@
 #include <thread>
 
 #include "Dealing.h"
-#include "Parallel.h"
 #include "SpinWait.h"
 
 namespace zel::host {
@@ -96,7 +95,7 @@ bool isGangWaiting() {
 
 bool runInGang(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece run, void* loop) {
     if (gang.taken.exchange(true, std::memory_order_acquire)) return false;
-    gang.shareCount = std::min(static_cast<std::size_t>(deviceThreads()), mostShares);
+    gang.shareCount = std::min(static_cast<std::size_t>(usableThreads()), mostShares);
     for (std::size_t i = 0; i < gang.shareCount; ++i) {
         gang.shares[i].next.store(std::max(begin, end * i / gang.shareCount), std::memory_order_relaxed);
         gang.shares[i].end = end * (i + 1) / gang.shareCount;
