@@ -96,15 +96,16 @@ bool isGangWaiting() {
 bool runInGang(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece run, void* loop) {
     if (gang.taken.exchange(true, std::memory_order_acquire)) return false;
     gang.shareCount = std::min(static_cast<std::size_t>(usableThreads()), mostShares);
+    const std::size_t shareItems = end / gang.shareCount + (end % gang.shareCount != 0 ? 1 : 0);
     for (std::size_t i = 0; i < gang.shareCount; ++i) {
-        gang.shares[i].next.store(std::max(begin, end * i / gang.shareCount), std::memory_order_relaxed);
-        gang.shares[i].end = end * (i + 1) / gang.shareCount;
+        gang.shares[i].next.store(std::max(begin, i * shareItems), std::memory_order_relaxed);
+        gang.shares[i].end = std::min((i + 1) * shareItems, end);
     }
     gang.grain = grain;
     gang.run = run;
     gang.loop = loop;
-    gang.open.store(true);
     callMembers();
+    gang.open.store(true);
     gang.workFrom(0);
     gang.open.store(false);
     for (int looks = 0; gang.inside.load() != 0; ++looks) {
