@@ -1,13 +1,19 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+
+#include "Gang.h"
 
 namespace zel::host {
 
-/// Work on items [begin, end) of a loop.
-using LoopPiece = void (*)(void* loop, std::size_t begin, std::size_t end);
+/// Runs the pieces of a loop over [begin, end), of at least `grain` items each, on the device's threads.
+void dealPieces(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece run, void* loop);
 
-/// Runs the pieces of a loop over [0, count), of at least `grain` items each, on the device's threads.
-void dealPieces(std::size_t count, std::size_t grain, LoopPiece run, void* loop);
+/// Of the device's threads, those that the scheduler may use now, the calling one included.
+int usableThreads();
+
+/// Has one of the device's threads run `task`, at some time.
+void startTask(std::function<void()> task);
 
 }  // namespace zel::host

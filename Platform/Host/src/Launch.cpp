@@ -1,13 +1,14 @@
 #include <algorithm>
-#include <chrono>
 #include <numeric>
 #include <optional>
 #include <random>
 #include <vector>
 
+#include "Gang.h"
 #include "Parallel.h"
 #include "RuntimeCall.h"
 #include "Streams.h"
+#include "Ticks.h"
 
 constinit thread_local uint3 blockIdx{};
 constinit thread_local dim3 blockDim;
@@ -55,29 +56,55 @@ void runShuffled(const Launch& launch, std::uint64_t seed) {
     for (const std::uint64_t block : order) launch.run(block, 1);
 }
 
-/// Handing blocks to other threads costs some microseconds. So the calling thread runs 1, 2, 4, ... of them until it
-/// knows their pace, and hands over only what is worth it, in pieces that outweigh their dealing.
-void runBlocks(const Launch& launch) {
-    using Nanoseconds = std::chrono::duration<double, std::nano>;
-    constexpr Nanoseconds trial{1000}, worthSharing{2000}, piece{4000};
-    const std::uint64_t blocks = launch.blocks();
-    if (blocks == 1 || deviceThreads() == 1) return launch.run(0, blocks);
+/// What a block of a thread's latest launch cost, in ticks: a volume is filtered by as many launches of the same kind
+/// as it has slices.
+struct Pace {
+    const void* kernel = nullptr;
+    std::uint64_t blocks = 0;
+    double perBlock = 0;
+};
+constinit thread_local Pace latestPace;
 
-    const auto start = std::chrono::steady_clock::now();
+/// Runs 1, 2, 4, ... blocks until their pace is known or all are done. Gives how many.
+std::uint64_t tryBlocks(const Launch& launch, Pace& pace) {
+    constexpr double trial = 1000 * ticksPerNanosecond;
+    const std::uint64_t start = ticks();
     std::uint64_t done = 0;
-    Nanoseconds spent{0};
-    for (std::uint64_t step = 1; done < blocks && spent < trial; step *= 2) {
-        const std::uint64_t count = std::min(step, blocks - done);
+    double spent = 0;
+    for (std::uint64_t step = 1; done < pace.blocks && spent < trial; step *= 2) {
+        const std::uint64_t count = std::min(step, pace.blocks - done);
         launch.run(done, count);
         done += count;
-        if (done < blocks) spent = std::chrono::steady_clock::now() - start;
+        spent = static_cast<double>(ticks() - start);
     }
-    const std::uint64_t left = blocks - done;
-    if (left == 0) return;
-    const Nanoseconds each = spent / static_cast<double>(done);
-    if (each * static_cast<double>(left) < worthSharing) return launch.run(done, left);
-    const auto grain = static_cast<std::size_t>(std::max(1.0, piece / each));
-    parallelFor(left, grain, [&](std::size_t begin, std::size_t end) { launch.run(done + begin, end - begin); });
+    pace.perBlock = std::max(spent, 1.0) / static_cast<double>(done);
+    return done;
+}
+
+/// Handing blocks to other threads costs up to some microseconds. So the calling thread learns the blocks' pace first,
+/// hands over only what is worth it, and in pieces that outweigh their dealing.
+void runBlocks(const Launch& launch) {
+    constexpr double worthSharing = 4000 * ticksPerNanosecond;
+    Pace pace{launch.kernel.kernel, launch.blocks(), latestPace.perBlock};
+    if (pace.blocks == 1 || deviceThreads() == 1) return launch.run(0, pace.blocks);
+
+    const bool known = latestPace.kernel == pace.kernel && latestPace.blocks == pace.blocks;
+    const std::uint64_t done = known ? 0 : tryBlocks(launch, pace);
+    if (const std::uint64_t left = pace.blocks - done; left != 0) {
+        const std::uint64_t start = ticks();
+        if (pace.perBlock * static_cast<double>(left) < worthSharing) {
+            launch.run(done, left);
+            pace.perBlock = std::max(1.0, static_cast<double>(ticks() - start)) / static_cast<double>(left);
+        } else {
+            const double piece = (isGangWaiting() ? 1000 : 4000) * ticksPerNanosecond;
+            parallelRange(done, pace.blocks, static_cast<std::size_t>(std::max(1.0, piece / pace.perBlock)),
+                          [&](std::size_t begin, std::size_t end) { launch.run(begin, end - begin); });
+            // With the cost of sharing in it the pace can only be overrated.
+            const double spent = deviceThreads() * static_cast<double>(ticks() - start);
+            pace.perBlock = std::min(pace.perBlock, std::max(1.0, spent) / static_cast<double>(left));
+        }
+    }
+    latestPace = pace;
 }
 
 void execute(const Launch& launch) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 
 #include "Dealing.h"
 #include "DeviceCall.h"
@@ -18,21 +19,28 @@ class Loop {
 public:
     explicit Loop(const Body& body) : body_(body) {}
 
-    void run(std::size_t count, std::size_t grain) {
+    void run(std::size_t begin, std::size_t end, std::size_t grain) {
         order_.store(1, std::memory_order_release);
-        dealPieces(count, grain, runPiece, this);
+        if (!runInGang(begin, end, grain, runPiece, this)) dealPieces(begin, end, grain, runPiece, this);
         order_.load(std::memory_order_acquire);
+        if (failure_) std::rethrow_exception(failure_);
     }
 
 private:
     static void runPiece(void* loop, std::size_t begin, std::size_t end) {
         Loop& self = *static_cast<Loop*>(loop);
         self.order_.load(std::memory_order_acquire);
-        self.body_(begin, end);
+        try {
+            self.body_(begin, end);
+        } catch (...) {
+            if (!self.failed_.exchange(true)) self.failure_ = std::current_exception();
+        }
         self.order_.fetch_add(1, std::memory_order_release);
     }
 
     std::atomic<unsigned int> order_{0};
+    std::atomic<bool> failed_{false};
+    std::exception_ptr failure_;  ///< the first that a piece threw
     const Body& body_;
 };
 
@@ -43,10 +51,14 @@ int deviceThreads() {
     return threads;
 }
 
+void parallelRange(std::size_t begin, std::size_t end, std::size_t grain, const Body& body) {
+    if (begin >= end) return;
+    if (end - begin <= grain || deviceThreads() == 1) return body(begin, end);
+    Loop(body).run(begin, end, std::max<std::size_t>(1, grain));
+}
+
 void parallelFor(std::size_t count, std::size_t grain, const Body& body) {
-    if (count == 0) return;
-    if (count <= grain || deviceThreads() == 1) return body(0, count);
-    Loop(body).run(count, std::max<std::size_t>(1, grain));
+    parallelRange(0, count, grain, body);
 }
 
 }  // namespace zel::host

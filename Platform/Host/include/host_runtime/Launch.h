@@ -11,7 +11,8 @@ namespace zel::host {
 
 /// A kernel with its arguments, its types forgotten.
 struct KernelCall {
-    const void* call;
+    const void* kernel;  ///< which one it is
+    const void* call;    ///< null when there is none
     /// Runs `count` blocks on this thread, the first one being blockIdx.
     void (*runBlocks)(const void* call, std::uint64_t count);
     /// For a launch that runs after its caller has gone on.
@@ -55,5 +56,6 @@ cudaError_t cudaLaunchKernelEx(const cudaLaunchConfig_t* config, void (*kernel)(
                                Arguments&&... arguments) {
     using Call = zel::host::TypedKernelCall<Parameters...>;
     const Call call{kernel, {static_cast<Parameters>(arguments)...}};
-    return zel::host::launchKernel(config, {kernel ? &call : nullptr, Call::runBlocks, Call::copy});
+    return zel::host::launchKernel(
+        config, {reinterpret_cast<const void*>(kernel), kernel ? &call : nullptr, Call::runBlocks, Call::copy});
 }
