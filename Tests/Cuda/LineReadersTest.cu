@@ -143,7 +143,7 @@ TYPED_TEST(LineReadersTest, AllFormsAgreeForEveryStride) {
     for (const Line& which : lines) {
         const int length = which.length;
         const std::pair<int, int> stretches[]{{0, length}, {-3, length + 7}, {-20, 37}, {2, 1}, {0, 0}};
-        for (const auto [begin, count] : stretches) {
+        for (const auto& [begin, count] : stretches) {
             SCOPED_TRACE(::testing::Message() << "axis " << static_cast<int>(which.axis) << ", length " << length
                                               << ", begin " << begin << ", count " << count);
             const auto expected = this->expected(which, begin, count);
