@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "BlurPeer.h"
 #include "BoxFilterRun.h"
 #include "Comparison.h"
+#include "FilterPeers.h"
 #include "TestImages.h"
 #include "Utilities_CUDA/DeviceResidentImage_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
@@ -50,7 +50,13 @@ Comparison boxFilter(const Kernel& kernel, FilterCall<T> filter) {
     };
     const auto onDevice = runOn(true);
     const auto fromHost = runOn(false);
-    Comparison result{"cv::blur", blurPeer(image, kernel.x, kernel.y), 2.0 * side * side * sizeof(T), {}};
+    Comparison result{blurPeers(image, kernel.x, kernel.y), 2.0 * side * side * sizeof(T), {}, {}};
+    // Means of integers are truncated, the peer's are rounded.
+    result.agreement = {[fromHost, image]() -> const ImageModel& {
+                            fromHost->filter.run();
+                            return fromHost->hostOutput;
+                        },
+                        std::is_integral_v<T> ? 1 : 1e-3};
     for (const int threads : {1, 2}) {
         const std::string suffix = ", " + std::to_string(threads) + "T";
         result.ours.push_back({"device" + suffix, [onDevice] { onDevice->filter.run(); }, threads});

@@ -60,8 +60,7 @@ std::function<void()> reset(const ImageSize& size) {
 /// As many pixels in slices of 64 x 64 and in one.
 Comparison manySlices() {
     constexpr ImageSize slices{64, 64, 64}, image{512, 512};
-    return {"one image",
-            converted<std::uint16_t, float>(image),
+    return {{{"one image", converted<std::uint16_t, float>(image), nullptr}},
             voxelCount(image) * 6,
             {{"64 slices", converted<std::uint16_t, float>(slices)}}};
 }
@@ -73,7 +72,7 @@ void addConversionCases(Comparisons& comparisons) {
         const auto add = [&](const std::string& name, double bytesPerVoxel, auto make) {
             comparisons.add(name + ' ' + sizeText(size), [=] {
                 const double bytes = bytesPerVoxel * voxelCount(size);
-                return Comparison{"memcpy", memoryCopyPeer(bytes), bytes, {{"row kernel", make(size)}}};
+                return Comparison{{memoryCopyPeer(bytes)}, bytes, {{"row kernel", make(size)}}};
             });
         };
         add("convert u8 to float", 5, converted<std::uint8_t, float>);

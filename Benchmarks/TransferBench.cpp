@@ -35,7 +35,7 @@ void download(const Device& device, ImageModel& image) {
 
 Comparison againstMemcpy(const ImageSize& size, std::vector<Contender> ours) {
     const double bytes = 2 * voxelCount(size) * sizeof(Voxel);
-    return {"memcpy", memoryCopyPeer(bytes), bytes, std::move(ours)};
+    return {{memoryCopyPeer(bytes)}, bytes, std::move(ours)};
 }
 
 /// @param transfer  called with an image in host memory and one on the device.

@@ -17,6 +17,9 @@ using namespace zel::bench;
 int measureCases(const std::string& filter, std::ostream& json) {
     Comparisons comparisons;
     addBoxFilterCases(comparisons);
+    addMorphologyCases(comparisons);
+    addGaussianFilterCases(comparisons);
+    addConvolutionCases(comparisons);
     addTransferCases(comparisons);
     addConversionCases(comparisons);
     TableReporter reporter(json);

@@ -4,6 +4,7 @@
 #include <host_device.h>
 #include <tbb/global_control.h>
 
+#include "PeerCheck.h"
 #include "TableReporter.h"
 
 namespace zel::bench {
@@ -36,9 +37,10 @@ std::size_t Comparisons::run(const std::regex& filter, TableReporter& reporter) 
     for (const auto& [name, make] : cases_) {
         if (!std::regex_search(name, filter)) continue;
         const Comparison comparison = make();
+        checkPeers(name, comparison);
         for (const Contender& contender : comparison.ours) enlist(name, contender, comparison.bytes);
-        if (comparison.peer) enlist(name, {peerRow, comparison.peer}, comparison.bytes);
-        reporter.begin(name, comparison.peerName);
+        for (const Peer& peer : comparison.peers) enlist(name, {peerMark + peer.name, peer.run}, comparison.bytes);
+        reporter.begin(name);
         benchmark::RunSpecifiedBenchmarks(&reporter, ".");
         benchmark::ClearRegisteredBenchmarks();
         ++measured;

@@ -2,9 +2,12 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <regex>
 #include <string>
 #include <vector>
+
+#include "zel/HostImage.h"
 
 namespace zel::bench {
 
@@ -17,12 +20,25 @@ struct Contender {
     int threads = 2;            ///< of the host device
 };
 
+/// Somebody else's way to do it.
+struct Peer {
+    std::string name;
+    std::function<void()> run;
+    std::shared_ptr<const HostImage> result;  ///< where runs leave it; null when there is nothing to compare
+};
+
+/// That the peers did the same work as we.
+struct Agreement {
+    std::function<const ImageModel&()> result;  ///< of one of our runs; empty when there is nothing to compare
+    double tolerance = 0;                       ///< by which a voxel of a peer's may differ
+};
+
 /// A piece of work, our ways to do it, and what they are measured against.
 struct Comparison {
-    std::string peerName;
-    std::function<void()> peer;  ///< empty where the peer is not there
-    double bytes = 0;            ///< that one of our runs reads and writes
+    std::vector<Peer> peers;  ///< the fastest one counts; empty where there is none
+    double bytes = 0;         ///< that one of our runs reads and writes
     std::vector<Contender> ours;
+    Agreement agreement = {};
 };
 
 /// The cases of the program. A case's images live only while it is measured.
@@ -34,9 +50,10 @@ public:
         cases_.push_back({std::move(name), std::move(make)});
     }
 
-    /// Measures each case whose name holds a match of the filter. Repetitions of a case's contenders and its peer are
+    /// Measures each case whose name holds a match of the filter. Repetitions of a case's contenders and its peers are
     /// interleaved, so that all see the same machine.
     /// @returns how many cases there were.
+    /// @throws std::runtime_error when a peer's result is another than ours.
     std::size_t run(const std::regex& filter, TableReporter& reporter) const;
 
 private:
@@ -48,6 +65,9 @@ private:
 };
 
 void addBoxFilterCases(Comparisons& comparisons);
+void addMorphologyCases(Comparisons& comparisons);
+void addGaussianFilterCases(Comparisons& comparisons);
+void addConvolutionCases(Comparisons& comparisons);
 void addTransferCases(Comparisons& comparisons);
 void addConversionCases(Comparisons& comparisons);
 

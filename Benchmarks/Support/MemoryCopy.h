@@ -1,13 +1,12 @@
 #pragma once
 
-#include <cstddef>
-#include <functional>
+#include "Comparison.h"
 
 namespace zel::bench {
 
 /// A memcpy on two threads, half each, between memory that exists and was touched: the rate that the machine's memory
 /// allows a copy.
 /// @param bytes  read and written together, so half of them are copied.
-std::function<void()> memoryCopyPeer(double bytes);
+Peer memoryCopyPeer(double bytes);
 
 }  // namespace zel::bench

@@ -25,8 +25,8 @@ std::string ratioText(const std::vector<double>& ours, const std::vector<double>
     return text;
 }
 
-constexpr char heading[] = "%-36s %-20s %9s %9s %-11s %6s %16s %7s %8s\n";
-constexpr char line[] = "%-36s %-20s %9.3f %9s %-11s %23s %7.1f %8.1f\n";
+constexpr char heading[] = "%-36s %-20s %9s %9s %-14s %6s %16s %7s %8s\n";
+constexpr char line[] = "%-36s %-20s %9.3f %9s %-14s %23s %7.1f %8.1f\n";
 
 }  // namespace
 
@@ -34,9 +34,8 @@ TableReporter::TableReporter(std::ostream& json) {
     json_.SetOutputStream(&json);
 }
 
-void TableReporter::begin(const std::string& caseName, const std::string& peerName) {
+void TableReporter::begin(const std::string& caseName) {
     caseName_ = caseName;
-    peerName_ = peerName;
 }
 
 void TableReporter::finish() {
@@ -52,7 +51,8 @@ bool TableReporter::ReportContext(const Context& context) {
                     context.cpu_info.load_avg.front(), context.cpu_info.num_cpus);
     }
     std::puts(
-        "ours, peer: median ms; ratio: peer / ours, spread over repetitions; MiB: device memory beside the images");
+        "ours, peer (the fastest): median ms; ratio: peer / ours, spread over repetitions; MiB: device memory beside "
+        "the images");
     std::printf(heading, "case", "ours by", "ours", "peer", "peer is", "ratio", "(min .. max)", "GB/s", "MiB");
     return true;
 }
@@ -75,9 +75,13 @@ void TableReporter::ReportRuns(const std::vector<Run>& runs) {
 void TableReporter::Finalize() {
     // Interleaved rows end in any order.
     std::sort(rows_.begin(), rows_.end(), [](const Row& a, const Row& b) { return a.index < b.index; });
-    const auto peer = std::find_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.name == peerRow; });
+    const Row* peer = nullptr;
     for (const Row& row : rows_) {
-        if (row.name != peerRow) printRow(row, peer == rows_.end() ? nullptr : &*peer);
+        if (!row.isPeer()) continue;
+        if (peer == nullptr || median(row.milliseconds) < median(peer->milliseconds)) peer = &row;
+    }
+    for (const Row& row : rows_) {
+        if (!row.isPeer()) printRow(row, peer);
     }
     std::fflush(stdout);
     rows_.clear();
@@ -85,15 +89,16 @@ void TableReporter::Finalize() {
 
 void TableReporter::printRow(const Row& row, const Row* peer) const {
     const double milliseconds = median(row.milliseconds);
-    std::string peerText = "-", ratio;
+    std::string peerText = "-", peerName, ratio;
     if (peer != nullptr) {
         char number[16];
         std::snprintf(number, sizeof number, "%.3f", median(peer->milliseconds));
         peerText = number;
+        peerName = peer->name.substr(peerMark.size());
         ratio = ratioText(row.milliseconds, peer->milliseconds);
     }
     constexpr double bytesPerMebibyte = 1 << 20, bytesPerMillisecondToGigabytes = 1e-6;
-    std::printf(line, caseName_.c_str(), row.name.c_str(), milliseconds, peerText.c_str(), peerName_.c_str(),
+    std::printf(line, caseName_.c_str(), row.name.c_str(), milliseconds, peerText.c_str(), peerName.c_str(),
                 ratio.c_str(), row.bytes / milliseconds * bytesPerMillisecondToGigabytes,
                 row.deviceBytes / bytesPerMebibyte);
 }

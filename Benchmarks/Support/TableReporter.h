@@ -9,20 +9,20 @@
 
 namespace zel::bench {
 
-/// The row of a comparison that the others are measured against.
-inline constexpr char peerRow[] = "peer";
+/// Begins the names of the rows that ours are measured against.
+inline const std::string peerMark = "peer ";
 /// Bytes that a run reads and writes.
 inline constexpr char bytesCounter[] = "bytes";
 /// Bytes of device memory that a run takes for itself.
 inline constexpr char deviceBytesCounter[] = "device_bytes";
 
-/// Prints a table with a line for each of our rows, beside its peer's; and all measurements as JSON.
+/// Prints a table with a line for each of our rows, beside that of its fastest peer; and all measurements as JSON.
 class TableReporter final : public benchmark::BenchmarkReporter {
 public:
     explicit TableReporter(std::ostream& json);
 
     /// The comparison that is measured next.
-    void begin(const std::string& caseName, const std::string& peerName);
+    void begin(const std::string& caseName);
     /// After the last comparison.
     void finish();
 
@@ -38,6 +38,8 @@ private:
         std::vector<double> milliseconds;
         double bytes = 0;
         double deviceBytes = 0;
+
+        bool isPeer() const { return name.starts_with(peerMark); }
     };
 
     void printRow(const Row& row, const Row* peer) const;
@@ -45,7 +47,6 @@ private:
     benchmark::JSONReporter json_;
     bool started_ = false;
     std::string caseName_;
-    std::string peerName_;
     std::vector<Row> rows_;
 };
 

@@ -125,6 +125,28 @@ TEST_F(ProgramTest, WrongUsageIsOneLineAndNothingIsDone) {
         {{"box-filter", "in.npy", "out.npy", "--kernel", "0,3"}, 1, "kernelSizeX"},
         {{"box-filter", "in.npy", "out.npy", "--kernel", "3,3", "--tile", "0,8"}, 1, "tileSize"},
         {{"box-filter", "in.npy", "out.npy", "--kernel", "3,3", "--device", "7"}, 1, "there is no device 7"},
+        {{"erosion", "in.npy", "out.npy", "--radius", "2", "--neighborhood", "disk"},
+         2,
+         "--neighborhood is 'disk', but takes square or diamond"},
+        {{"opening", "in.npy", "out.npy", "--radius", "2"}, 2, "--neighborhood is required"},
+        {{"closing", "in.npy", "out.npy", "--radius", "0", "--neighborhood", "square"}, 1, "kernelRadius is 0"},
+        {{"dilation", "in.npy", "out.npy", "--radius", "1", "--neighborhood", "square", "--tile", "0,9"},
+         1,
+         "tileSize"},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "1"}, 2, "--sigma is '1', but takes three numbers"},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "1,-0.5,1"}, 1, "standardDeviation.y is -0.5"},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "nan,1,1"}, 1, "standardDeviation.x is nan"},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "1,1,inf"}, 1, "standardDeviation.z is inf"},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "1,1,1", "--kernel-size-factor", "0"},
+         1,
+         "kernelSizeFactor is 0"},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "1,1,1", "--tile", "8,8,0"}, 1, "tileSize is (8, 8, 0)"},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "1,1,1", "--output-type", "half"},
+         2,
+         "--output-type is 'half', but takes one of uint8, "},
+        {{"gaussian-filter", "in.npy", "out.npy", "--sigma", "1,1,1", "--output-type", "int16"},
+         1,
+         "outputImage is of type int16; the type must be one of uint8, float32"},
         {{"box-filter", "gone.npy", "out.npy", "--kernel", "3,3"}, 1, "cannot read gone.npy: no such file"},
         {{"box-filter", "gone.npy", "out.gif", "--kernel", "3,3"}, 1, "cannot write out.gif: the name has to end in"},
         {{"box-filter", "gone.npy", "no/out.npy", "--kernel", "3,3"}, 1, "cannot write no/out.npy: folder no: no such"},
@@ -210,6 +232,8 @@ TEST_F(ProgramTest, DemoWritesWhatItsTableNames) {
               readAll<std::uint8_t>(input));
     const HostImage volumeOut = tool::readImageFile(folder / "new/demo/volume-box-filter.tif");
     EXPECT_EQ(volumeOut.getDimension(2), 48U);
+    EXPECT_NE(readAll<std::uint8_t>(tool::readImageFile(folder / "new/demo/erosion-square.png")),
+              readAll<std::uint8_t>(tool::readImageFile(folder / "new/demo/erosion-diamond.png")));
     EXPECT_EQ(tool::readImageFile(folder / "new/demo/contact-sheet.png").getDimension(0), 16U + 4 * 272);
 }
 

@@ -24,7 +24,7 @@ public:
     }
 
     int run() override {
-        filterFile2d<cuda::CudaBoxFilter2d>(name(), files_, options_, [this](cuda::CudaBoxFilter2d& filter) {
+        filterFile<cuda::CudaBoxFilter2d>(name(), files_, options_, [this](cuda::CudaBoxFilter2d& filter) {
             filter.kernelSizeX = kernel_.x;
             filter.kernelSizeY = kernel_.y;
         });

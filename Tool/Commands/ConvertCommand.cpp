@@ -1,4 +1,5 @@
 #include "Cli/Output.h"
+#include "Cli/VoxelTypeOption.h"
 #include "Commands/Commands.h"
 #include "Commands/Description.h"
 #include "ImageFiles/ImageFile.h"
@@ -8,13 +9,6 @@
 namespace zel::tool {
 
 namespace {
-
-VoxelTypes parseVoxelType(const std::string& name) {
-    if (const auto type = voxelTypeFromName(name)) return *type;
-    std::string known;
-    for (const VoxelTypes type : allVoxelTypes) known.append(known.empty() ? "" : ", ").append(voxelTypeName(type));
-    throw CLI::ValidationError("--type is '" + name + "', but takes one of " + known);
-}
 
 class ConvertCommand final : public Command {
 public:
@@ -26,10 +20,8 @@ public:
         app.add_option("OUTPUT", output_, "Image to write; its extension decides on the format")
             ->required()
             ->type_name("");
-        app.add_option_function<std::string>(
-               "--type", [this](const std::string& text) { type_ = parseVoxelType(text); },
-               "Voxel type of the output, such as uint8 or float32; the input's without")
-            ->type_name("TYPE");
+        addVoxelTypeOption(app, "--type", "Voxel type of the output, such as uint8 or float32; the input's without",
+                           type_);
         app.add_flag("--quiet", isQuiet_, "No summary");
         app.add_flag("--json", isJson_, "Tell what was done as an object of JSON on standard output");
         app.footer(

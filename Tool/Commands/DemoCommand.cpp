@@ -1,61 +1,21 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "Cli/Output.h"
 #include "Commands/Commands.h"
 #include "Commands/Description.h"
-#include "Commands/SliceRun.h"
 #include "Demo/ContactSheet.h"
-#include "Demo/DemoPicture.h"
-#include "Demo/DemoVolume.h"
+#include "Demo/DemoCases.h"
 #include "ImageFiles/FileError.h"
 #include "ImageFiles/ImageFile.h"
 #include "ImageFiles/Rows.h"
-#include "zel/algorithms/CudaBoxFilter2d.h"
 
 namespace zel::tool {
 
 namespace {
-
-RunReport runBoxFilter(const ImageModel& input, ImageModel& output, const RunOptions& options) {
-    return runFilter2d<cuda::CudaBoxFilter2d>(input, output, options, [](cuda::CudaBoxFilter2d& filter) {
-        filter.kernelSizeX = 9;
-        filter.kernelSizeY = 9;
-    });
-}
-
-/// What the algorithms are shown on.
-struct DemoSubject {
-    const char* name;
-    const char* prefix;     ///< of its files
-    const char* extension;  ///< of its files; a format that holds it
-    HostImage (*make)();
-};
-
-constexpr DemoSubject picture{"picture", "", ".png", makeDemoPicture};
-constexpr DemoSubject volume{"volume", "volume-", ".tif", makeDemoVolume};
-
-/// One algorithm on one subject.
-struct DemoCase {
-    const char* algorithm;  ///< also the name of the file
-    const char* parameters;
-    RunReport (*run)(const ImageModel& input, ImageModel& output, const RunOptions& options);
-};
-
-struct DemoSection {
-    const DemoSubject& subject;
-    std::vector<DemoCase> cases;
-};
-
-// A new algorithm needs a line for each subject that it is for.
-std::vector<DemoSection> demoSections() {
-    return {
-        {picture, {{"box-filter", "--kernel 9,9", runBoxFilter}}},
-        {volume, {{"box-filter", "--kernel 9,9", runBoxFilter}}},
-    };
-}
 
 /// A line of the table.
 struct DemoResult {
@@ -112,9 +72,11 @@ private:
         for (const DemoCase& demo : section.cases) {
             HostImage output = makeImageLike(input, input.getDataType());
             const RunReport report = demo.run(input, output, options_);
-            results.push_back({subject.name, demo.algorithm, demo.parameters, report, fileOf(subject, demo.algorithm)});
+            const bool isOneOfMany = !demo.variant.empty();
+            results.push_back({subject.name, demo.algorithm, demo.parameters, report,
+                               fileOf(subject, demo.algorithm + (isOneOfMany ? "-" + demo.variant : ""))});
             writeImageFile(results.back().file, output);
-            sheet.add(output, demo.algorithm);
+            sheet.add(output, demo.algorithm + (isOneOfMany ? " " + demo.variant : ""));
         }
     }
 
@@ -144,7 +106,7 @@ private:
 
     static void printRow(const std::array<std::string, 6>& cells) {
         std::array<char, 128> start{};
-        std::snprintf(start.data(), start.size(), "%-8s %-16s %-16s %9s %6s  ", cells[0].c_str(), cells[1].c_str(),
+        std::snprintf(start.data(), start.size(), "%-8s %-16s %-34s %9s %6s  ", cells[0].c_str(), cells[1].c_str(),
                       cells[2].c_str(), cells[3].c_str(), cells[4].c_str());
         printLine(start.data() + cells[5]);
     }

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 
-#include "Commands/SliceRun.h"
+#include "Commands/FilterRun.h"
 #include "ImageFiles/ImageFile.h"
 #include "ImageFiles/Rows.h"
 
@@ -25,15 +26,18 @@ struct FilterFiles {
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
                  const RunReport& report, const RunOptions& options);
 
-/// Filters a file with an algorithm for 2D images; a volume slice by slice.
+/// Filters a file: with an algorithm for 2D images a volume slice by slice, with one for 3D images the whole of it.
+/// @param configure   sets the algorithm's properties: configure(algorithm).
+/// @param outputType  the input's without.
 template <typename Algorithm, typename Configure>
-void filterFile2d(const std::string& algorithm, const FilterFiles& files, const RunOptions& options,
-                  const Configure& configure) {
+void filterFile(const std::string& algorithm, const FilterFiles& files, const RunOptions& options,
+                const Configure& configure, std::optional<VoxelTypes> outputType = {}) {
     options.apply();
     const HostImage input = files.read();
-    checkWritable(files.output, input.getDataType(), imageSizeOf(input));
-    HostImage output = makeImageLike(input, input.getDataType());
-    const RunReport report = runFilter2d<Algorithm>(input, output, options, configure);
+    const VoxelTypes type = outputType.value_or(input.getDataType());
+    checkWritable(files.output, type, imageSizeOf(input));
+    HostImage output = makeImageLike(input, type);
+    const RunReport report = runFilter<Algorithm>(input, output, options, configure);
     writeImageFile(files.output, output);
     printReport(algorithm, files, output, report, options);
 }

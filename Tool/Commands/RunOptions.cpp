@@ -36,12 +36,14 @@ void selectDevice(unsigned device) {
 
 void RunOptions::addTo(CLI::App& app) {
     constexpr const char* group = "Options of all algorithms";
-    addNumberOption(app, "--tile", 2, "two whole numbers from 1, such as 1024,1024",
-                    "Work in tiles of that size, for images larger than the device's memory",
+    addNumberOption(app, "--tile", {2, 3}, "two or three whole numbers from 1, such as 1024,1024",
+                    "Work in tiles of that size, for images larger than the device's memory. D is for 3D algorithms, "
+                    "the image's whole depth without it",
                     [this](const Numbers& numbers) {
-                        tile = {numbers[0], numbers[1]};
+                        tile = {numbers[0], numbers[1], {}};
+                        if (numbers.size() > 2) tile->depth = numbers[2];
                     })
-        ->type_name("W,H")
+        ->type_name("W,H[,D]")
         ->group(group);
     app.add_option_function<std::string>(
            "--placement", [this](const std::string& text) { placement = parsePlacement(text); },

@@ -3,16 +3,21 @@
 #include <CLI/CLI.hpp>
 #include <optional>
 
-#include "zel/Vector.h"
-
 namespace zel::tool {
 
 /// Where an algorithm finds its input and leaves its output.
 enum class Placement { host, device };
 
+/// The size of tiles, in voxels.
+struct TileOption {
+    unsigned width = 0;
+    unsigned height = 0;
+    std::optional<unsigned> depth;  ///< for 3D algorithms; without it, the whole depth of the image
+};
+
 /// The options that all algorithms have.
 struct RunOptions {
-    std::optional<Vector2<unsigned>> tile;  ///< without it, the image as a whole
+    std::optional<TileOption> tile;  ///< without it, the image as a whole
     Placement placement = Placement::host;
     std::optional<unsigned> device;
     bool isQuiet = false;

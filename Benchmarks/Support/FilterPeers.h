@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "Comparison.h"
+
+/// OpenCV's ways to do a filter's work, on two threads where it has a use for them, into images that exist, all in
+/// memory like ours. None where the program is built without OpenCV.
+namespace zel::bench {
+
+using Peers = std::vector<Peer>;
+
+/// The mean over the same windows with a replicated border. Means of integers are rounded to the nearest.
+Peers blurPeers(const std::shared_ptr<HostImage>& image, unsigned kernelX, unsigned kernelY);
+
+enum class MorphologyOperation { erosion, opening };
+
+/// By the square or the diamond as one mask; the diamond also by so many passes of the 3 by 3 cross.
+Peers morphologyPeers(const std::shared_ptr<HostImage>& image, MorphologyOperation operation, unsigned radius,
+                      bool square);
+
+/// A volume slice by slice along x and y, then as one matrix with a row for each slice along z. Integers once rounded
+/// between the two and once kept as float there.
+/// @param kernelSize  odd, along each axis.
+Peers gaussianPeers(const std::shared_ptr<HostImage>& volume, double sigma, unsigned kernelSize);
+
+}  // namespace zel::bench

@@ -1,0 +1,17 @@
+#include "FilterPeers.h"
+
+namespace zel::bench {
+
+Peers blurPeers(const std::shared_ptr<HostImage>&, unsigned, unsigned) {
+    return {};
+}
+
+Peers morphologyPeers(const std::shared_ptr<HostImage>&, MorphologyOperation, unsigned, bool) {
+    return {};
+}
+
+Peers gaussianPeers(const std::shared_ptr<HostImage>&, double, unsigned) {
+    return {};
+}
+
+}  // namespace zel::bench

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "Comparison.h"
+
+namespace zel::bench {
+
+/// Runs ours and each peer once, and compares all voxels.
+/// @throws std::runtime_error that names case and peer, when they differ by more than the tolerance.
+void checkPeers(const std::string& caseName, const Comparison& comparison);
+
+}  // namespace zel::bench
