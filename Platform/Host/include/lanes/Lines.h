@@ -27,17 +27,23 @@ __forceinline__ void forEachLine(std::uint64_t outer, std::uint64_t count, Body 
     for (std::uint64_t i = share.begin; i < share.end; ++i) body(i / count, i % count);
 }
 
+/// Lines of the largest bundle: twice as many as a bundle's items elsewhere, for as long pieces of memory where the
+/// lines run across its rows.
+inline constexpr unsigned int lineBundle = 2 * largeBundle;
+
 /// As forEachLine() for lines that lie side by side: calls body(o, bundle) for bundles of adjacent lines.
 template <class Body>
 __forceinline__ void forEachLineBundle(std::uint64_t outer, std::uint64_t count, Body body) {
-    constexpr std::uint64_t large = largeBundle;
+    constexpr std::uint64_t large = lineBundle;
     const std::uint64_t bundles = (count + large - 1) / large;
     const BlockShare share(outer * bundles);
     for (std::uint64_t i = share.begin; i < share.end; ++i) {
         const std::uint64_t o = i / bundles;
         const std::uint64_t first = i % bundles * large;
-        const std::uint64_t end = first + large < count ? first + large : count;
-        forEachBundleOf(first, end, [&](const auto bundle) { body(o, bundle); });
+        if (first + large <= count)
+            body(o, WholeBundle<lineBundle>{first});
+        else
+            forEachBundleOf(first, count, [&](const auto bundle) { body(o, bundle); });
     }
 }
 
@@ -54,13 +60,13 @@ public:
     BundleLines(T* values, unsigned int lanes) : values_(values), lanes_(lanes) {}
 
     __forceinline__ T operator()(std::uint64_t position, unsigned int lane) const {
-        return values_[position * largeBundle + lane];
+        return values_[position * lineBundle + lane];
     }
     /// Sets one position from adjacent pixels.
     __forceinline__ void store(std::uint64_t position, const T* pixels) const {
-        T* const values = values_ + position * largeBundle;
-        if (lanes_ == largeBundle)
-            std::memcpy(values, pixels, largeBundle * sizeof(T));
+        T* const values = values_ + position * lineBundle;
+        if (lanes_ == lineBundle)
+            std::memcpy(values, pixels, lineBundle * sizeof(T));
         else
             std::memcpy(values, pixels, lanes_ * sizeof(T));
     }
@@ -74,7 +80,7 @@ private:
 /// memory. One at a time.
 template <class T, class Bundle>
 __forceinline__ BundleLines<T> bundleLines(const Bundle& bundle, T*, std::uint64_t length) {
-    return {static_cast<T*>(zel::host::threadScratch(length * largeBundle * sizeof(T))), bundle.lanes};
+    return {static_cast<T*>(zel::host::threadScratch(length * lineBundle * sizeof(T))), bundle.lanes};
 }
 
 /// Sets one position of a line, or of all lines of a bundle.
