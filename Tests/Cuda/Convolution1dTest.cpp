@@ -169,9 +169,11 @@ TYPED_TEST(Convolution1dTest, GivesTheSumsInTheOrderOfTheTaps) {
                 ASSERT_EQ(out.pixels, reference<Out>(axis, in, taps).pixels);
                 if constexpr (std::is_same_v<In, Out>) {
                     auto inPlace = convolvedInPlace(axis, in, taps, limits);
-                    for (std::size_t i = 0; i < in.pixels.size(); ++i)
-                        if (i % in.row() >= size.width || i / in.row() % (size.height + 1) == size.height)
+                    for (std::size_t i = 0; i < in.pixels.size(); ++i) {
+                        if (i % in.row() >= size.width || i / in.row() % (size.height + 1) == size.height) {
                             ASSERT_EQ(inPlace.pixels[i], in.pixels[i]) << "padding";
+                        }
+                    }
                     for (std::size_t z = 0; z < size.depth; ++z)
                         for (std::size_t y = 0; y < size.height; ++y)
                             for (std::size_t x = 0; x < size.width; ++x)
