@@ -1,3 +1,4 @@
+#include "Convolution1dInstances.h"
 #include "Convolution1dLaunch.h"
 #include "Convolution1dTaps.h"
 #include "CudaConvolution1d.h"
@@ -50,19 +51,7 @@ void convolution1dOnRows(const TIn* src, std::uint64_t srcPitch, std::uint64_t s
     template void convolution1dOnRows(const IN*, std::uint64_t, std::uint64_t, OUT*, std::uint64_t, std::uint64_t, \
                                       std::uint64_t, std::uint64_t, std::uint64_t, const float*, std::uint64_t,    \
                                       cudaStream_t, unsigned int, unsigned int);
-#define WITH_FLOAT(T)  \
-    LAUNCHER(T, T)     \
-    LAUNCHER(T, float) \
-    LAUNCHER(float, T)
-WITH_FLOAT(std::uint8_t)
-WITH_FLOAT(std::uint16_t)
-WITH_FLOAT(std::uint32_t)
-WITH_FLOAT(std::int8_t)
-WITH_FLOAT(std::int16_t)
-WITH_FLOAT(std::int32_t)
-WITH_FLOAT(double)
-LAUNCHER(float, float)
-#undef WITH_FLOAT
+ZEL_FOR_EACH_CONVOLUTION_PAIR(LAUNCHER)
 #undef LAUNCHER
 
 }  // namespace zel::cuda
