@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <thread>
 
 #include "Dealing.h"
 #include "SpinWait.h"
@@ -70,10 +69,10 @@ void beMember(std::size_t own) {
                 if (gang.open.load()) gang.workFrom(own);
                 gang.inside.fetch_sub(1);
                 // The loop is all dealt; it stays open until its caller has seen that too.
-                while (gang.open.load(std::memory_order_relaxed)) spinPause();
+                for (SpinWait wait; gang.open.load(std::memory_order_relaxed);) wait();
                 patienceEnds = Clock::now() + patience;
             }
-            spinPause();
+            SpinWait::pause();
         }
     } while (Clock::now() < patienceEnds);
     gang.members.fetch_sub(1, std::memory_order_relaxed);
@@ -108,13 +107,7 @@ bool runInGang(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece 
     gang.open.store(true);
     gang.workFrom(0);
     gang.open.store(false);
-    for (int looks = 0; gang.inside.load() != 0; ++looks) {
-        constexpr int looksBeforeYield = 1 << 10;
-        if (looks < looksBeforeYield)
-            spinPause();
-        else
-            std::this_thread::yield();
-    }
+    for (SpinWait wait; gang.inside.load() != 0;) wait();
     gang.taken.store(false, std::memory_order_release);
     return true;
 }

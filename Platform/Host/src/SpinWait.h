@@ -1,14 +1,29 @@
 #pragma once
 
+#include <thread>
+
 namespace zel::host {
 
-/// Tells the processor that the thread only waits for another's store.
-inline void spinPause() {
+/// Waits for another thread's store: without leaving the processor, as long as that thread can be expected to run.
+class SpinWait {
+public:
+    void operator()() {
+        constexpr int looksBeforeYield = 1 << 10;
+        if (++looks_ > looksBeforeYield) return std::this_thread::yield();
+        pause();
+    }
+
+    /// Tells the processor that the thread only waits.
+    static void pause() {
 #if defined(__x86_64__) || defined(__i386__)
-    __builtin_ia32_pause();
+        __builtin_ia32_pause();
 #elif defined(__aarch64__)
-    asm volatile("yield");
+        asm volatile("yield");
 #endif
-}
+    }
+
+private:
+    int looks_ = 0;
+};
 
 }  // namespace zel::host
