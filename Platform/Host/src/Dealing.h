@@ -7,7 +7,7 @@
 
 namespace zel::host {
 
-/// Runs the pieces of a loop over [begin, end), of at least `grain` items each, on the device's threads.
+/// Runs the pieces of a loop over [begin, end), most of them of `grain` items or more, on the device's threads.
 void dealPieces(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece run, void* loop);
 
 /// Of the device's threads, those that the scheduler may use now, the calling one included.
