@@ -7,9 +7,9 @@ namespace zel::host {
 /// Work on items [begin, end) of a loop. It must not throw.
 using LoopPiece = void (*)(void* loop, std::size_t begin, std::size_t end);
 
-/// Runs the pieces of a loop over [begin, end), most of them of `grain` items or more, on the calling thread and on threads that
-/// wait a moment for the next loop after each one: to them a loop is handed over in a tenth of the time that waking a
-/// thread takes. False, with nothing done, while the gang works for another caller.
+/// Runs the pieces of a loop over [begin, end), most of them of `grain` items or more, on the calling thread and on
+/// threads that wait a moment for the next loop after each one: they take it up far sooner than a thread that has to be
+/// woken. False, with nothing done, while the gang works for another caller.
 bool runInGang(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece run, void* loop);
 
 /// Whether all of the gang waits for a loop now.
