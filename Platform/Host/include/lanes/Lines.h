@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "Block.h"
 #include "Bundles.h"
@@ -53,26 +54,35 @@ __forceinline__ void forEachPosition(std::uint64_t count, Body body) {
     for (std::uint64_t p = 0; p < count; ++p) body(p);
 }
 
+/// What lines hold a pixel as: integers as floats, so that they are converted once and not for every tap.
+template <class T>
+using LineValue = std::conditional_t<std::is_integral_v<T>, float, T>;
+
 /// A copy of the lines of a bundle, the values of one position side by side.
 template <class T>
 class BundleLines {
 public:
-    BundleLines(T* values, unsigned int lanes) : values_(values), lanes_(lanes) {}
+    BundleLines(LineValue<T>* values, unsigned int lanes) : values_(values), lanes_(lanes) {}
 
-    __forceinline__ T operator()(std::uint64_t position, unsigned int lane) const {
+    __forceinline__ LineValue<T> operator()(std::uint64_t position, unsigned int lane) const {
         return values_[position * lineBundle + lane];
     }
     /// Sets one position from adjacent pixels.
     __forceinline__ void store(std::uint64_t position, const T* pixels) const {
-        T* const values = values_ + position * lineBundle;
+        LineValue<T>* const values = values_ + position * lineBundle;
         if (lanes_ == lineBundle)
-            std::memcpy(values, pixels, lineBundle * sizeof(T));
+            convert(values, pixels, lineBundle);
         else
-            std::memcpy(values, pixels, lanes_ * sizeof(T));
+            convert(values, pixels, lanes_);
     }
 
 private:
-    T* values_;
+    __forceinline__ static void convert(LineValue<T>* values, const T* pixels, unsigned int count) {
+#pragma omp simd
+        for (unsigned int lane = 0; lane < count; ++lane) values[lane] = static_cast<LineValue<T>>(pixels[lane]);
+    }
+
+    LineValue<T>* values_;
     unsigned int lanes_;
 };
 
@@ -80,7 +90,8 @@ private:
 /// memory. One at a time.
 template <class T, class Bundle>
 __forceinline__ BundleLines<T> bundleLines(const Bundle& bundle, T*, std::uint64_t length) {
-    return {static_cast<T*>(zel::host::threadScratch(length * lineBundle * sizeof(T))), bundle.lanes};
+    using Value = LineValue<T>;
+    return {static_cast<Value*>(zel::host::threadScratch(length * lineBundle * sizeof(Value))), bundle.lanes};
 }
 
 /// Sets one position of a line, or of all lines of a bundle.
