@@ -15,7 +15,7 @@ struct TileSize {
              std::ptrdiff_t rowsLeft) {
         constexpr std::ptrdiff_t items = std::ptrdiff_t{1} << 17;
         constexpr std::ptrdiff_t mostItems = std::ptrdiff_t{1} << 21;
-        constexpr std::ptrdiff_t usualRows = 192;
+        constexpr std::ptrdiff_t usualRows = 32;
         const std::ptrdiff_t columnsBeside = windowWidth - 1;
         const std::ptrdiff_t rowsThatFit = std::max<std::ptrdiff_t>(mostItems / (columnsBeside + 256), 16);
         rows = std::min({std::max(usualRows, windowHeight), rowsThatFit, rowsLeft});
