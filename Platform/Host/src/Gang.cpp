@@ -10,7 +10,7 @@
 namespace zel::host {
 namespace {
 
-constexpr std::size_t mostShares = 64;
+constexpr std::size_t mostShares = 256;  // threads that a loop can use
 
 /// The one loop that the gang works on. Never destroyed: a member may look at it until the process ends.
 ///
@@ -78,7 +78,8 @@ void beMember(std::size_t own) {
     gang.members.fetch_sub(1, std::memory_order_relaxed);
 }
 
-/// Members leave together, so what is missing is all of them or none.
+/// Members lose patience at about the same time. While any of them is left no others are called; a loop then has fewer
+/// threads, which change no result.
 void callMembers() {
     if (gang.members.load(std::memory_order_relaxed) != 0) return;
     const auto wanted = static_cast<int>(gang.shareCount) - 1;

@@ -12,7 +12,7 @@ using LoopPiece = void (*)(void* loop, std::size_t begin, std::size_t end);
 /// woken. False, with nothing done, while the gang works for another caller.
 bool runInGang(std::size_t begin, std::size_t end, std::size_t grain, LoopPiece run, void* loop);
 
-/// Whether all of the gang waits for a loop now.
+/// Whether threads of the gang wait for a loop now, or are on their way to it.
 bool isGangWaiting();
 
 }  // namespace zel::host

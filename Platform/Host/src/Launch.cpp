@@ -82,7 +82,8 @@ std::uint64_t tryBlocks(const Launch& launch, Pace& pace) {
 }
 
 /// Handing blocks to other threads costs up to some microseconds. So the calling thread learns the blocks' pace first,
-/// hands over only what is worth it, and in pieces that outweigh their dealing.
+/// hands over only what is worth it, and in pieces that outweigh their dealing. A kernel whose arguments have changed
+/// since its latest launch may run at another pace: one launch is then dealt badly, and the next one knows.
 void runBlocks(const Launch& launch) {
     constexpr double worthSharing = 4000 * ticksPerNanosecond;
     Pace pace{launch.kernel.kernel, launch.blocks(), latestPace.perBlock};
