@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -44,6 +45,14 @@ void* allocateZeroed(std::size_t bytes) {
         madvise(reinterpret_cast<void*>(firstPage), (address + bytes - firstPage) / page * page, MADV_HUGEPAGE);
     }
     return memory;
+}
+
+/// Asks for memory that will probably be used next. The machine reads ahead by itself only within a page, which a few
+/// short rows fill.
+void prefetch(const std::byte* memory, std::size_t bytes) {
+    constexpr std::size_t cacheLine = 64;
+    constexpr std::size_t most = 4096;
+    for (std::size_t i = 0; i < std::min(bytes, most); i += cacheLine) __builtin_prefetch(memory + i);
 }
 
 }  // namespace
@@ -95,7 +104,9 @@ bool HostImage::readRow(std::size_t count, void* buffer, std::size_t x, std::siz
                         std::size_t i4) const {
     const std::byte* const row = rowAddress(count, x, y, z, i3, i4);
     if (row == nullptr) return false;
-    std::memcpy(buffer, row, count * helper::getSizeOf(type_));
+    const std::size_t bytes = count * helper::getSizeOf(type_);
+    if (y + 1 < dimensions_[1]) prefetch(row + rowPitch_, bytes);
+    std::memcpy(buffer, row, bytes);
     return true;
 }
 

@@ -49,9 +49,9 @@ struct Copy {
     void run() const;
 };
 
-constexpr std::size_t pieceBytes = std::size_t{1} << 20;
-/// Below, other threads do not make up for the cost of waking them.
-constexpr std::size_t parallelFrom = std::size_t{512} << 10;
+constexpr std::size_t pieceBytes = std::size_t{64} << 10;
+/// Below, other threads do not make up for the cost of handing work to them.
+constexpr std::size_t parallelFrom = std::size_t{128} << 10;
 
 void Copy::run() const {
     const std::size_t piecesPerRow = (shape.width + pieceBytes - 1) / pieceBytes;
@@ -68,7 +68,7 @@ void Copy::run() const {
         }
     };
     if (shape.width * shape.height * shape.depth < parallelFrom) return copyPieces(0, pieces);
-    parallelFor(pieces, std::max<std::size_t>(1, pieceBytes / 2 / pieceWidth), copyPieces);
+    parallelFor(pieces, std::max<std::size_t>(1, pieceBytes / pieceWidth), copyPieces);
 }
 
 enum class Place { host, device, any };
