@@ -9,7 +9,8 @@ namespace {
 // Vertical window sums of a tile first, then horizontal ones, in float: few additions lie between a pixel and its mean
 // (a dozen for 51 x 51), so the means are good to one or two last places, at half of what doubles cost.
 
-constexpr std::ptrdiff_t blockWidth = 16;  // columns summed together: a window's rows of them fit the first-level cache
+// Columns summed together, a cache line of them: a window's rows of them fit the first-level cache.
+constexpr std::ptrdiff_t blockWidth = 16;
 constexpr std::ptrdiff_t groupItems = std::ptrdiff_t{1} << 18;
 
 class FloatTiles {
@@ -53,14 +54,16 @@ private:
     }
 
     /// Copies source columns into blocks, row by row: walking down the columns of an image whose step is a power of two
-    /// would miss every cache.
+    /// would miss every cache. The row below is asked for ahead: the machine reads ahead by itself within a page only.
     void loadBlocks(std::ptrdiff_t top, std::ptrdiff_t rows, std::ptrdiff_t first, std::ptrdiff_t columns) const {
         const std::ptrdiff_t sourceTop = job_.offset.y + top - job_.windowY.before;
         for (std::ptrdiff_t j = 0; j < rows + job_.windowY.size - 1; ++j) {
             const float* const row = job_.srcRow(sourceTop + j) + first;
+            const float* const below = job_.srcRow(sourceTop + j + 1) + first;
             float* block = blocks_ + j * blockWidth;
             std::ptrdiff_t x = 0;
             for (; x + blockWidth <= columns; x += blockWidth, block += blockItems_) {
+                __builtin_prefetch(below + x);
                 std::copy_n(row + x, blockWidth, block);
             }
             if (x == columns) continue;
@@ -87,6 +90,7 @@ private:
 
     /// Horizontal sums of the padded vertical ones, and their means.
     void finishRow(float* sums, std::ptrdiff_t padded, float* dst, std::ptrdiff_t count) const {
+        for (std::ptrdiff_t x = 0; x < count; x += blockWidth) __builtin_prefetch(dst + x, 1);
         const WindowAxis& window = job_.windowX;
         // Nothing is added where nothing repeats: zero times infinity is not zero.
         const double first = window.firstTimes == 0 ? 0.0 : static_cast<double>(window.firstTimes) * sums[0];
