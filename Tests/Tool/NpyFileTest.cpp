@@ -1,53 +1,35 @@
-#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <complex>
-#include <cstring>
 #include <functional>
 #include <numeric>
 
-#include "ImageFiles/FileError.h"
-#include "ImageFiles/ImageFile.h"
-#include "ImageFiles/Rows.h"
-#include "Messages.h"
+#include "ImageFileTest.h"
 #include "NpyBytes.h"
-#include "TemporaryFolder.h"
-#include "TestImages.h"
 
 namespace zel::test {
 
-using ::testing::HasSubstr;
-using tool::FileError;
-using tool::imageSizeOf;
-using tool::readImageFile;
-using tool::writeImageFile;
-
-class NpyFileTest : public ::testing::Test {
+class NpyFileTest : public ImageFileTest {
 protected:
-    std::string refusal(const std::string& bytes) const {
-        const std::string path = folder.write("refused.npy", bytes);
-        return messageOf<FileError>([&] { readImageFile(path); });
-    }
-
-    TemporaryFolder folder;
+    NpyFileTest() : ImageFileTest("a.npy") {}
 };
 
 // Two files as NumPy 2 writes them, to the byte.
 TEST_F(NpyFileTest, ReadsWhatNumPyWrites) {
     // np.asfortranarray(np.array([[1, 2, 3], [4, 5, 6]], dtype='>i2'))
-    const HostImage fortran = readImageFile(folder.write(
-        "fortran.npy", std::string("\x93NUMPY\x01\x00v\x00", 10) +
-                           "{'descr': '>i2', 'fortran_order': True, 'shape': (2, 3), }" + std::string(59, ' ') + "\n" +
-                           std::string("\x00\x01\x00\x04\x00\x02\x00\x05\x00\x03\x00\x06", 12)));
+    const HostImage fortran =
+        read(std::string("\x93NUMPY\x01\x00v\x00", 10) + "{'descr': '>i2', 'fortran_order': True, 'shape': (2, 3), }" +
+             std::string(59, ' ') + "\n" + std::string("\x00\x01\x00\x04\x00\x02\x00\x05\x00\x03\x00\x06", 12));
     EXPECT_EQ(imageSizeOf(fortran), (ImageSize{3, 2}));
     EXPECT_EQ(readAll<std::int16_t>(fortran), (std::vector<std::int16_t>{1, 2, 3, 4, 5, 6}));
 
     // np.array([[1 + 2j]], dtype='>c8'), format version 2
-    const HostImage complex = readImageFile(
-        folder.write("complex.npy", std::string("\x93NUMPY\x02\x00t\x00\x00\x00", 12) +
-                                        "{'descr': '>c8', 'fortran_order': False, 'shape': (1, 1), }" +
-                                        std::string(56, ' ') + "\n" + std::string("?\x80\x00\x00@\x00\x00\x00", 8)));
+    const HostImage complex = read(std::string("\x93NUMPY\x02\x00t\x00\x00\x00", 12) +
+                                   "{'descr': '>c8', 'fortran_order': False, 'shape': (1, 1), }" +
+                                   std::string(56, ' ') + "\n" + std::string("?\x80\x00\x00@\x00\x00\x00", 8));
     ASSERT_EQ(complex.getDataType(), VoxelTypes::complex64);
     EXPECT_EQ(*static_cast<const std::complex<float>*>(complex.data()), std::complex<float>(1, 2));
 }
@@ -74,10 +56,9 @@ TEST_F(NpyFileTest, ReadsEveryTypeInBothByteOrders) {
         }
         for (const bool isLittle : {true, false}) {
             const std::string descr = std::string(isLittle ? "<" : ">").append(c.code);
-            const HostImage image =
-                readImageFile(folder.write("a.npy", npyBytes(descr, "(2, 3)", isLittle ? voxels : swapped)));
+            const HostImage image = read(npyBytes(descr, "(2, 3)", isLittle ? voxels : swapped));
             EXPECT_EQ(image.getDataType(), c.type);
-            EXPECT_EQ(std::string(static_cast<const char*>(image.data()), image.extentBytes()), voxels) << descr;
+            EXPECT_EQ(bytesOf(image), voxels) << descr;
         }
     }
 }
@@ -99,8 +80,8 @@ TEST_F(NpyFileTest, PutsTheLastAxisAlongXInBothOrders) {
             fortran.push_back(static_cast<std::uint16_t>(number));
             for (std::size_t axis = 0; axis < shape.size() && ++index[axis] == shape[axis]; ++axis) index[axis] = 0;
         }
-        const HostImage c = readImageFile(folder.write("c.npy", npyBytes("<u2", text, rawBytes(inOrder))));
-        const HostImage f = readImageFile(folder.write("f.npy", npyBytes("<u2", text, rawBytes(fortran), true)));
+        const HostImage c = read(npyBytes("<u2", text, rawBytes(inOrder)));
+        const HostImage f = read(npyBytes("<u2", text, rawBytes(fortran), true));
         EXPECT_EQ(imageSizeOf(c), imageSizeOf(f));
         for (std::size_t axis = 0; axis < shape.size(); ++axis) {
             EXPECT_EQ(c.getDimension(static_cast<int>(axis)), shape[shape.size() - 1 - axis]);
@@ -123,17 +104,7 @@ TEST_F(NpyFileTest, WritesWhatItReads) {
     writeImageFile(folder / "rows.npy", rows);
     EXPECT_EQ(folder.read("rows.npy"), bytes);
 
-    for (const VoxelTypes type : allVoxelTypes) {
-        SCOPED_TRACE(voxelTypeName(type));
-        HostImage original(type, {3, 2, 1, 2, 2});
-        auto* const raw = static_cast<unsigned char*>(original.data());
-        for (std::size_t i = 0; i < original.extentBytes(); ++i) raw[i] = static_cast<unsigned char>(7 * i + 1);
-        writeImageFile(folder / "b.NPY", original);
-        const HostImage copy = readImageFile(folder / "b.NPY");
-        ASSERT_EQ(copy.getDataType(), type);
-        ASSERT_EQ(imageSizeOf(copy), imageSizeOf(original));
-        EXPECT_EQ(std::memcmp(copy.data(), original.data(), original.extentBytes()), 0);
-    }
+    for (const VoxelTypes type : allVoxelTypes) expectRoundTrip(type, {3, 2, 1, 2, 2}, false);
 }
 
 TEST_F(NpyFileTest, ToleratesWhatNumPyTolerates) {
@@ -143,23 +114,20 @@ TEST_F(NpyFileTest, ToleratesWhatNumPyTolerates) {
              npyBytes("u1", "(2L, 3L,)", voxels),
              npyBytes("  {\"shape\":(2,3),\"fortran_order\":False,\"descr\":\"=u1\"}  ", voxels),
          }) {
-        const HostImage image = readImageFile(folder.write("a.npy", bytes));
-        EXPECT_EQ(std::string(static_cast<const char*>(image.data()), image.extentBytes()), voxels);
+        EXPECT_EQ(bytesOf(read(bytes)), voxels);
     }
 }
 
 TEST_F(NpyFileTest, EveryPrefixIsRefusedByName) {
     const std::string whole = npyBytes("<i2", "(2, 3)", "abcdefghijkl");
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        EXPECT_THAT(refusal(whole.substr(0, length)), HasSubstr("cannot read " + folder / "refused.npy: ")) << length;
-    }
+    expectEveryPrefixIsRefusedByName(whole);
     EXPECT_THAT(refusal(whole.substr(0, whole.size() - 1)), HasSubstr("promises 12 bytes of voxels, 11 are there"));
 }
 
 TEST_F(NpyFileTest, RefusalsSayWhatIsWrong) {
     struct Case {
         std::string bytes;
-        const char* text;
+        std::string text;
     };
     const std::string huge = "(4294967296, 4294967296)";
     const Case cases[] = {
@@ -167,7 +135,7 @@ TEST_F(NpyFileTest, RefusalsSayWhatIsWrong) {
         {std::string("\x93NUMPY\x04\x00\x10\x00{}", 12), "its NPY version is 4; 1, 2 and 3 can be read"},
         {npyBytes("<f2", "(1, 1)", "ab"), "'<f2' (half precision)"},
         {npyBytes("<U3", "(1, 1)", "abcabcabcabc"), "'<U3'; save it as one of bool, uint8"},
-        {npyBytes("|O", "(1, 1)", "abc"), "'|O'"},
+        {npyBytes("<\x1b[2J\n" + std::string(500, 'x'), "(1, 1)", "abc"), "'<?[2J?" + std::string(34, 'x') + "...';"},
         {npyBytes("{'descr': [('x', '<f4')], 'fortran_order': False, 'shape': (1,), }", "abcd"), "records"},
         {npyBytes("<f4", "()", "abcd"), "a single number"},
         {npyBytes("<f4", "(0, 4)", ""), "it is empty"},
@@ -183,12 +151,26 @@ TEST_F(NpyFileTest, RefusalsSayWhatIsWrong) {
     for (const Case& c : cases) EXPECT_THAT(refusal(c.bytes), HasSubstr(c.text));
 }
 
-// The file is there in full, as a hole that takes no place on the disk.
-TEST_F(NpyFileTest, RefusesWhatDoesNotFitIntoMemoryBeforeTakingAny) {
-    const std::string path = folder.write("hole.npy", npyBytes("|u1", "(4194304, 1048576)", ""));
-    if (truncate(path.c_str(), (off_t{1} << 42U) + 1024) != 0) GTEST_SKIP() << "no files of 4 TiB here";
-    EXPECT_THAT(messageOf<FileError>([&] { readImageFile(path); }),
-                HasSubstr("hole.npy: the image takes 4194304 MiB, and this machine has"));
+// The files are there in full, as holes that take no place on the disk.
+TEST_F(NpyFileTest, RefusesWhatDoesNotFitIntoMemory) {
+    const std::string huge = folder.write("huge.npy", npyBytes("|u1", "(4194304, 1048576)", ""));
+    if (truncate(huge.c_str(), (off_t{1} << 42U) + 1024) != 0) GTEST_SKIP() << "no files of 4 TiB here";
+    EXPECT_THAT(messageOf<FileError>([&] { readImageFile(huge); }),
+                HasSubstr("huge.npy: the image takes 4194304 MiB, and this machine has"));
+
+    // Memory that is free, but not for this program.
+    const std::string large = folder.write("large.npy", npyBytes("|u1", "(256, 1048576)", ""));
+    ASSERT_EQ(truncate(large.c_str(), (off_t{1} << 28U) + 1024), 0);
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlimit tight{pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + (std::size_t{64} << 20U),
+                       before.rlim_max};
+    setrlimit(RLIMIT_AS, &tight);
+    const std::string message = messageOf<FileError>([&] { readImageFile(large); });
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_THAT(message, HasSubstr("large.npy: cannot allocate 268435456 bytes"));
 }
 
 TEST_F(NpyFileTest, FilesThatAreNone) {
@@ -199,6 +181,16 @@ TEST_F(NpyFileTest, FilesThatAreNone) {
     EXPECT_THAT(message(folder.write("a.gif", "GIF89a")),
                 HasSubstr("a.gif: the name has to end in .npy, .png, .tif, .tiff, .mrc or .map"));
     EXPECT_THAT(message(folder.write("npy", "GIF89a")), HasSubstr("the name has to end in"));
+}
+
+TEST_F(NpyFileTest, KeepsLinksAndProtectedFilesAsTheyAre) {
+    const auto message = [this] { return writeRefusal(VoxelTypes::uint8, {1, 1}); };
+    std::filesystem::create_symlink("nowhere.npy", folder / "a.npy");
+    EXPECT_THAT(message(), HasSubstr("a.npy: its link leads nowhere: no such file"));
+    std::filesystem::remove(folder / "a.npy");
+    if (geteuid() == 0) return;  // who may write everywhere
+    chmod(folder.write("a.npy", "old").c_str(), 0444);
+    EXPECT_THAT(message(), HasSubstr("a.npy: permission denied"));
 }
 
 }  // namespace zel::test

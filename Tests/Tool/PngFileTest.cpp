@@ -1,20 +1,8 @@
-#include <gtest/gtest.h>
 #include <zlib.h>
 
-#include "ImageFiles/FileError.h"
-#include "ImageFiles/ImageFile.h"
-#include "ImageFiles/Rows.h"
-#include "Messages.h"
-#include "TemporaryFolder.h"
-#include "TestImages.h"
+#include "ImageFileTest.h"
 
 namespace zel::test {
-
-using ::testing::HasSubstr;
-using tool::FileError;
-using tool::imageSizeOf;
-using tool::readImageFile;
-using tool::writeImageFile;
 
 namespace {
 
@@ -56,14 +44,9 @@ std::string line(std::initializer_list<int> bytes) {
 
 }  // namespace
 
-class PngFileTest : public ::testing::Test {
+class PngFileTest : public ImageFileTest {
 protected:
-    HostImage read(const std::string& bytes) const { return readImageFile(folder.write("a.png", bytes)); }
-    std::string refusal(const std::string& bytes) const {
-        return messageOf<FileError>([&] { read(bytes); });
-    }
-
-    TemporaryFolder folder;
+    PngFileTest() : ImageFileTest("a.Png") {}
 };
 
 TEST_F(PngFileTest, ReadsGreyOfEveryDepth) {
@@ -87,18 +70,10 @@ TEST_F(PngFileTest, ReadsInterlacedPictures) {
 }
 
 TEST_F(PngFileTest, WritesWhatItReads) {
-    const auto roundTrip = [this]<typename T>(T) {
-        for (const ImageSize size : {ImageSize{1, 1}, ImageSize{63, 40}, ImageSize{500, 3}}) {
-            const HostImage image = randomImage<T>(size, 3);
-            writeImageFile(folder / "b.Png", image);
-            const HostImage copy = readImageFile(folder / "b.Png");
-            EXPECT_EQ(imageSizeOf(copy), size);
-            EXPECT_EQ(copy.getDataType(), image.getDataType());
-            EXPECT_EQ(readAll<T>(copy), readAll<T>(image));
-        }
-    };
-    roundTrip(std::uint8_t{});
-    roundTrip(std::uint16_t{});
+    for (const ImageSize size : {ImageSize{1, 1}, ImageSize{63, 40}, ImageSize{500, 3}}) {
+        expectRoundTrip(VoxelTypes::uint8, size, false);
+        expectRoundTrip(VoxelTypes::uint16, size, false);
+    }
 }
 
 TEST_F(PngFileTest, RefusesEverythingButGrey) {
@@ -112,9 +87,7 @@ TEST_F(PngFileTest, RefusesEverythingButGrey) {
 
 TEST_F(PngFileTest, EveryPrefixAndEveryDamageIsRefusedByName) {
     const std::string whole = pngBytes(3, 2, 8, grey, line({1, 2, 3}) + line({4, 5, 255}));
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        EXPECT_THAT(refusal(whole.substr(0, length)), HasSubstr("cannot read " + folder / "a.png: ")) << length;
-    }
+    expectEveryPrefixIsRefusedByName(whole);
     EXPECT_THAT(refusal(whole.substr(0, whole.size() - 1)), HasSubstr("its end is missing"));
     EXPECT_THAT(refusal("GIF89a, and then some"), HasSubstr("it is not a PNG file"));
 
@@ -129,13 +102,10 @@ TEST_F(PngFileTest, RefusesWhatDoesNotFitIntoMemory) {
 }
 
 TEST_F(PngFileTest, RefusesToWriteWhatItCannotHold) {
-    const auto message = [this](VoxelTypes type, const ImageSize& size) {
-        return messageOf<FileError>([&] { tool::checkWritable(folder / "c.png", type, size); });
-    };
     EXPECT_THAT(
-        message(VoxelTypes::float32, {2, 2}),
+        writeRefusal(VoxelTypes::float32, {2, 2}),
         HasSubstr("PNG holds uint8 and uint16, the image is float32; write .npy, or make it fit with zel convert"));
-    EXPECT_THAT(message(VoxelTypes::uint8, {2, 2, 5}), HasSubstr("PNG holds one slice, the image has 5"));
+    EXPECT_THAT(writeRefusal(VoxelTypes::uint8, {2, 2, 5}), HasSubstr("PNG holds one slice, the image has 5"));
 }
 
 }  // namespace zel::test

@@ -21,9 +21,11 @@ constexpr std::size_t bytesPerCall = std::size_t{4} << 20U;
 
 /// A link stays a link: the file that it leads to is the one to replace.
 std::filesystem::path followLinks(const std::string& path) {
-    std::error_code failed;
-    const std::filesystem::path target = std::filesystem::canonical(path, failed);
-    return failed ? std::filesystem::path(path) : target;
+    std::error_code failed, ignored;
+    std::filesystem::path target = std::filesystem::canonical(path, failed);
+    if (!failed) return target;
+    if (!std::filesystem::is_symlink(path, ignored)) return path;
+    throw FileError::writing(path, "its link leads nowhere: " + systemErrorText(failed.value()));
 }
 
 std::filesystem::path folderOf(const std::filesystem::path& file) {
@@ -52,6 +54,8 @@ void AtomicFile::checkWritable(const std::string& path) {
     if (stat(target.c_str(), &status) == 0) {
         if (S_ISDIR(status.st_mode)) throw FileError::writing(path, "there is a folder of that name");
         if (!S_ISREG(status.st_mode)) throw FileError::writing(path, "it is not a regular file");
+        // A new file of its name would go around its protection.
+        if (access(target.c_str(), W_OK) != 0) throw FileError::writing(path, systemErrorText(errno));
     }
     if (access(folderOf(target).c_str(), W_OK | X_OK) == 0) return;
     const int reason = errno;

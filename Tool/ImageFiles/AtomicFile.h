@@ -10,7 +10,8 @@ namespace zel::tool {
 class AtomicFile {
 public:
     /// The temporary file gets the permissions of the file that it will replace, else those that the umask gives.
-    /// @throws FileError when the folder takes no file or the name belongs to something else than a file.
+    /// @throws FileError when the folder takes no file or the name belongs to something else than a file, to a file
+    ///         that may not be written, or to a link that leads nowhere.
     explicit AtomicFile(const std::string& path);
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;

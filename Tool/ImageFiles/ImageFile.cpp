@@ -5,11 +5,13 @@
 #include <cctype>
 #include <filesystem>
 #include <iterator>
+#include <new>
 #include <vector>
 
 #include "ImageFiles/FileError.h"
 #include "ImageFiles/ImageFormat.h"
 #include "ImageFiles/Rows.h"
+#include "zel/Exceptions.h"
 
 namespace zel::tool {
 
@@ -69,7 +71,13 @@ HostImage readImageFile(const std::string& path) {
     InputFile file(path);
     const ImageFormat* const format = findFormat(path);
     if (format == nullptr) throw FileError::reading(path, unknownExtension());
-    return format->read(file);
+    try {
+        return format->read(file);
+    } catch (const RuntimeError& error) {  // of the image that does not come about
+        throw FileError::reading(path, error.what());
+    } catch (const std::bad_alloc&) {
+        throw FileError::reading(path, "there is not enough memory for it");
+    }
 }
 
 void checkWritable(const std::string& path) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 
 #include "ImageFiles/FileError.h"
 #include "ImageFiles/NumberText.h"
@@ -29,6 +30,8 @@ enum Field : std::size_t {
     spaceGroupField = 88,
     extendedBytesField = 92,
     versionField = 108,
+    programField = 152,
+    programFlagsField = 156,
     deviationField = 216,
     labelCountField = 220,
     magicField = 208,
@@ -111,8 +114,15 @@ private:
             refuse("its mode is " + std::to_string(number) +
                    "; 0 (int8), 1 (int16), 2 (float32), 6 (uint16) and 12 (float16) can be read");
         }
-        header.type = mode->type;
+        header.type = mode->type == VoxelTypes::int8 && hasUnsignedBytes() ? VoxelTypes::uint8 : mode->type;
         header.isHalfPrecision = mode->isHalfPrecision;
+    }
+
+    /// Files of IMOD say by a flag that the bytes of mode 0 have a sign, which they had not before the format said so.
+    bool hasUnsignedBytes() const {
+        constexpr int letters = 0x444F4D49;  // IMOD
+        constexpr unsigned areSigned = 1;
+        return integer(programField) == letters && (static_cast<unsigned>(integer(programFlagsField)) & areSigned) == 0;
     }
 
     void parseCounts(MrcHeader& header) const {
@@ -164,6 +174,13 @@ private:
     bool isLittle_;
 };
 
+/// How long the image is along an axis; 0, which means not known, when MRC's numbers cannot hold it.
+float cellSize(const ImageModel& image, int axis) {
+    const double size = image.getSpacing(axis) * static_cast<double>(image.getDimension(axis));
+    using Limits = std::numeric_limits<float>;
+    return size >= Limits::min() && size <= Limits::max() ? static_cast<float>(size) : 0;
+}
+
 /// Puts a number of 32 bits into its field, in this machine's byte order.
 template <typename T>
 void put(std::string& header, std::size_t field, T value) {
@@ -196,7 +213,7 @@ std::string makeMrcHeader(const ImageModel& image, const MrcStatistics& statisti
         const auto count = static_cast<std::int32_t>(image.getDimension(axis));
         put(header, countsField + offset, count);
         put(header, samplingField + offset, count);
-        put(header, cellField + offset, static_cast<float>(image.getSpacing(axis) * count));
+        put(header, cellField + offset, cellSize(image, axis));
         put(header, anglesField + offset, 90.0F);
         put(header, axesField + offset, axis + 1);
     }

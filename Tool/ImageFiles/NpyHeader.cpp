@@ -30,6 +30,15 @@ constexpr TypeCode typeCodes[] = {
     {"b1", VoxelTypes::uint8},
 };
 
+/// What a message can have of a file's text: no bytes that a terminal obeys, and not too many.
+std::string printable(std::string_view text) {
+    constexpr std::size_t most = 40;
+    std::string result(text.substr(0, most));
+    std::ranges::replace_if(
+        result, [](unsigned char letter) { return std::isprint(letter) == 0; }, '?');
+    return result + (text.size() > most ? "..." : "");
+}
+
 constexpr char nativeOrder = std::endian::native == std::endian::little ? '<' : '>';
 
 /// Reads the few Python literals that NPY headers are made of.
@@ -144,7 +153,7 @@ private:
         std::string allowed;
         for (const VoxelTypes type : allVoxelTypes)
             allowed.append(allowed.empty() ? "" : ", ").append(voxelTypeName(type));
-        throw FileError::reading(path_, "its element type is '" + std::string(descr) +
+        throw FileError::reading(path_, "its element type is '" + printable(descr) +
                                             (code == "f2" ? "' (half precision)" : "'") + "; save it as one of bool, " +
                                             allowed + (code == "f2" ? ", best with .astype('float32')" : ""));
     }

@@ -12,6 +12,19 @@ namespace {
 
 constexpr std::string_view key = "spacing=";
 
+std::string_view descriptionOf(const TiffHandle& handle) {
+    const char* description = nullptr;
+    TIFFGetField(handle.get(), TIFFTAG_IMAGEDESCRIPTION, &description);
+    return description == nullptr ? "" : description;
+}
+
+/// Cuts the first line off the text.
+std::string_view takeLine(std::string_view& text) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(text.size(), line.size() + 1));
+    return line;
+}
+
 /// Nothing but three sizes with commas: other programs have lines with our key and one number.
 bool parseSpacing(std::string_view text, std::array<double, 3>& spacing) {
     for (std::size_t axis = 0; axis < spacing.size(); ++axis) {
@@ -32,13 +45,25 @@ std::string makeTiffDescription(const ImageModel& image) {
            numberToText(image.getSpacing(2)) + "\n";
 }
 
-std::array<double, 3> spacingOfTiff(const TiffHandle& handle) {
-    const char* description = nullptr;
-    TIFFGetField(handle.get(), TIFFTAG_IMAGEDESCRIPTION, &description);
-    std::string_view rest = description == nullptr ? "" : description;
+bool hasImagesWithoutPages(const TiffHandle& handle, std::size_t pageCount) {
+    std::string_view rest = descriptionOf(handle);
+    if (rest.starts_with("{\"shape\": ")) return rest.find("\"truncated\": true") != std::string_view::npos;
+    if (!rest.starts_with("ImageJ=")) return false;
+    constexpr std::string_view countKey = "images=";
     while (!rest.empty()) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
-        rest.remove_prefix(std::min(rest.size(), line.size() + 1));
+        const std::string_view line = takeLine(rest);
+        if (!line.starts_with(countKey)) continue;
+        std::size_t count = 0;
+        std::from_chars(line.data() + countKey.size(), line.data() + line.size(), count);
+        return count > pageCount;
+    }
+    return false;
+}
+
+std::array<double, 3> spacingOfTiff(const TiffHandle& handle) {
+    std::string_view rest = descriptionOf(handle);
+    while (!rest.empty()) {
+        const std::string_view line = takeLine(rest);
         std::array<double, 3> spacing{};
         if (line.starts_with(key) && parseSpacing(line.substr(key.size()), spacing)) return spacing;
     }

@@ -14,6 +14,10 @@ namespace zel::tool {
 /// the resolution tags stay out of use.
 std::string makeTiffDescription(const ImageModel& image);
 
+/// Whether the description of the page at which the handle stands tells of more images than the file has pages. Some
+/// programs write one page for all of a large volume, its voxels without a break behind it.
+bool hasImagesWithoutPages(const TiffHandle& handle, std::size_t pageCount);
+
 /// The spacing along x, y and z from the page at which the handle stands; 1 where a file does not tell.
 std::array<double, 3> spacingOfTiff(const TiffHandle& handle);
 

@@ -15,11 +15,6 @@ namespace {
 
 constexpr int isHandled = 1;  // no other handler wants the message
 
-int ignoreWarning(TIFF* /*tiff*/, void* /*client*/, const char* /*module*/, const char* /*format*/,
-                  va_list /*arguments*/) {
-    return isHandled;
-}
-
 int closeNothing(thandle_t /*client*/) {
     return 0;
 }
@@ -60,7 +55,7 @@ void TiffHandle::open(const std::string& path, const char* mode) {
     constexpr std::size_t mostWorkMemory = std::size_t{256} << 20U;
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(fileSize() + mostWorkMemory));
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), noteError, this);
-    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreWarning, nullptr);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), noteWarning, this);
     tiff_.reset(TIFFClientOpenExt(path.c_str(), mode, this, readBytes, writeBytes, seek, closeNothing, size, mapNothing,
                                   unmapNothing, options.get()));
     check(tiff_ != nullptr, "it");
@@ -119,6 +114,19 @@ toff_t TiffHandle::seek(thandle_t client, toff_t offset, int whence) {
 
 toff_t TiffHandle::size(thandle_t client) {
     return static_cast<TiffHandle*>(client)->fileSize();
+}
+
+/// Where faxes and JPEG pictures break off, libtiff fills them up and only warns.
+int TiffHandle::noteWarning(TIFF* tiff, void* client, const char* module, const char* format, va_list arguments) {
+    auto& message = static_cast<TiffHandle*>(client)->message_;
+    if (message[0] != '\0') return isHandled;
+    noteError(tiff, client, module, format, arguments);
+    const std::string_view warning(message.data());
+    for (const std::string_view loss : {"Premature ", "Line length mismatch", "Corrupt JPEG data"}) {
+        if (warning.starts_with(loss)) return isHandled;
+    }
+    message = {};
+    return isHandled;
 }
 
 int TiffHandle::noteError(TIFF* /*tiff*/, void* client, const char* /*module*/, const char* format, va_list arguments) {

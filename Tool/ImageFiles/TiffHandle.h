@@ -14,7 +14,7 @@
 namespace zel::tool {
 
 /// libtiff over one of the program's files, with the calling convention of C++: its errors become exceptions, its
-/// warnings go nowhere.
+/// warnings go nowhere except those of lost voxels, which are errors.
 class TiffHandle {
 public:
     /// Opens at the first page.
@@ -27,6 +27,10 @@ public:
     TiffHandle& operator=(const TiffHandle&) = delete;
 
     TIFF* get() const { return tiff_.get(); }
+
+    /// Whether libtiff has reported an error since the last check, which it may do and answer with success: so it does
+    /// for parts of pictures that it fills up.
+    bool hasErrors() const { return message_[0] != '\0'; }
 
     /// To be called with what a call of libtiff answered, right after it.
     /// @param part  what the call was at, for the message: "its page 3".
@@ -49,6 +53,7 @@ private:
     static toff_t seek(thandle_t client, toff_t offset, int whence);
     static toff_t size(thandle_t client);
     static int noteError(TIFF* tiff, void* client, const char* module, const char* format, va_list arguments);
+    static int noteWarning(TIFF* tiff, void* client, const char* module, const char* format, va_list arguments);
 
     InputFile* input_ = nullptr;  // one of the two is there
     AtomicFile* output_ = nullptr;

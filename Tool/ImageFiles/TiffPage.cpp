@@ -83,7 +83,7 @@ public:
             refuse("is a volume by itself; a volume can be read with a page for each slice");
         }
         checkColours();
-        checkCompression();
+        readCompression(page);
         readType(page);
         readBlocks(page);
         return page;
@@ -105,8 +105,9 @@ private:
         if (samples != 1) refuse("has " + std::to_string(samples) + " samples a pixel" + hint);
     }
 
-    void checkCompression() const {
+    void readCompression(TiffPage& page) const {
         const auto scheme = valueOf<std::uint16_t>(handle_, TIFFTAG_COMPRESSION);
+        page.isCompressed = scheme != COMPRESSION_NONE;
         if (TIFFIsCODECConfigured(scheme) == 1) return;
         refuse("is compressed with " + compressionName(scheme) +
                ", which cannot be read here; save it without compression");

@@ -14,6 +14,7 @@ struct TiffPage {
     std::size_t height = 0;
     std::size_t bitsPerVoxel = 0;  ///< in the file: 1, 2 and 4 are uint8 in the image
     bool isWhiteZero = false;
+    bool isCompressed = false;
     bool isTiled = false;
     std::size_t blockWidth = 0;  ///< of tiles, or of strips, which are as wide as the page
     std::size_t blockHeight = 0;

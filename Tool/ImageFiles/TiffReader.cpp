@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <vector>
+#include <memory>
 
 #include "Cli/Interrupt.h"
 #include "ImageFiles/FileError.h"
@@ -38,16 +38,21 @@ public:
 
     /// Twice through all pages: an image of the right size has to be there before the first voxel.
     HostImage read() {
-        const auto spacing = spacingOfTiff(handle_);
         const ImageSize size{first_.width, first_.height, countPages()};
+        handle_.check(TIFFSetDirectory(handle_.get(), 0) == 1, tiffPageName(0));
+        if (hasImagesWithoutPages(handle_, size.z)) {
+            throw FileError::reading(file_.path(),
+                                     "its description tells of more images than it has pages; volumes with a page for "
+                                     "each slice can be read");
+        }
         const auto bytes = imageBytes(first_.type, size);
         if (!bytes) throw FileError::reading(file_.path(), "its size is too large");
         file_.requireMemory(*bytes);
 
         HostImage image(first_.type, size);
+        const auto spacing = spacingOfTiff(handle_);
         for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, spacing[static_cast<std::size_t>(axis)]);
         auto* const voxels = static_cast<std::byte*>(image.data());
-        handle_.check(TIFFSetDirectory(handle_.get(), 0) == 1, tiffPageName(0));
         for (std::size_t z = 0; z < size.z; ++z) {
             if (z > 0) goToPage(z);
             readVoxels(z, voxels + z * first_.height * first_.rowBytes());
@@ -118,16 +123,17 @@ private:
 
     void readBlocks(const TiffPage& page, std::size_t index, std::byte* voxels) {
         const std::size_t voxelSize = helper::getSizeOf(page.type);
-        std::vector<std::byte> block(page.blockHeight * page.blockRowBytes());
+        // Not filled with zeros: what a damaged file says of its size costs nothing then.
+        const auto block = std::make_unique_for_overwrite<std::byte[]>(page.blockHeight * page.blockRowBytes());
         std::uint32_t number = 0;
         for (std::size_t y = 0; y < page.height; y += page.blockHeight) {
             const std::size_t rows = std::min(page.blockHeight, page.height - y);
             for (std::size_t x = 0; x < page.width; x += page.blockWidth) {
                 const std::size_t columns = std::min(page.blockWidth, page.width - x);
-                readBlock(page, index, number++, block.data(),
+                readBlock(page, index, number++, block.get(),
                           (page.isTiled ? page.blockHeight : rows) * page.blockRowBytes());
                 for (std::size_t row = 0; row < rows; ++row) {
-                    const std::byte* const from = block.data() + row * page.blockRowBytes();
+                    const std::byte* const from = block.get() + row * page.blockRowBytes();
                     std::byte* const to = voxels + (y + row) * page.rowBytes() + x * voxelSize;
                     if (page.bitsPerVoxel < 8) {
                         expandBits(from, page.bitsPerVoxel, to, columns);
@@ -139,13 +145,26 @@ private:
         }
     }
 
+    /// libtiff reads a block that has no place in the file from the file's beginning, and one that is too short with
+    /// what lies behind it.
+    void requireBlock(const TiffPage& page, std::size_t index, std::uint32_t number, std::size_t count) const {
+        const std::uint64_t place = TIFFGetStrileOffset(handle_.get(), number);
+        const std::uint64_t bytes = TIFFGetStrileByteCount(handle_.get(), number);
+        if (place > 0 && bytes >= (page.isCompressed ? 1 : count)) return;
+        throw FileError::reading(file_.path(), tiffPageName(index) +
+                                                   " is damaged: " + (page.isTiled ? "tile " : "strip ") +
+                                                   std::to_string(number + 1) + " has " + std::to_string(bytes) +
+                                                   " bytes, at byte " + std::to_string(place) + " of the file");
+    }
+
     /// Decodes a strip or a tile, all of it or nothing.
     void readBlock(const TiffPage& page, std::size_t index, std::uint32_t number, void* bytes, std::size_t count) {
         checkInterrupt();
+        requireBlock(page, index, number, count);
         const auto wanted = static_cast<tmsize_t>(count);
         const tmsize_t got = page.isTiled ? TIFFReadEncodedTile(handle_.get(), number, bytes, wanted)
                                           : TIFFReadEncodedStrip(handle_.get(), number, bytes, wanted);
-        handle_.check(got == wanted, tiffPageName(index));
+        handle_.check(got == wanted && !handle_.hasErrors(), tiffPageName(index));
     }
 
     InputFile& file_;
