@@ -69,17 +69,19 @@ Comparison manySlices() {
 
 void addConversionCases(Comparisons& comparisons) {
     for (const ImageSize& size : memorySizes) {
-        const auto add = [&](const std::string& name, double bytesPerVoxel, auto make) {
+        const auto add = [&](const std::string& name, double bytesPerVoxel, auto make, bool isFill = false) {
             comparisons.add(name + ' ' + sizeText(size), [=] {
                 const double bytes = bytesPerVoxel * voxelCount(size);
-                return Comparison{{memoryCopyPeer(bytes)}, bytes, {{"row kernel", make(size)}}};
+                Comparison comparison{{memoryCopyPeer(bytes)}, bytes, {{"row kernel", make(size)}}};
+                if (isFill) comparison.ours.push_back(memoryFill(bytes));
+                return comparison;
             });
         };
         add("convert u8 to float", 5, converted<std::uint8_t, float>);
         add("convert u16 to float", 6, converted<std::uint16_t, float>);
         add("convert float to double", 12, convertedToDouble);
-        add("reset u8", 1, reset<std::uint8_t>);
-        add("reset float", 4, reset<float>);
+        add("reset u8", 1, reset<std::uint8_t>, true);
+        add("reset float", 4, reset<float>, true);
     }
     comparisons.add("convert u16 to float, 64x64", manySlices);
 }

@@ -9,4 +9,7 @@ namespace zel::bench {
 /// @param bytes  read and written together, so half of them are copied.
 Peer memoryCopyPeer(double bytes);
 
+/// A memset of so many bytes in the same way: where it falls behind the copy, so does any other fill.
+Contender memoryFill(double bytes);
+
 }  // namespace zel::bench
