@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
+#include <cstdlib>
+#include <memory>
 
 #include "zel/ImageModel.h"
 
@@ -26,12 +27,12 @@ public:
 
     explicit StagedRows(std::size_t rowBytes);
 
-    void* data() { return buffer_.data(); }
+    void* data() { return buffer_.get(); }
 
     template <typename Body>
     void forEachChunk(std::size_t height, const Body& body) const {
         if (rowBytes_ == 0) return;
-        const std::size_t rowsPerChunk = buffer_.size() / rowBytes_;
+        const std::size_t rowsPerChunk = bufferBytes_ / rowBytes_;
         for (std::size_t y = 0; y < height; y += rowsPerChunk) body(Chunk{y, std::min(rowsPerChunk, height - y)});
     }
 
@@ -40,8 +41,13 @@ public:
     void writeTo(ImageModel& image, const Chunk& chunk, const Slice& slice) const;
 
 private:
+    struct Free {
+        void operator()(std::byte* memory) const { std::free(memory); }
+    };
+
     std::size_t rowBytes_;
-    std::vector<std::byte> buffer_;
+    std::size_t bufferBytes_;
+    std::unique_ptr<std::byte, Free> buffer_;
 };
 
 }  // namespace zel::cuda
