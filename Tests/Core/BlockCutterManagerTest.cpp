@@ -77,15 +77,11 @@ TEST(BlockCutterManager, CutsEachAxisByItself) {
 
 TEST(BlockCutterManager, RefusesSizesOfZero) {
     std::unique_ptr<BlockCutterManager> cutter;
-    const auto cut = [&](const Size& image, const Size& block) {
-        BlockCutterManager::allocateAndInitialize(cutter, image, block, {1, 1, 1}, {}, {});
+    const auto message = [&](const Size& image, const Size& block) {
+        return test::messageOf<RuntimeError>([&] {
+            BlockCutterManager::allocateAndInitialize(cutter, image, block, {1, 1, 1}, {}, {});
+        });
     };
-    EXPECT_EQ(test::messageOf<RuntimeError>([&] {
-                  cut({5, 5, 5}, {5, 0, 5});
-              }),
-              "the block size is 5 x 0 x 5; each component must be at least 1");
-    EXPECT_EQ(test::messageOf<RuntimeError>([&] {
-                  cut({0, 5, 5}, {5, 5, 5});
-              }),
-              "the image size is 0 x 5 x 5; each component must be at least 1");
+    EXPECT_EQ(message({5, 5, 5}, {5, 0, 5}), "the block size is 5 x 0 x 5; each component must be at least 1");
+    EXPECT_EQ(message({0, 5, 5}, {5, 5, 5}), "the image size is 0 x 5 x 5; each component must be at least 1");
 }

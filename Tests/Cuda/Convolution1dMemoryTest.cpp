@@ -4,12 +4,13 @@
 #include <numeric>
 #include <vector>
 
+#include "DeviceVectors.h"
 #include "Kernels/CudaConvolution1d.h"
-#include "Utilities_CUDA/DeviceMemory_CUDA.h"
 #include "zel/Exceptions.h"
 
 using namespace zel;
 using namespace zel::cuda;
+using namespace zel::test;
 
 namespace {
 
@@ -39,19 +40,13 @@ protected:
     }
 
     std::vector<std::uint16_t> run(const Axis& axis) const {
-        const float taps[tapCount]{0.1F, 0.2F, 0.4F, 0.2F, 0.1F};
-        const auto image = allocateDeviceMemory(pixels * sizeof(std::uint16_t)),
-                   deviceTaps = allocateDeviceMemory(sizeof taps);
+        const auto image = toDevice(values_), taps = toDevice(std::vector{0.1F, 0.2F, 0.4F, 0.2F, 0.1F});
         auto* const address = static_cast<std::uint16_t*>(image.get());
-        cudaMemcpy(image.get(), values_.data(), pixels * sizeof(std::uint16_t), cudaMemcpyHostToDevice);
-        cudaMemcpy(deviceTaps.get(), taps, sizeof taps, cudaMemcpyHostToDevice);
         host::resetPeakBytes();
         host::resetCallCounts();
         axis.convolution(address, width * 2, width * height * 2, address, width * 2, width * height * 2, width, height,
-                         depth, static_cast<const float*>(deviceTaps.get()), tapCount, nullptr, 8, 4);
-        std::vector<std::uint16_t> result(pixels);
-        cudaMemcpy(result.data(), image.get(), pixels * sizeof(std::uint16_t), cudaMemcpyDeviceToHost);
-        return result;
+                         depth, static_cast<const float*>(taps.get()), tapCount, nullptr, 8, 4);
+        return toHost<std::uint16_t>(image, pixels);
     }
 
     std::vector<std::uint16_t> values_;
@@ -78,17 +73,4 @@ TEST_F(Convolution1dMemoryTest, LaunchesNothingWithoutItsScratch) {
             EXPECT_EQ(host::callCount("cudaLaunchKernelEx"), 0u);
             EXPECT_EQ(host::deviceUse().liveAllocations, 0u);
         }
-}
-
-// Work that starts late, blocks in another order, and memory that shows what is read before or written beside it.
-TEST_F(Convolution1dMemoryTest, GivesTheSameUnderAllTestModes) {
-    for (const Axis& axis : axes) {
-        const auto expected = run(axis);
-        const host::ScopedTestModes modes({.deferredStreams = true,
-                                           .protectedMemory = true,
-                                           .poison = true,
-                                           .redZones = true,
-                                           .blockShuffleSeed = 5});
-        EXPECT_EQ(run(axis), expected);
-    }
 }

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <host_device.h>
 
+#include <numeric>
+
+#include "DeviceVectors.h"
 #include "Utilities_CUDA/DeviceCopy_CUDA.h"
-#include "Utilities_CUDA/StatusChecks_CUDA.h"
 #include "zel/Exceptions.h"
 
 using namespace zel;
@@ -39,6 +41,7 @@ TEST(DeviceImage, KeepsItsMemoryWhileTheSizeFits) {
     EXPECT_EQ(allocationsOf(image, 128, 20, 3, true), 0U) << "so do wider rows, into the padding";
     EXPECT_EQ(allocationsOf(image, 60, 10, 2, false), 0U);
     EXPECT_EQ(allocationsOf(image, 60, 10, 3, true), 1U) << "exact means the same height";
+    EXPECT_EQ(allocationsOf(image, 60, 10, 2, true), 1U) << "and depth";
     EXPECT_EQ(image.slicePitch(), 10 * image.pitch());
     EXPECT_EQ(allocationsOf(image, 60, 10, 4, false), 1U);
     EXPECT_EQ(allocationsOf(image, 600, 10, 4, false), 1U);
@@ -77,24 +80,21 @@ TEST(DeviceImage, DropsTheOldMemoryBeforeItAsksForNew) {
 }
 
 TEST(CopyDeviceVolume, TakesEachVolumesOwnPitches) {
-    constexpr std::size_t width = 5, height = 3, depth = 2;
+    using T = std::uint16_t;
+    constexpr std::size_t width = 5, height = 3, depth = 2, size = sizeof(T);
+    std::vector<T> values(8 * 4 * depth);
+    std::iota(values.begin(), values.end(), T{0});
+    const auto src = test::toDevice(values);
     for (const std::size_t copied : {depth, std::size_t{1}}) {
-        DeviceImage<std::uint16_t> src(8, 4, depth, false), dst(width, height, depth, true);
-        std::vector<std::uint16_t> values(8 * 4 * depth);
-        for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<std::uint16_t>(i);
-        checkCudaStatus(cudaMemcpy(src.data(), values.data(), values.size() * 2, cudaMemcpyHostToDevice));
-        copyDeviceVolume(src.data(), src.pitch(), src.slicePitch(), dst.data(), dst.pitch(), dst.slicePitch(), width,
-                         height, copied, nullptr);
-        checkCudaStatus(cudaDeviceSynchronize());
-        for (std::size_t z = 0; z < copied; ++z) {
-            for (std::size_t y = 0; y < height; ++y) {
-                std::uint16_t row[width];
-                const auto* const from =
-                    reinterpret_cast<const char*>(dst.data()) + z * dst.slicePitch() + y * dst.pitch();
-                checkCudaStatus(cudaMemcpy(row, from, sizeof row, cudaMemcpyDeviceToHost));
-                for (std::size_t x = 0; x < width; ++x) EXPECT_EQ(row[x], (z * 4 + y) * 8 + x);
-            }
+        std::vector<T> expected(6 * 5 * depth, 999);
+        const auto dst = test::toDevice(expected);
+        copyDeviceVolume(static_cast<const T*>(src.get()), 8 * size, 8 * 4 * size, static_cast<T*>(dst.get()), 6 * size,
+                         6 * 5 * size, width, height, copied, nullptr);
+        for (std::size_t i = 0; i < width * height * copied; ++i) {
+            const std::size_t x = i % width, y = i / width % height, z = i / (width * height);
+            expected[(z * 5 + y) * 6 + x] = values[(z * 4 + y) * 8 + x];
         }
+        EXPECT_EQ(test::toHost<T>(dst, expected.size()), expected);
     }
 }
 

@@ -5,8 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "Utilities_CUDA/DeviceMemory_CUDA.h"
-#include "Utilities_CUDA/StatusChecks_CUDA.h"
+#include "DeviceVectors.h"
 
 using namespace zel::cuda;
 
@@ -14,13 +13,9 @@ namespace {
 
 /// The mask and one byte behind it, which started as 9.
 std::vector<unsigned char> diamond(int radius, std::size_t bytes) {
-    std::vector<unsigned char> host(bytes + 1, 9);
-    const auto device = allocateDeviceMemory(host.size());
-    checkCudaStatus(cudaMemcpy(device.get(), host.data(), host.size(), cudaMemcpyHostToDevice));
+    const auto device = zel::test::toDevice(std::vector<unsigned char>(bytes + 1, 9));
     fillKernelV4(static_cast<unsigned char*>(device.get()), radius, nullptr);
-    checkCudaStatus(cudaDeviceSynchronize());
-    checkCudaStatus(cudaMemcpy(host.data(), device.get(), host.size(), cudaMemcpyDeviceToHost));
-    return host;
+    return zel::test::toHost<unsigned char>(device, bytes + 1);
 }
 
 using Bytes = std::vector<unsigned char>;

@@ -17,12 +17,6 @@ using test::RowsOnlyImage;
 
 namespace {
 
-HostImage copyOf(const HostImage& image) {
-    HostImage copy(image.getDataType(), {image.getDimension(0), image.getDimension(1), image.getDimension(2)});
-    std::memcpy(copy.data(), image.data(), image.extentBytes());
-    return copy;
-}
-
 /// Up to the device and down into `target`; slices lie three rows further apart there than they need to.
 template <typename T>
 void roundTrip(const ImageModel& source, ImageModel& target, bool as3d) {
@@ -40,7 +34,7 @@ void roundTrip(const ImageModel& source, ImageModel& target, bool as3d) {
 template <typename T>
 void expectRoundTrips(const ImageSize& size) {
     const HostImage source = randomImage<T>(size, 11);
-    const RowsOnlyImage rows(copyOf(source));
+    const RowsOnlyImage rows(randomImage<T>(size, 11));
     const std::vector<T> expected = readAll<T>(source);
     for (const bool as3d : {false, true}) {
         if (!as3d && size.z > 1) continue;

@@ -1,8 +1,12 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "DebugEnvironment.h"
 #include "Messages.h"
 #include "zel/HostImage.h"
 #include "zel/algorithms.h"
@@ -27,6 +31,36 @@ std::vector<std::size_t> runnerCounts() {
     return counts;
 }
 
+/// Stands in for standard error, and notes for each text whether runners were registered when it was printed.
+class WatchedStandardError {
+public:
+    WatchedStandardError() : original_(stderr) {
+        stderr = fopencookie(this, "w", {.read = nullptr, .write = &write, .seek = nullptr, .close = nullptr});
+        setvbuf(stderr, nullptr, _IONBF, 0);
+    }
+    ~WatchedStandardError() {
+        std::fclose(stderr);
+        stderr = original_;
+    }
+    WatchedStandardError(const WatchedStandardError&) = delete;
+    WatchedStandardError& operator=(const WatchedStandardError&) = delete;
+
+    const std::string& text() const { return text_; }
+    bool runnersSeen() const { return runnersSeen_; }
+
+private:
+    static ssize_t write(void* self, const char* text, std::size_t length) {
+        auto* const watched = static_cast<WatchedStandardError*>(self);
+        watched->text_.append(text, length);
+        watched->runnersSeen_ = watched->runnersSeen_ || runnerCounts() != std::vector<std::size_t>(10, 0);
+        return static_cast<ssize_t>(length);
+    }
+
+    std::FILE* original_;
+    std::string text_;
+    bool runnersSeen_ = false;
+};
+
 struct CloseLibrary {
     void operator()(void* handle) const { dlclose(handle); }
 };
@@ -37,12 +71,24 @@ std::unique_ptr<void, CloseLibrary> loadLibrary() {
 
 }  // namespace
 
-TEST(Library, RegistersTenRunnersAtLoadAndTakesThemBackAtUnload) {
+// The debug facility is there before any runner is.
+TEST(Library, SetsUpDebuggingAndTenRunnersAtEachLoadAndTakesThemBackAtUnload) {
+    const test::DebugEnvironment environment{{"KESTA_DEBUG", "1"},
+                                             {"KESTA_DEBUG_LEVEL", "-1"},
+                                             {"KESTA_DEBUG_FUNC_FILTER", "f g"},
+                                             {"KESTA_DEBUG_PACKAGE_FILTER", "p"}};
     for (int repeat = 0; repeat < 2; ++repeat) {
         EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(10, 0));
         {
+            const WatchedStandardError watched;
             const auto library = loadLibrary();
             ASSERT_NE(library, nullptr) << dlerror();
+            EXPECT_FALSE(watched.runnersSeen());
+            EXPECT_EQ(watched.text(),
+                      "Found KESTA_DEBUG -> Enabling debugging output\n"
+                      "   level set to KESTA_DEBUG_LEVEL = NONE\n"
+                      "   set funcfilter from KESTA_DEBUG_FUNC_FILTER = (f, g, )\n"
+                      "   set packagefilter from KESTA_DEBUG_PACKAGE_FILTER = (p, )\n");
             EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(10, 1));
             for (const AlgoInfo* info : allInfos) {
                 Runnable* const runner = info->availableRunner();

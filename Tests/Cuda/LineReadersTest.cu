@@ -2,14 +2,14 @@
 
 #include <vector>
 
+#include "DeviceVectors.h"
 #include "Kernels/MirrorIndex.h"
 #include "Kernels/ReadColumn.h"
 #include "Kernels/ReadRow.h"
 #include "Kernels/ReadZLine.h"
-#include "Utilities_CUDA/DeviceMemory_CUDA.h"
-#include "Utilities_CUDA/StatusChecks_CUDA.h"
 
 using namespace zel::cuda;
+using namespace zel::test;
 
 namespace {
 
@@ -49,13 +49,6 @@ __global__ void readLineKernel(Form form, Line which, const T* image, Offset pit
     }
 }
 
-template <typename T>
-std::shared_ptr<void> toDevice(const std::vector<T>& values) {
-    auto device = allocateDeviceMemory(values.size() * sizeof(T));
-    checkCudaStatus(cudaMemcpy(device.get(), values.data(), values.size() * sizeof(T), cudaMemcpyHostToDevice));
-    return device;
-}
-
 /// 5 x 4 x 3 pixels, each of which has a value of its own; rows are padded to 8, slices to 5 rows.
 constexpr int width = 5, height = 4, depth = 3, rowLength = 8, rowsPerSlice = 5, untouched = 99;
 
@@ -92,9 +85,7 @@ protected:
         cudaLaunchKernelEx(&config, readLineKernel<T>, form, which, static_cast<const T*>(image_.get()), pitch_,
                            slicePitch_, static_cast<T*>(deviceLine.get()), static_cast<Offset*>(deviceOffsets.get()),
                            begin, count, stride);
-        checkCudaStatus(cudaDeviceSynchronize());
-        checkCudaStatus(cudaMemcpy(line.data(), deviceLine.get(), line.size() * sizeof(T), cudaMemcpyDeviceToHost));
-        return line;
+        return toHost<T>(deviceLine, line.size());
     }
 
     static std::vector<T> expected(const Line& which, int begin, int count) {

@@ -5,12 +5,11 @@
 #include <memory>
 #include <vector>
 
-#include "DisturbedRun.h"
 #include "ImageFiltering/MorphologyPasses_CUDA.h"
 #include "MorphologyRun.h"
+#include "RunChecks.h"
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
-#include "zel/Exceptions.h"
 
 using namespace zel;
 using namespace zel::cuda;
@@ -83,21 +82,6 @@ private:
     decltype(makeNppStreamContext(nullptr)) context_ = makeNppStreamContext(nullptr);
 };
 
-std::vector<Placement> disturbedPlacements() {
-    std::vector<Placement> all = allPlacements({0, 0});
-    for (const Placement& placement : allPlacements({34, 30})) all.push_back(placement);
-    return all;
-}
-
-template <typename Algo>
-struct Disturbed {
-    Disturbed(unsigned radius, bool square, const Placement& placement) : run(image, radius, square, placement) {}
-
-    HostImage image = randomImage<std::uint8_t>({60, 50}, 8);
-    MorphologyRun<Algo> run;
-    DisturbedRun<MorphologyRun<Algo>, std::uint8_t> disturbed{run};
-};
-
 template <typename Algo>
 Calls callsOfRun(unsigned radius, bool square) {
     HostImage image = randomImage<std::uint8_t>({40, 30}, 1);
@@ -140,61 +124,11 @@ TEST(MorphologyPasses, OfARunNeedNoLargeMask) {
 
 TEST(MorphologyMemory, IsOneScratchImageAtMost) {
     HostImage image = randomImage<std::uint8_t>({512, 300}, 2);
-    const auto peak = [&]<typename Algo>(Algo*, unsigned radius, const Placement& placement) {
-        MorphologyRun<Algo> run(image, radius, true, placement);
-        const std::uint64_t before = host::deviceUse().liveBytes;
-        host::resetPeakBytes();
-        run.filter.run();
-        EXPECT_EQ(host::deviceUse().liveBytes, before);
-        return host::deviceUse().peakBytes - before;
+    const auto peak = [&]<typename Algo>(unsigned radius, const Placement& placement) {
+        return peakBytesOf(MorphologyRun<Algo>(image, radius, true, placement));
     };
-    CudaErosion2d* const erosion = nullptr;
-    CudaOpening2d* const opening = nullptr;
-    EXPECT_EQ(peak(erosion, 1, {true, true}), 0U);
-    EXPECT_EQ(peak(erosion, 5, {true, true}), 512U * 300);
-    EXPECT_EQ(peak(opening, 1, {true, true}), 512U * 300);
-    EXPECT_EQ(peak(opening, 4, {false, false}), 3U * 512 * 300);
-}
-
-TEST(MorphologyCancelled, AtEachPollEndsThereAndLeavesNothing) {
-    for (const Placement& placement : disturbedPlacements()) {
-        const bool unpolledDownload = !placement.tiled() && !placement.outputOnDevice;
-        Disturbed<CudaErosion2d>(2, true, placement).disturbed.cancelAtEachStep(unpolledDownload);
-        Disturbed<CudaClosing2d>(3, false, placement).disturbed.cancelAtEachStep(unpolledDownload);
-    }
-}
-
-TEST(MorphologyFaults, EachRefusedCallIsReportedAndLeavesNothing) {
-    const char* const calls[] = {"cudaStreamCreate",
-                                 "cudaGetDeviceProperties",
-                                 "cudaMalloc",
-                                 "cudaMallocPitch",
-                                 "cudaMemcpy2DAsync",
-                                 "cudaLaunchKernelEx",
-                                 "cudaDeviceSynchronize",
-                                 "nppiErode3x3Border_8u_C1R_Ctx",
-                                 "nppiDilate3x3Border_8u_C1R_Ctx",
-                                 "nppiErodeBorder_8u_C1R_Ctx",
-                                 "nppiDilateBorder_8u_C1R_Ctx"};
-    for (const Placement& placement : disturbedPlacements()) {
-        Disturbed<CudaDilation2d>(2, true, placement).disturbed.refuseEachCall(calls);
-        Disturbed<CudaOpening2d>(2, false, placement).disturbed.refuseEachCall(calls);
-    }
-}
-
-TEST(MorphologyModes, BringOutNoFault) {
-    const host::TestModes modes[] = {{.deferredStreams = true},
-                                     {.protectedMemory = true},
-                                     {.poison = true, .redZones = true},
-                                     {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}};
-    HostImage image = randomImage<float>({83, 61}, 5);
-    const std::vector<float> expected = morphology<CudaClosing2d, float>(image, 4, false);
-    for (const host::TestModes& mode : modes) {
-        const host::ScopedTestModes scoped(mode);
-        for (const Placement& placement : disturbedPlacements()) {
-            MorphologyRun<CudaClosing2d> run(image, 4, false, placement);
-            run.filter.run();
-            EXPECT_EQ(run.result<float>(), expected);
-        }
-    }
+    EXPECT_EQ(peak.operator()<CudaErosion2d>(1, {true, true}), 0U);
+    EXPECT_EQ(peak.operator()<CudaErosion2d>(5, {true, true}), 512U * 300);
+    EXPECT_EQ(peak.operator()<CudaOpening2d>(1, {true, true}), 512U * 300);
+    EXPECT_EQ(peak.operator()<CudaOpening2d>(4, {false, false}), 3U * 512 * 300);
 }

@@ -4,8 +4,7 @@
 
 #include <vector>
 
-#include "Utilities_CUDA/DeviceImage.h"
-#include "Utilities_CUDA/StatusChecks_CUDA.h"
+#include "DeviceVectors.h"
 #include "zel/Exceptions.h"
 
 using namespace zel;
@@ -16,14 +15,10 @@ namespace {
 /// Resets part of a buffer full of 7s and gives the whole buffer, padding and all.
 std::vector<float> resetPart(std::size_t width, std::size_t height, std::size_t depth) {
     constexpr std::size_t rowLength = 70, rows = 4, slices = 3;
-    std::vector<float> host(rowLength * rows * slices, 7);
-    const auto device = allocateDeviceMemory(host.size() * sizeof(float));
-    checkCudaStatus(cudaMemcpy(device.get(), host.data(), host.size() * sizeof(float), cudaMemcpyHostToDevice));
+    const auto device = test::toDevice(std::vector<float>(rowLength * rows * slices, 7));
     resetImage(static_cast<float*>(device.get()), rowLength * sizeof(float), rowLength * rows * sizeof(float), 2.5F,
                width, height, depth, nullptr);
-    checkCudaStatus(cudaDeviceSynchronize());
-    checkCudaStatus(cudaMemcpy(host.data(), device.get(), host.size() * sizeof(float), cudaMemcpyDeviceToHost));
-    return host;
+    return test::toHost<float>(device, rowLength * rows * slices);
 }
 
 }  // namespace

@@ -62,15 +62,5 @@ TYPED_TEST(FloatToIntegerTest, SaturatesAtThirtyTwoBitsAndKeepsTheLowOnes) {
     }
 }
 
-TEST(FloatToIntegerTable, HandChecked) {
-    static_assert(truncateTo<std::uint8_t>(300.9f) == 44);  // 300 - 256
-    static_assert(truncateTo<std::uint8_t>(-1.0f) == 0);    // saturates at 32 bits first
-    static_assert(truncateTo<std::uint8_t>(1e20f) == 255);  // low bits of 2^32 - 1
-    static_assert(truncateTo<std::int8_t>(1e20f) == -1);    // low bits of 2^31 - 1
-    static_assert(truncateTo<std::int16_t>(-1e20) == 0);    // low bits of -2^31
-    static_assert(truncateTo<std::int32_t>(-2.9) == -2);
-    static_assert(truncateToInt32(std::numeric_limits<float>::quiet_NaN()) == 0);
-}
-
 }  // namespace
 }  // namespace zel

@@ -60,6 +60,15 @@ public:
         return true;
     }
 
+    /// check(pixel, x, y) for each pixel; the padding has to be intact.
+    template <typename Check>
+    void expectEach(const Check& check) const {
+        for (int y = 0; y < size_.height; ++y) {
+            for (int x = 0; x < size_.width && !::testing::Test::HasFatalFailure(); ++x) check(at(x, y), x, y);
+        }
+        EXPECT_TRUE(paddingIntact());
+    }
+
 private:
     std::size_t index(int x, int y) const {
         return static_cast<std::size_t>(y) * (size_.width + padding) + static_cast<std::size_t>(x);

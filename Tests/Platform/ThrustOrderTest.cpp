@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 #include <host_device.h>
 #include <tbb/global_control.h>
-#include <thrust/copy.h>
 #include <thrust/count.h>
 #include <thrust/device_vector.h>
 #include <thrust/inner_product.h>
-#include <thrust/transform.h>
 #include <thrust/transform_reduce.h>
 
 #include <cmath>
@@ -67,15 +65,6 @@ TEST(ThrustOrderTest, SumsHaveTheSameBitsForEveryNumberOfThreads) {
             for (int run = 0; run < 8; ++run) EXPECT_EQ(sumsOf(a, b), first) << threads << " threads";
         }
     }
-}
-
-TEST(ThrustOrderTest, ElementwiseWorkIsDone) {
-    const std::vector<float> values = randomValues(70001, 3);
-    DeviceVector<float> squares(values);
-    thrust::transform(cuda::thrustPolicy, squares.begin(), squares.end(), squares.begin(), Square{});
-    std::vector<float> result(squares.size());
-    thrust::copy(squares.begin(), squares.end(), result.begin());
-    for (std::size_t i = 0; i < 70001; i += 1000) EXPECT_EQ(result[i], values[i] * values[i]);
 }
 
 TEST(DeviceAllocatorTest, ExhaustedMemoryThrowsAndLeavesNoTrace) {

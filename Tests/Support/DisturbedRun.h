@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "FilterRun.h"
+#include "RunChecks.h"
 #include "zel/Exceptions.h"
 
 namespace zel::test {
@@ -36,12 +36,11 @@ public:
     /// Cancels at each poll. In one block nothing is polled after the download: the result is complete.
     void cancelAtEachStep(bool endsWithUnpolledDownload) {
         auto& filter = run_.filter;
-        StepWatch watch;
-        filter.run(&watch);
-        for (std::uint64_t done = 0; done < watch.total(); ++done) {
-            SCOPED_TRACE(testing::Message() << "after " << done << " of " << watch.total() << " steps");
+        const std::uint64_t total = stepsOf(run_);
+        for (std::uint64_t done = 0; done < total; ++done) {
+            SCOPED_TRACE(testing::Message() << "after " << done << " of " << total << " steps");
             StepWatch canceller(&filter, done);
-            if (endsWithUnpolledDownload && done + 1 == watch.total()) {
+            if (endsWithUnpolledDownload && done + 1 == total) {
                 EXPECT_NO_THROW(filter.run(&canceller));
             } else {
                 EXPECT_THROW(filter.run(&canceller), ExceptionCancelation);
@@ -54,9 +53,7 @@ public:
     /// Refuses each of these calls once, as often as a run makes it.
     void refuseEachCall(std::span<const char* const> calls) {
         for (const char* call : calls) {
-            host::resetCallCounts();
-            run_.filter.run();
-            const std::uint64_t count = host::callCount(call);
+            const std::uint64_t count = countOf(call);
             for (std::uint64_t nth = 1; nth <= count; ++nth) {
                 SCOPED_TRACE(testing::Message() << call << ", call " << nth);
                 host::injectFault({.call = call, .nth = nth});
@@ -68,9 +65,29 @@ public:
         expectUnharmed();
     }
 
+    /// Lets the device fail in each such call. Of a run whose images lie in host memory: they outlast a reset.
+    void failDeviceAtEach(const char* call) {
+        const std::uint64_t count = countOf(call);
+        for (std::uint64_t nth = 1; nth <= count; ++nth) {
+            SCOPED_TRACE(testing::Message() << call << ", call " << nth);
+            host::injectFault({.call = call, .nth = nth, .kind = host::FaultKind::failed});
+            EXPECT_THROW(run_.filter.run(), RuntimeError);
+            EXPECT_THROW(run_.filter.run(), RuntimeError) << "the error is sticky";
+            host::clearFault();
+            ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
+            expectUnharmed();
+        }
+    }
+
     const std::vector<T>& expected() const { return expected_; }
 
 private:
+    std::uint64_t countOf(const char* call) {
+        host::resetCallCounts();
+        run_.filter.run();
+        return host::callCount(call);
+    }
+
     Run& run_;
     std::vector<T> expected_;
     host::DeviceUse before_;

@@ -36,13 +36,7 @@ inline std::unique_ptr<ImageModel> onDevice(const HostImage& image) {
     auto result = std::make_unique<TarnwayImage>(
         tarnway_cuda::CudaImageView::allocate(static_cast<tarnway::ElementType>(image.getDataType()),
                                               image.getDimension(0), image.getDimension(1), image.getDimension(2)));
-    std::vector<std::byte> row(image.rowPitchBytes());
-    for (std::size_t z = 0; z < image.getDimension(2); ++z) {
-        for (std::size_t y = 0; y < image.getDimension(1); ++y) {
-            image.readRow(image.getDimension(0), row.data(), 0, y, z, 0, 0);
-            result->writeRow(image.getDimension(0), row.data(), 0, y, z, 0, 0);
-        }
-    }
+    copyRows(image, *result);
     return result;
 }
 

@@ -61,6 +61,17 @@ std::vector<T> readAll(const ImageModel& image) {
     return result;
 }
 
+/// Writes all voxels of an image into another one of its size and type.
+inline void copyRows(const ImageModel& from, ImageModel& to) {
+    std::vector<std::byte> row(from.getDimension(0) * helper::getSizeOf(from.getDataType()));
+    for (std::size_t z = 0; z < from.getDimension(2); ++z) {
+        for (std::size_t y = 0; y < from.getDimension(1); ++y) {
+            from.readRow(from.getDimension(0), row.data(), 0, y, z, 0, 0);
+            to.writeRow(from.getDimension(0), row.data(), 0, y, z, 0, 0);
+        }
+    }
+}
+
 /// An image that can only be reached row by row, and that may fail at one of its rows.
 class RowsOnlyImage : public LocatedImage {
 public:

@@ -1,0 +1,106 @@
+#include <host_device.h>
+#include <nppi_filtering_functions.h>
+#include <nppi_morphological_operations.h>
+
+#include "DeviceFixture.h"
+#include "NppImage.h"
+
+namespace zel::test {
+namespace {
+
+struct Call {
+    const Npp16u* src;
+    int srcStep;
+    NppiSize srcSize{8, 6};
+    NppiPoint srcOffset{0, 0};
+    Npp16u* dst;
+    int dstStep;
+    NppiSize roi{8, 6};
+    const Npp8u* mask;
+    NppiSize maskSize{3, 3};
+    NppiPoint anchor{1, 1};
+    NppiBorderType border = NPP_BORDER_REPLICATE;
+
+    NppStatus box() const {
+        return nppiFilterBoxBorder_16u_C1R_Ctx(src, srcStep, srcSize, srcOffset, dst, dstStep, roi, maskSize, anchor,
+                                               border, {});
+    }
+    NppStatus square() const {
+        return nppiErode3x3Border_16u_C1R_Ctx(src, srcStep, srcSize, srcOffset, dst, dstStep, roi, border, {});
+    }
+    NppStatus masked() const {
+        return nppiDilateBorder_16u_C1R_Ctx(src, srcStep, srcSize, srcOffset, dst, dstStep, roi, mask, maskSize, anchor,
+                                            border, {});
+    }
+};
+
+/// Images of 1s and of 2s, and a full mask.
+class NppArgumentsTest : public ::testing::Test {
+protected:
+    NppArgumentsTest() { EXPECT_EQ(cudaMemsetAsync(mask_.get(), 1, 9), cudaSuccess); }
+
+    Call call() {
+        return {.src = src_.device(),
+                .srcStep = src_.step(),
+                .dst = dst_.device(),
+                .dstStep = dst_.step(),
+                .mask = mask_.get()};
+    }
+    Npp16u pixel() {
+        dst_.download();
+        return dst_.at(3, 3);
+    }
+
+    NppImage<Npp16u> src_{{8, 6}, 1}, dst_{{8, 6}, 2};
+    const host::DeviceArray<Npp8u> mask_{9};
+};
+
+TEST_F(NppArgumentsTest, FaultyOnesGiveTheVendorsCodesAndWriteNothing) {
+    enum Callees { all, withMaskSize, withMask };
+    Npp16u onHost[200]{};
+    const auto expectStatus = [&](int status, Callees callees, auto change) {
+        Call faulty = call();
+        change(faulty);
+        EXPECT_EQ(faulty.masked(), status);
+        EXPECT_EQ(callees == withMask ? status : faulty.box(), status);
+        EXPECT_EQ(callees == all ? faulty.square() : status, status);
+    };
+    expectStatus(-8, all, [](Call& c) { c.src = nullptr; });
+    expectStatus(-8, all, [](Call& c) { c.dst = nullptr, c.roi = {0, 0}; });
+    expectStatus(-8, withMask, [](Call& c) { c.mask = nullptr, c.roi = {0, 6}; });
+    expectStatus(-6, all, [](Call& c) { c.srcSize.width = 0; });
+    expectStatus(-6, all, [](Call& c) { c.roi.height = -1; });
+    expectStatus(-14, all, [](Call& c) { c.srcStep = 0; });
+    expectStatus(-14, all, [](Call& c) { c.dstStep = -28; });
+    expectStatus(-108, all, [](Call& c) { c.srcStep += 1; });
+    expectStatus(-37, all, [](Call& c) { c.dstStep = 14; });
+    expectStatus(-1020, all, [](Call& c) { c.srcOffset = {1, 0}; });
+    expectStatus(-1020, all, [](Call& c) { c.srcOffset = {0, 1}; });
+    expectStatus(-33, withMaskSize, [](Call& c) { c.maskSize.width = 0; });
+    expectStatus(-33, withMaskSize, [](Call& c) { c.maskSize.height = 0; });
+    expectStatus(-34, withMaskSize, [](Call& c) { c.anchor.x = 3; });
+    expectStatus(-34, withMaskSize, [](Call& c) { c.anchor.y = -1; });
+    expectStatus(-9999, all, [](Call& c) { c.border = NPP_BORDER_MIRROR; });
+    expectStatus(-1031, all, [&](Call& c) { c.src = onHost; });
+    expectStatus(-1031, all, [](Call& c) { c.dst += 7; });
+    expectStatus(-1031, withMask, [&](Call& c) { c.mask = reinterpret_cast<const Npp8u*>(onHost); });
+    expectStatus(-1031, withMask, [](Call& c) { c.maskSize = {4, 3}; });
+    expectStatus(-1031, withMask, [](Call& c) { c.maskSize = {2147483647, 2147483647}; });
+    EXPECT_EQ(pixel(), 2);
+    expectStatus(0, all, [](Call&) {});
+    EXPECT_EQ(pixel(), 1);
+}
+
+TEST_F(NppArgumentsTest, AreReadWhenACallIsNotMadeToFail) {
+    host::resetCallCounts();
+    host::injectFault({.call = "nppiFilterBoxBorder_16u_C1R_Ctx", .nth = 2, .status = NPP_MEMORY_ALLOCATION_ERR});
+    EXPECT_EQ(call().box(), NPP_SUCCESS);
+    EXPECT_EQ(call().box(), NPP_MEMORY_ALLOCATION_ERR);
+    EXPECT_EQ(call().box(), NPP_SUCCESS);
+    EXPECT_EQ(host::callCount("nppiFilterBoxBorder_16u_C1R_Ctx"), 3u);
+    cudaGetLastError();
+    host::clearFault();
+}
+
+}  // namespace
+}  // namespace zel::test
