@@ -13,7 +13,9 @@ using test::messageOf;
 namespace {
 
 /// Leaves an error pending: there is no such device.
-void makeErrorPending() { ASSERT_NE(cudaSetDevice(9999), cudaSuccess); }
+void makeErrorPending() {
+    ASSERT_NE(cudaSetDevice(9999), cudaSuccess);
+}
 
 }  // namespace
 
