@@ -30,11 +30,12 @@ __global__ void walkKernel(int* visits, int* first, std::uint64_t count) {
     onFirstLane([=] { *first += 1; });
 }
 
-/// Counts the visits to each line, by way of single lines and of bundles.
-__global__ void linesKernel(int* visits, std::uint64_t outer, std::uint64_t count) {
+/// Counts the visits to each line, by way of single lines and of bundles. A line's bundle may be another block's than
+/// the line itself, hence two counters.
+__global__ void linesKernel(int* visits, int* bundleVisits, std::uint64_t outer, std::uint64_t count) {
     forEachLine(outer, count, [=](std::uint64_t o, std::uint64_t l) { visits[o * count + l] += 1; });
     forEachLineBundle(outer, count, [=](std::uint64_t o, const auto bundle) {
-        bundle.each([&](unsigned int lane) { visits[o * count + bundle.first + lane] += 10; });
+        bundle.each([&](unsigned int lane) { bundleVisits[o * count + bundle.first + lane] += 1; });
     });
 }
 
@@ -78,9 +79,12 @@ TEST_F(LanesTest, BlocksTogetherWalkOverAllLines) {
             SCOPED_TRACE(::testing::Message() << count << " lines, " << blocks << " blocks");
             auto config = oneBlock();
             config.gridDim = dim3(blocks);
-            std::vector<int> visits(7 * count);
-            ASSERT_EQ(cudaLaunchKernelEx(&config, linesKernel, visits.data(), std::uint64_t{7}, count), cudaSuccess);
-            EXPECT_EQ(visits, std::vector<int>(7 * count, 11));
+            std::vector<int> visits(7 * count), bundleVisits(7 * count);
+            ASSERT_EQ(
+                cudaLaunchKernelEx(&config, linesKernel, visits.data(), bundleVisits.data(), std::uint64_t{7}, count),
+                cudaSuccess);
+            EXPECT_EQ(visits, std::vector<int>(7 * count, 1));
+            EXPECT_EQ(bundleVisits, visits);
         }
 }
 
