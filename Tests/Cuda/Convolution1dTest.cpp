@@ -134,3 +134,20 @@ TYPED_TEST(Convolution1dTest, GivesTheSumsInTheOrderOfTheTaps) {
         }
     }
 }
+
+// By hand, in the middle of a flat volume.
+TEST(Convolution1d, TruncatesAndKeepsLowBits) {
+    const Size size{20, 3, 3};
+    for (const std::size_t axis : {0, 1, 2}) {
+        const auto sum = [&]<typename In, typename Out>(In pixel, Out, const std::vector<float>& taps) {
+            const Volume<Out> out(size, 0, Out(7));
+            return convolved(axis, Volume<In>(size, 0, pixel), out, taps)[out.at(84)];
+        };
+        EXPECT_EQ(sum(u8{255}, u8{}, {0.25F, 0.5F, 0.2499999F}), 254) << "just under 255";
+        EXPECT_EQ(sum(u8{255}, u8{}, {1, 1}), 254) << "510";
+        EXPECT_EQ(sum(u8{255}, u8{}, {-0.5F}), 0) << "unsigned 32-bit saturates at 0";
+        EXPECT_EQ(sum(s16{-3}, s16{}, {0.5F}), -1) << "-1.5";
+        EXPECT_EQ(sum(3e9F, u32{}, {1}), 3000000000U);
+        EXPECT_EQ(sum(1.0, 0.0, {0x1p24F, 1, 1}), 0x1p24) << "rounded to float at each tap";
+    }
+}

@@ -32,34 +32,37 @@ struct Box : BoxFilterRun {
     Box(HostImage& image, const Placement& placement) : BoxFilterRun(image, 5, 3, placement) {}
 };
 
-struct SquareErosion : MorphologyRun<cuda::CudaErosion2d> {
-    using Pixel = std::uint8_t;
+template <typename Algo, typename T, unsigned radius, bool square>
+struct Morphology : MorphologyRun<Algo> {
+    using Pixel = T;
     static constexpr ImageSize size{60, 50};
+    static constexpr std::uint64_t passes = 1;
+
+    Morphology(HostImage& image, const Placement& placement) : MorphologyRun<Algo>(image, radius, square, placement) {}
+};
+
+struct SquareErosion : Morphology<cuda::CudaErosion2d, std::uint8_t, 2, true> {
     static constexpr Vector2<unsigned> tile{22, 20};
-    static constexpr std::uint64_t blocks = 4 * 3, passes = 1;
+    static constexpr std::uint64_t blocks = 4 * 3;
     static constexpr auto work = "nppiErode3x3Border_8u_C1R_Ctx";
 
-    SquareErosion(HostImage& image, const Placement& placement) : MorphologyRun(image, 2, true, placement) {}
+    using Morphology::Morphology;
 };
 
-struct DiamondOpening : MorphologyRun<cuda::CudaOpening2d> {
-    using Pixel = std::uint16_t;
-    static constexpr ImageSize size{60, 50};
+struct DiamondOpening : Morphology<cuda::CudaOpening2d, std::uint16_t, 2, false> {
     static constexpr Vector2<unsigned> tile{34, 30};
-    static constexpr std::uint64_t blocks = 2 * 2, passes = 1;
+    static constexpr std::uint64_t blocks = 2 * 2;
     static constexpr auto work = "nppiErodeBorder_16u_C1R_Ctx";
 
-    DiamondOpening(HostImage& image, const Placement& placement) : MorphologyRun(image, 2, false, placement) {}
+    using Morphology::Morphology;
 };
 
-struct DiamondClosing : MorphologyRun<cuda::CudaClosing2d> {
-    using Pixel = float;
-    static constexpr ImageSize size{60, 50};
+struct DiamondClosing : Morphology<cuda::CudaClosing2d, float, 3, false> {
     static constexpr Vector2<unsigned> tile{34, 30};
-    static constexpr std::uint64_t blocks = 3 * 3, passes = 1;
+    static constexpr std::uint64_t blocks = 3 * 3;
     static constexpr auto work = "nppiDilateBorder_32f_C1R_Ctx";
 
-    DiamondClosing(HostImage& image, const Placement& placement) : MorphologyRun(image, 3, false, placement) {}
+    using Morphology::Morphology;
 };
 
 struct Gaussian : GaussianFilterRun {

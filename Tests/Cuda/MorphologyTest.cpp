@@ -70,7 +70,7 @@ TYPED_TEST_SUITE(Morphology, PixelTypes);
 TYPED_TEST(Morphology, GivesTheExtremeWhereverTheImagesLieAndHoweverTheyAreCut) {
     using T = TypeParam;
     std::mt19937 random(6);
-    for (const unsigned radius : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U}) {
+    for (unsigned radius = 1; radius <= 9; ++radius) {
         for (const bool square : {false, true}) {
             const ImageSize size{1 + random() % 80, 1 + random() % 50};
             HostImage image = randomImage<T>(size, random());

@@ -78,5 +78,18 @@ TEST_F(FaultTest, FailureSticksUntilReset) {
     EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
 }
 
+TEST_F(FaultTest, PropertiesAreThoseOfTheShownDevice) {
+    const ScopedDevices devices(2, 123456);
+    cudaDeviceProp properties{};
+    ASSERT_EQ(cudaGetDeviceProperties(&properties, 1), cudaSuccess);
+    EXPECT_EQ(properties.totalGlobalMem, 123456u);
+    int major = 0, minor = -1;
+    EXPECT_EQ(cudaDeviceGetAttribute(&major, static_cast<cudaDeviceAttr>(75), 0), cudaSuccess);
+    EXPECT_EQ(cudaDeviceGetAttribute(&minor, static_cast<cudaDeviceAttr>(76), 0), cudaSuccess);
+    EXPECT_EQ(major, properties.major);
+    EXPECT_EQ(minor, properties.minor);
+    EXPECT_EQ(cudaDeviceGetAttribute(&major, cudaDevAttrComputeCapabilityMajor, 2), cudaErrorInvalidDevice);
+}
+
 }  // namespace
 }  // namespace zel::host

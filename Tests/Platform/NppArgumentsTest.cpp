@@ -91,11 +91,13 @@ TEST_F(NppArgumentsTest, FaultyOnesGiveTheVendorsCodesAndWriteNothing) {
     EXPECT_EQ(pixel(), 1);
 }
 
-TEST_F(NppArgumentsTest, AreReadWhenACallIsNotMadeToFail) {
+TEST_F(NppArgumentsTest, GoUnreadInACallThatIsMadeToFail) {
     host::resetCallCounts();
     host::injectFault({.call = "nppiFilterBoxBorder_16u_C1R_Ctx", .nth = 2, .status = NPP_MEMORY_ALLOCATION_ERR});
     EXPECT_EQ(call().box(), NPP_SUCCESS);
-    EXPECT_EQ(call().box(), NPP_MEMORY_ALLOCATION_ERR);
+    Call faulty = call();
+    faulty.src = nullptr;
+    EXPECT_EQ(faulty.box(), NPP_MEMORY_ALLOCATION_ERR);
     EXPECT_EQ(call().box(), NPP_SUCCESS);
     EXPECT_EQ(host::callCount("nppiFilterBoxBorder_16u_C1R_Ctx"), 3u);
     cudaGetLastError();
