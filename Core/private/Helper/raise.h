@@ -1,22 +1,31 @@
 #pragma once
 
 #include <cstdint>
+#include <locale>
 #include <sstream>
+#include <string>
 
 #include "zel/Exceptions.h"
 
 namespace zel {
 
-/// Throws an exception of the core with the given text, put together from its parts as a stream prints them.
+/// Put together from its parts as a stream prints them, with plain numbers whatever the global locale.
+template <typename... Parts>
+std::string plainText(const Parts&... parts) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    (text << ... << parts);
+    return text.str();
+}
+
+/// Throws an exception of the core with the given text, put together by plainText.
 /// @param file  the reporting source, as a path from the root of the tree without its extension.
 template <typename Error, typename... Parts>
 [[noreturn]] void raise(const char* file, std::uint64_t line, const Parts&... parts) {
-    std::ostringstream text;
     Exception::ExceptionInfo info;
     info.file = file;
     info.line = line;
-    (text << ... << parts);
-    info.message = text.str();
+    info.message = plainText(parts...);
     throw Error(info);
 }
 
