@@ -2,7 +2,10 @@
 
 #include <cuda_runtime.h>
 
+#include <cstdint>
 #include <new>
+#include <stdexcept>
+#include <string>
 
 namespace tarnway_cuda {
 
@@ -12,9 +15,31 @@ using tarnway::VectorX;
 
 namespace {
 
-std::size_t rowCount(const ImageInfoProperty& info) {
+std::string sizeText(const ImageInfoProperty& info) {
+    std::string text;
+    for (std::size_t i = 0; i < info.sizes().size(); ++i) {
+        text += (i == 0 ? "" : " x ") + std::to_string(info.sizes()[i]);
+    }
+    return text + " elements of " + std::to_string(elementSize(info.elementType())) + " bytes";
+}
+
+std::size_t countedProduct(const ImageInfoProperty& info, std::size_t a, std::size_t b) {
+    std::size_t product = 0;
+    if (__builtin_mul_overflow(a, b, &product)) {
+        throw std::invalid_argument("a view of " + sizeText(info) + " has more bytes than this machine can count");
+    }
+    return product;
+}
+
+std::size_t rowBytes(const ImageInfoProperty& info) {
+    return countedProduct(info, info.sizes()[0], elementSize(info.elementType()));
+}
+
+/// Rows of all slices, whose bytes can be counted.
+std::size_t rowCount(const ImageInfoProperty& info, std::size_t rowPitchBytes) {
     std::size_t rows = 1;
-    for (std::size_t i = 1; i < info.sizes().size(); ++i) rows *= info.sizes()[i];
+    for (std::size_t i = 1; i < info.sizes().size(); ++i) rows = countedProduct(info, rows, info.sizes()[i]);
+    countedProduct(info, rows, rowPitchBytes);
     return rows;
 }
 
@@ -53,14 +78,24 @@ std::shared_ptr<CudaImageView> CudaImageView::allocate(tarnway::ElementType type
 std::shared_ptr<CudaImageView> CudaImageView::allocate(const ImageInfoProperty& info) {
     void* address = nullptr;
     std::size_t pitch = 0;
-    const std::size_t widthBytes = info.sizes()[0] * elementSize(info.elementType());
-    if (!succeeded(cudaMallocPitch(&address, &pitch, widthBytes, rowCount(info)))) throw std::bad_alloc();
+    const std::size_t widthBytes = rowBytes(info);
+    if (!succeeded(cudaMallocPitch(&address, &pitch, widthBytes, rowCount(info, widthBytes)))) throw std::bad_alloc();
     std::shared_ptr<void> owner(address, [](void* memory) { cudaFree(memory); });
     return std::shared_ptr<CudaImageView>(new CudaImageView(info, std::move(owner), pitch));
 }
 
 std::shared_ptr<CudaImageView> CudaImageView::wrap(const ImageInfoProperty& info, void* deviceAddress,
                                                    std::size_t rowPitchBytes) {
+    const std::size_t element = elementSize(info.elementType());
+    if (reinterpret_cast<std::uintptr_t>(deviceAddress) % element != 0) {
+        throw std::invalid_argument("the address of a view of " + sizeText(info) + " is no multiple of the element");
+    }
+    if (rowPitchBytes < rowBytes(info) || rowPitchBytes == 0 || rowPitchBytes % element != 0) {
+        throw std::invalid_argument("the row pitch of a view of " + sizeText(info) + " is " +
+                                    std::to_string(rowPitchBytes) +
+                                    " bytes; it must be a multiple of the element and " + "at least a row");
+    }
+    rowCount(info, rowPitchBytes);
     std::shared_ptr<void> borrowed(deviceAddress, [](void*) {});
     return std::shared_ptr<CudaImageView>(new CudaImageView(info, std::move(borrowed), rowPitchBytes));
 }

@@ -25,12 +25,12 @@ public:
         if (fits(width, height, depth, exact)) return;
         // The old memory goes first, so that the peak is that of one buffer.
         data_.reset();
-        const std::size_t rowBytes = width * sizeof(T);
+        const std::size_t rowBytes = saturatingProduct(width, sizeof(T));
         if (pitched_) {
             data_ = allocateDevicePitched(pitch_, rowBytes, height, depth);
         } else {
             pitch_ = rowBytes;
-            data_ = allocateDeviceMemory(rowBytes * height * depth);
+            data_ = allocateDeviceMemory(saturatingProduct(saturatingProduct(rowBytes, height), depth));
         }
         slicePitch_ = height * pitch_;
         width_ = width;
@@ -55,7 +55,7 @@ public:
 private:
     bool fits(std::size_t width, std::size_t height, std::size_t depth, bool exact) const {
         if (width == width_ && height == height_ && depth == depth_) return true;
-        if (pitch_ >= width * sizeof(T)) {
+        if (pitch_ >= saturatingProduct(width, sizeof(T))) {
             if (exact) return height == height_ && depth == depth_;
             if (height <= height_ && depth <= depth_) return true;
         }

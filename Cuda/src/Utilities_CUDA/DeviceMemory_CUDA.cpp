@@ -2,6 +2,8 @@
 
 #include <cuda_runtime.h>
 
+#include <cstdint>
+
 #include "NonLocalMeans/CudaUtils_CUDA.h"
 #include "StatusChecks_CUDA.h"
 
@@ -26,6 +28,11 @@ constexpr CoreCount coreCounts[] = {
 constexpr unsigned coresOfUnknownDevices = 128;
 
 }  // namespace
+
+std::size_t saturatingProduct(std::size_t a, std::size_t b) {
+    std::size_t product = 0;
+    return __builtin_mul_overflow(a, b, &product) ? SIZE_MAX : product;
+}
 
 std::shared_ptr<void> allocateDeviceMemory(std::size_t bytes) {
     void* address = nullptr;

@@ -5,6 +5,9 @@
 
 namespace zel::cuda {
 
+/// A size in bytes for an allocation; where it cannot be counted, one that no device has.
+std::size_t saturatingProduct(std::size_t a, std::size_t b);
+
 /// Plain device memory, freed with its last owner. @throws RuntimeError when it cannot be had.
 std::shared_ptr<void> allocateDeviceMemory(std::size_t bytes);
 

@@ -12,7 +12,7 @@ class TARNWAY_API CudaImageView : public tarnway::ImageView, public CudaImageExt
 public:
     /// Memory of its own on the calling thread's current GPU; its contents are undefined at first. A depth of 1 gives a
     /// view of two dimensions.
-    /// @throws std::bad_alloc when the memory cannot be had.
+    /// @throws std::invalid_argument when the bytes cannot be counted, std::bad_alloc when they cannot be had.
     static std::shared_ptr<CudaImageView> allocate(tarnway::ElementType type, std::size_t width, std::size_t height,
                                                    std::size_t depth = 1);
 
@@ -20,8 +20,11 @@ public:
     static std::shared_ptr<CudaImageView> allocate(const tarnway::ImageInfoProperty& info);
 
     /// Shows memory of the caller, which has to outlive the view.
-    /// @param deviceAddress  of the first element.
-    /// @param rowPitchBytes  from row to row; slices follow after height rows.
+    /// @param deviceAddress  of the first element, a multiple of the element's size.
+    /// @param rowPitchBytes  from row to row: a multiple of the element's size, at least a row. Slices follow after
+    /// height
+    ///                       rows.
+    /// @throws std::invalid_argument for any other address or pitch, or when the bytes cannot be counted.
     static std::shared_ptr<CudaImageView> wrap(const tarnway::ImageInfoProperty& info, void* deviceAddress,
                                                std::size_t rowPitchBytes);
 
