@@ -29,11 +29,11 @@ ImageModelAdapter::ImageModelAdapter(ImageModel* image, VoxelTypes type, DataCon
 
 ImageModelAdapter::~ImageModelAdapter() = default;
 
-void ImageModelAdapter::setSpacing(const int& axis, double value) {
+ImageModel& ImageModelAdapter::writable() {
     if (writable_ == nullptr) {
-        raise<RuntimeError>("Core/src/ImageModelAdapter", __LINE__, "a read-only view of an image takes no spacing");
+        raise<RuntimeError>("Core/src/ImageModelAdapter", __LINE__, "a read-only view of an image cannot change it");
     }
-    writable_->setSpacing(axis, value);
+    return *writable_;
 }
 
 bool ImageModelAdapter::readRow(std::size_t count, void* buffer, std::size_t x, std::size_t y, std::size_t z,
@@ -52,9 +52,9 @@ bool ImageModelAdapter::readRow(std::size_t count, void* buffer, std::size_t x, 
 
 bool ImageModelAdapter::writeRow(std::size_t count, const void* buffer, std::size_t x, std::size_t y, std::size_t z,
                                  std::size_t i3, std::size_t i4) {
-    if (writable_ == nullptr) return false;
-    alignas(16) std::byte piece[pieceBytes];
     const VoxelTypes to = source_->getDataType();
+    if (writable_ == nullptr || !isConvertible(type_, to)) return false;
+    alignas(16) std::byte piece[pieceBytes];
     const std::size_t pieceCount = pieceBytes / helper::getSizeOf(to);
     const auto* source = static_cast<const std::byte*>(buffer);
     for (std::size_t done = 0; done < count; done += pieceCount) {

@@ -55,11 +55,16 @@ double ImageModelSizeProxy::getOrigin(const int& axis) const {
     return position;
 }
 
-void ImageModelSizeProxy::setSpacing(const int& axis, double value) {
+void ImageModelSizeProxy::setOrigin(const int& axis, double value) {
+    const double shift = value - getOrigin(axis);
+    writable().setOrigin(axis, source_->getOrigin(axis) + shift);
+}
+
+ImageModel& ImageModelSizeProxy::writable() {
     if (writable_ == nullptr) {
-        raise<RuntimeError>("Core/src/ImageModelSizeProxy", __LINE__, "a read-only part of an image takes no spacing");
+        raise<RuntimeError>("Core/src/ImageModelSizeProxy", __LINE__, "a read-only part of an image cannot change it");
     }
-    writable_->setSpacing(axis, value);
+    return *writable_;
 }
 
 bool ImageModelSizeProxy::contains(std::size_t count, std::size_t x, std::size_t y, std::size_t z, std::size_t i3,

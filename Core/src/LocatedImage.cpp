@@ -22,7 +22,11 @@ double LocatedImage::getOrigin(const int& axis) const {
     return axis < placedAxes ? origin_[static_cast<std::size_t>(axis)] : 0.0;
 }
 
-void LocatedImage::setOrigin(int axis, double value) {
+void LocatedImage::setOrigin(const int& axis, double value) {
+    if (!std::isfinite(value)) {
+        raise<RuntimeError>("Core/src/LocatedImage", __LINE__, "the origin along axis ", axis, " is ", value,
+                            "; it must be a finite number");
+    }
     origin_.at(static_cast<std::size_t>(axis)) = value;
 }
 

@@ -6,7 +6,7 @@
 
 namespace zel {
 
-/// Whether convertVoxels takes the pair: all real types among each other, a complex type only to itself.
+/// Whether convertVoxels takes the pair: a real type to any, a complex type only to itself.
 bool isConvertible(VoxelTypes from, VoxelTypes to);
 
 /// Converts `count` voxels as ImageModelAdapter's documentation says.

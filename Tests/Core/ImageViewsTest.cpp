@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <cstdint>
 
 #include "Messages.h"
@@ -117,6 +118,21 @@ TEST(ImageModelAdapter, ReadsAndWritesLongRowsInPieces) {
     }
     EXPECT_FALSE(adapter.readRow(2, row.data(), 19999, 0, 0, 0, 0));
     EXPECT_EQ(adapter.hostDataReadOnly(), nullptr);
+}
+
+TEST(ImageModelAdapter, ReadsRealImagesAsComplexOnes) {
+    HostImage image = test::randomImage<std::int16_t>({3000}, 6);
+    const std::vector<std::int16_t> real = readAll<std::int16_t>(image);
+    ImageModelAdapter asComplex(&image, VoxelTypes::complex64, DataConvertionTypes::cast);
+    const auto complex = readAll<std::complex<float>>(asComplex);
+    ASSERT_EQ(complex.size(), real.size());
+    for (std::size_t i = 0; i < real.size(); ++i) ASSERT_EQ(complex[i], std::complex<float>(real[i], 0)) << i;
+    EXPECT_FALSE(asComplex.writeRow(1, complex.data(), 0, 0, 0, 0, 0));
+    HostImage wide(VoxelTypes::uint32, {1});
+    test::voxels<std::uint32_t>(wide)[0] = 4294967295U;
+    EXPECT_EQ(
+        readAll<std::complex<double>>(ImageModelAdapter(&wide, VoxelTypes::complex128, DataConvertionTypes::cast)),
+        (std::vector<std::complex<double>>{4294967295.0}));
 }
 
 TEST(ImageModelAdapter, KeepsComplexImagesToThemselves) {

@@ -43,6 +43,16 @@ public:
     /// Address of all voxels in host memory, x fastest and without gaps; null when they do not lie there like that.
     virtual void* hostDataWritable() { return nullptr; }
     virtual const void* hostDataReadOnly() const { return nullptr; }
+
+    virtual void setOrigin(const int& axis, double value) = 0;
+    virtual void setOrientation(const Orientation& orientation) = 0;
+    /// Value that the image has outside its voxels, for whoever looks there; 0 until told otherwise.
+    virtual void setBackgroundValue(double value) = 0;
+    virtual double getBackgroundValue() const = 0;
+
+    /// Takes over where another image lies: the spacing and origin of the first `axes` axes and, when these are all
+    /// three that have a place in the world, the orientation.
+    void enforceSameCharacteristics(const ImageModel* other, const int& axes);
 };
 
 }  // namespace zel

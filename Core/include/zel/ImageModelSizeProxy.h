@@ -37,7 +37,7 @@ public:
     std::size_t getDimension(const int& axis) const override { return size_[static_cast<std::size_t>(axis)]; }
     VoxelTypes getDataType() const override { return source_->getDataType(); }
     double getOrigin(const int& axis) const override;
-    void setSpacing(const int& axis, double value) override;
+    void setSpacing(const int& axis, double value) override { writable().setSpacing(axis, value); }
     double getSpacing(const int& axis) const override { return source_->getSpacing(axis); }
     void getOrientation(Orientation& out) const override { source_->getOrientation(out); }
     bool readRow(std::size_t count, void* buffer, std::size_t x, std::size_t y, std::size_t z, std::size_t i3,
@@ -48,9 +48,16 @@ public:
     /// Not null when the box lies without gaps in the image's own host data, as whole rows or whole slices do.
     void* hostDataWritable() override;
     const void* hostDataReadOnly() const override;
+    /// Moves the image so that the part begins there.
+    void setOrigin(const int& axis, double value) override;
+    /// Turns the image about its own origin.
+    void setOrientation(const Orientation& orientation) override { writable().setOrientation(orientation); }
+    void setBackgroundValue(double value) override { writable().setBackgroundValue(value); }
+    double getBackgroundValue() const override { return source_->getBackgroundValue(); }
     void proxyOrigin(std::array<std::size_t, 5>& out) const override { out = origin_; }
 
 private:
+    ImageModel& writable();
     bool contains(std::size_t count, std::size_t x, std::size_t y, std::size_t z, std::size_t i3, std::size_t i4) const;
     bool isContiguous() const;
     std::size_t byteOffset() const;
