@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 #include "Helper/raise.h"
 
@@ -18,16 +19,24 @@ std::array<std::size_t, 5> dimensionsOf(const ImageSize& size) {
     return {size.x, size.y, size.z, size.i3, size.i4};
 }
 
-std::size_t byteCount(VoxelTypes type, const ImageSize& size) {
-    std::size_t bytes = helper::getSizeOf(type);
-    for (const std::size_t dimension : dimensionsOf(size)) {
-        if (__builtin_mul_overflow(bytes, dimension, &bytes)) {
+std::size_t countedProduct(VoxelTypes type, const ImageSize& size, std::initializer_list<std::size_t> factors) {
+    std::size_t bytes = 1;
+    for (const std::size_t factor : factors) {
+        if (__builtin_mul_overflow(bytes, factor, &bytes)) {
             raise<RuntimeError>(thisFile, __LINE__, "an image of ", size.x, " x ", size.y, " x ", size.z, " x ",
                                 size.i3, " x ", size.i4, " voxels of ", voxelTypeName(type),
                                 " has more bytes than this machine can count");
         }
     }
     return bytes;
+}
+
+std::size_t rowBytesOf(VoxelTypes type, const ImageSize& size) {
+    return countedProduct(type, size, {size.x, helper::getSizeOf(type)});
+}
+
+std::size_t byteCount(VoxelTypes type, const ImageSize& size, std::size_t rowPitch) {
+    return countedProduct(type, size, {rowPitch, size.y, size.z, size.i3, size.i4});
 }
 
 /// Zeroed memory that costs next to nothing until it is touched, and then little: in huge pages where they fit.
@@ -64,18 +73,19 @@ void HostImage::FreeDeleter::operator()(void* memory) const {
 HostImage::HostImage(VoxelTypes type, const ImageSize& size)
     : type_(type),
       dimensions_(dimensionsOf(size)),
-      rowPitch_(size.x * helper::getSizeOf(type)),
-      owned_(allocateZeroed(byteCount(type, size))),
+      rowPitch_(rowBytesOf(type, size)),
+      owned_(allocateZeroed(byteCount(type, size, rowPitch_))),
       voxels_(owned_.get()) {}
 
 HostImage::HostImage(VoxelTypes type, const ImageSize& size, void* voxels, std::size_t rowPitchBytes)
     : type_(type), dimensions_(dimensionsOf(size)), rowPitch_(rowPitchBytes), voxels_(voxels) {
-    const std::size_t rowBytes = size.x * helper::getSizeOf(type);
+    const std::size_t rowBytes = rowBytesOf(type, size);
     if (rowPitchBytes == 0) rowPitch_ = rowBytes;
     if (rowPitch_ < rowBytes) {
         raise<RuntimeError>(thisFile, __LINE__, "a row pitch of ", rowPitchBytes, " bytes is too small for rows of ",
                             rowBytes, " bytes");
     }
+    byteCount(type, size, rowPitch_);
 }
 
 HostImage::~HostImage() = default;

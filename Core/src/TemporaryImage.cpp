@@ -1,9 +1,25 @@
 #include "zel/TemporaryImage.h"
 
 #include "Helper/raise.h"
-#include "zel/HostImage.h"
 
 namespace zel {
+
+namespace {
+
+HostImage emptyImage() {
+    return {VoxelTypes::uint8, {0, 0, 0, 0, 0}};
+}
+
+}  // namespace
+
+ResizableImage::ResizableImage() : HostImage(emptyImage()) {}
+ResizableImage::~ResizableImage() = default;
+
+void ResizableImage::reserve(VoxelTypes type, const ImageSize& size) {
+    HostImage& image = *this;
+    image = emptyImage();
+    image = HostImage(type, size);
+}
 
 TemporaryImage::TemporaryImage() = default;
 TemporaryImage::~TemporaryImage() = default;
@@ -18,8 +34,7 @@ RefImpl<TemporaryImage> TemporaryImage::New(LocationMode mode) {
 
 void TemporaryImage::reserve(VoxelTypes type, std::size_t sizeX, std::size_t sizeY, std::size_t sizeZ,
                              std::size_t size3, std::size_t size4) {
-    image_.reset();
-    image_ = std::make_unique<HostImage>(type, ImageSize{sizeX, sizeY, sizeZ, size3, size4});
+    image_.reserve(type, {sizeX, sizeY, sizeZ, size3, size4});
 }
 
 }  // namespace zel

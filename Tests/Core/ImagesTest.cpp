@@ -5,6 +5,8 @@
 #include "Messages.h"
 #include "TestImages.h"
 #include "zel/HostImage.h"
+#include "zel/ImageModelAdapter.h"
+#include "zel/ImageModelSizeProxy.h"
 #include "zel/TarnwayImage.h"
 #include "zel/TemporaryImage.h"
 
@@ -63,6 +65,11 @@ TEST(HostImage, RefusesWhatCannotBeHad) {
                 HasSubstr("more bytes than this machine can count"));
     EXPECT_THAT(messageOf<RuntimeError>([] { HostImage(VoxelTypes::uint8, {std::size_t{1} << 60}); }),
                 HasSubstr("cannot allocate 1152921504606846976 bytes"));
+    char memory[8];
+    EXPECT_THAT(messageOf<RuntimeError>([&] {
+                    HostImage(VoxelTypes::uint8, {1, SIZE_MAX / 4}, memory, 8);
+                }),
+                HasSubstr("more bytes than this machine can count"));
 }
 
 TEST(LocatedImage, KeepsItsSpacingWhenToldABadOne) {
@@ -80,13 +87,53 @@ TEST(TarnwayImage, WithoutAViewIsEmpty) {
     EXPECT_FALSE(image.writeRow(0, &byte, 0, 0, 0, 0, 0));
 }
 
-TEST(TemporaryImage, IsMadeAnewByEachReserve) {
+TEST(ImageModel, TakesOverThePlaceOfAnother) {
+    HostImage other(VoxelTypes::uint8, {2, 2, 2});
+    for (const int axis : {0, 1, 2}) {
+        other.setOrigin(axis, 10.0 + axis);
+        other.setSpacing(axis, 2.0 + axis);
+    }
+    const ImageModel::Orientation turned = {tarnway::Vector<double, 3>(0, 1, 0), tarnway::Vector<double, 3>(-1, 0, 0),
+                                            tarnway::Vector<double, 3>(0, 0, 1)};
+    other.setOrientation(turned);
+
+    HostImage image(VoxelTypes::uint8, {4, 4, 4});
+    // A part takes the place itself; the image behind it moves along.
+    ImageModelSizeProxy part(&image, 1, 2, 2, 2, 3, 1, 0, 1, 0, 1);
+    ImageModelAdapter seenAsFloat(&part, VoxelTypes::float32, DataConvertionTypes::cast);
+    seenAsFloat.enforceSameCharacteristics(&other, 4);
+    ImageModel::Orientation orientation;
+    image.getOrientation(orientation);
+    EXPECT_EQ(orientation, turned);
+    for (const int axis : {0, 1, 2}) {
+        EXPECT_EQ(part.getOrigin(axis), 10 + axis);
+        EXPECT_EQ(image.getSpacing(axis), 2 + axis);
+    }
+    EXPECT_EQ(image.getOrigin(0), 10 + 2 * 3) << "two voxels of 3 against x of the world";
+
+    seenAsFloat.setBackgroundValue(7);
+    EXPECT_EQ(image.getBackgroundValue(), 7);
+    EXPECT_THROW(image.setOrigin(0, HUGE_VAL), RuntimeError);
+    const ImageModel& constant = image;
+    ImageModelAdapter readOnly(&constant, VoxelTypes::float32, DataConvertionTypes::cast);
+    EXPECT_EQ(messageOf<RuntimeError>([&] { readOnly.enforceSameCharacteristics(&other, 1); }),
+              "a read-only view of an image cannot change it");
+}
+
+TEST(TemporaryImage, KeepsItsModelThroughEachReserve) {
     const RefImpl<TemporaryImage> temporary = TemporaryImage::New(LocationMode::hostMemory);
-    EXPECT_EQ(temporary->getImageModel(), nullptr);
+    ImageModel* const model = temporary->getImageModel();
+    EXPECT_EQ(model->getDimension(0), 0U);
     temporary->reserve(VoxelTypes::float32, 4, 3, 2, 1, 1);
     const float one = 1;
-    ASSERT_TRUE(temporary->getImageModel()->writeRow(1, &one, 3, 2, 1, 0, 0));
-    temporary->reserve(VoxelTypes::float32, 2, 2, 1, 1, 1);
-    EXPECT_EQ(test::readAll<float>(*temporary->getImageModel()), std::vector<float>(4));
+    ASSERT_TRUE(model->writeRow(1, &one, 3, 2, 1, 0, 0));
+    model->setSpacing(0, 5);
+    // Who is given the model as its output can size it too.
+    dynamic_cast<ResizableImage&>(*model).reserve(VoxelTypes::float32, {2, 2});
+    EXPECT_EQ(temporary->getImageModel(), model);
+    EXPECT_EQ(test::readAll<float>(*model), std::vector<float>(4));
+    EXPECT_EQ(model->getSpacing(0), 1);
+    EXPECT_THROW(temporary->reserve(VoxelTypes::float32, std::size_t{1} << 60, 1, 1, 1, 1), RuntimeError);
+    EXPECT_EQ(model->getDimension(0), 0U) << "an image that could not be had is empty";
     EXPECT_THROW(TemporaryImage::New(static_cast<LocationMode>(2)), RuntimeError);
 }

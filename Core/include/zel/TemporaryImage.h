@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "zel/ImageModel.h"
+#include "zel/HostImage.h"
 
 namespace zel {
 
@@ -15,24 +15,36 @@ enum class LocationMode : int {
     hostMemory = 1,
 };
 
+/// An image whose size is chosen by who fills it: an algorithm of the core that is given one as its output makes it as
+/// large as its result. Empty at first.
+class ZEL_API ResizableImage : public HostImage {
+public:
+    ResizableImage();
+    ~ResizableImage() override;
+
+    /// Makes the image anew: another type and size, all voxels 0, its place in the world that of a new image. The old
+    /// memory goes first.
+    /// @throws RuntimeError when the memory cannot be had; the image is then empty.
+    void reserve(VoxelTypes type, const ImageSize& size);
+};
+
 /// An image for in-between results; it lives as long as its owners.
 class ZEL_API TemporaryImage {
 public:
     static RefImpl<TemporaryImage> New(LocationMode mode);
     ~TemporaryImage();
 
-    /// Makes the image anew, all voxels 0. The former one and its model are gone.
-    /// @throws RuntimeError when the memory cannot be had.
+    /// ResizableImage::reserve of its image.
     void reserve(VoxelTypes type, std::size_t sizeX, std::size_t sizeY, std::size_t sizeZ, std::size_t size3,
                  std::size_t size4);
 
-    /// Null before the first reserve.
-    ImageModel* getImageModel() { return image_.get(); }
+    /// The same image for all of the temporary's life; a ResizableImage.
+    ImageModel* getImageModel() { return &image_; }
 
 private:
     TemporaryImage();
 
-    std::unique_ptr<ImageModel> image_;
+    ResizableImage image_;
 };
 
 }  // namespace zel
