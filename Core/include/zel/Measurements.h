@@ -50,4 +50,17 @@ public:
     MeasurementArray<std::uint64_t> bestPositionY;
 };
 
+/// The extrema of an image's intensities. Each array has one element, at (0, 0, 0).
+class ZEL_API IntensityExtremaMsr {
+public:
+    static std::shared_ptr<IntensityExtremaMsr> New();
+    ~IntensityExtremaMsr();
+
+    MeasurementArray<double> minimum_tag;
+    MeasurementArray<double> maximum_tag;
+
+private:
+    IntensityExtremaMsr();
+};
+
 }  // namespace zel
