@@ -48,6 +48,13 @@ VoxelTypes TarnwayImage::getDataType() const {
     return static_cast<VoxelTypes>(view_->imageProperties().imageInfo().elementType());
 }
 
+std::size_t TarnwayImage::byteStride(const int& axis) const {
+    if (view_ == nullptr) return 0;
+    const tarnway::ImageType type = view_->imageProperties().imageInfo().axesInterpretation();
+    const ImageDimension dimension = dimensionOfAxis[axis];
+    return type.has(dimension) ? view_->indexer().byteStride()[type.position(dimension)] : 0;
+}
+
 bool TarnwayImage::isDeviceResident() const {
     return view_ != nullptr && view_->isOnDevice();
 }

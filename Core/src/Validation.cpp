@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <sstream>
 
 #include "Helper/raise.h"
 #include "SharedMemory.h"
+#include "zel/TarnwayImage.h"
 
 namespace zel::validation {
 
@@ -20,9 +20,7 @@ template <typename... Parts>
 }
 
 std::string sizeText(const ImageModel& image) {
-    std::ostringstream text;
-    text << image.getDimension(0) << " x " << image.getDimension(1) << " x " << image.getDimension(2);
-    return text.str();
+    return plainText(image.getDimension(0), " x ", image.getDimension(1), " x ", image.getDimension(2));
 }
 
 std::string typeList(std::initializer_list<VoxelTypes> types) {
@@ -39,9 +37,9 @@ void requireDimension(const NamedImage& image, int axis, std::size_t low, std::s
 
 void requireComponents(const Property<int>& tilingMode, std::string_view name, std::initializer_list<unsigned> tile) {
     if (tilingMode.get() != 1 || std::find(tile.begin(), tile.end(), 0U) == tile.end()) return;
-    std::ostringstream text;
-    for (const unsigned component : tile) text << (text.str().empty() ? "" : ", ") << component;
-    refuse(name, " is (", text.str(), "); with tilingMode 1 each component must be at least 1");
+    std::string text;
+    for (const unsigned component : tile) text.append(text.empty() ? "" : ", ").append(std::to_string(component));
+    refuse(name, " is (", text, "); with tilingMode 1 each component must be at least 1");
 }
 
 }  // namespace
@@ -51,16 +49,16 @@ void requireImage(const NamedImage& image) {
     for (int axis = 0; axis < 5; ++axis) {
         requireDimension(image, axis, 1, SIZE_MAX, "an image must have at least 1");
     }
-    for (const int axis : {0, 1, 2}) requireDimension(image, axis, 1, UINT32_MAX, "at most 4294967295 are allowed");
+    for (const int axis : {0, 1, 2}) requireDimension(image, axis, 1, maxLength, "at most 2147483647 are allowed");
     for (const int axis : {3, 4}) requireDimension(image, axis, 1, 1, "this algorithm takes 1");
+    if (image.image->isDeviceResident() && dynamic_cast<const TarnwayImage*>(&imageBehind(*image.image)) == nullptr) {
+        refuse(image.name, " says that it lies on the device; only a TarnwayImage or a part of one can");
+    }
 }
 
 void requireImage2d(const NamedImage& image) {
     requireImage(image);
     requireDimension(image, 2, 1, 1, "a 2D algorithm takes 1; run it slice by slice");
-    for (const int axis : {0, 1}) {
-        requireDimension(image, axis, 1, nppLimit, "a 2D algorithm takes at most 2147483647");
-    }
 }
 
 void requireSameSize(const NamedImage& image, const NamedImage& reference) {
@@ -121,6 +119,13 @@ void requireNotNegative(std::string_view name, double value) {
 void requirePositive(std::string_view name, double value) {
     if (value > 0 && std::isfinite(value)) return;
     refuse(name, " is ", value, "; it must be a finite number above 0");
+}
+
+void requirePositiveFloat(std::string_view name, double value) {
+    requirePositive(name, value);
+    const auto narrowed = static_cast<float>(value);
+    if (narrowed > 0 && std::isfinite(narrowed)) return;
+    refuse(name, " is ", value, "; as a float it must be a finite number above 0");
 }
 
 void requireTile(const Property<int>& tilingMode, const Property<Vector2<unsigned>>& tileSize) {

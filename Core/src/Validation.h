@@ -12,8 +12,8 @@
 /// what is allowed.
 namespace zel::validation {
 
-/// The largest size, mask or step that NPP's signed 32-bit fields hold.
-inline constexpr unsigned nppLimit = 2147483647;
+/// The longest axis, mask or step: positions along a line, and NPP's fields, are signed 32-bit numbers.
+inline constexpr unsigned maxLength = 2147483647;
 
 /// An image property: its name for messages, and the image.
 struct NamedImage {
@@ -24,9 +24,10 @@ struct NamedImage {
     const ImageModel* image;
 };
 
-/// The image is there, no dimension is 0, all fit in 32 bits, and axes 3 and 4 have one element.
+/// The image is there, its axes have 1 to maxLength elements, axes 3 and 4 one, and where it says that it lies on the
+/// device, it is one that shows where.
 void requireImage(const NamedImage& image);
-/// The same, and the image has one slice and dimensions that NPP can hold.
+/// The same, and the image has one slice.
 void requireImage2d(const NamedImage& image);
 void requireSameSize(const NamedImage& image, const NamedImage& reference);
 void requireNotLarger(const NamedImage& image, const NamedImage& reference);
@@ -44,6 +45,8 @@ void requireRange(const Property<unsigned>& property, unsigned low, unsigned hig
 /// Finite and not below 0, or above 0.
 void requireNotNegative(std::string_view name, double value);
 void requirePositive(std::string_view name, double value);
+/// Finite and above 0 also as the float that it is narrowed to.
+void requirePositiveFloat(std::string_view name, double value);
 
 /// With tiling on, no component of the tile size is 0.
 void requireTile(const Property<int>& tilingMode, const Property<Vector2<unsigned>>& tileSize);

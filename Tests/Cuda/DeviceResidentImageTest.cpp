@@ -5,13 +5,17 @@
 #include <host_device.h>
 
 #include <new>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
+#include "Messages.h"
 #include "TestImages.h"
+#include "Utilities_CUDA/DeviceImage.h"
 #include "tarnway_cuda/CudaImageView.h"
 #include "zel/ImageModelSizeProxy.h"
 #include "zel/TarnwayImage.h"
+#include "zel/algorithms/CudaBoxFilter2d.h"
 
 using namespace zel;
 using namespace zel::cuda;
@@ -112,6 +116,53 @@ TEST(CudaImageView, FailsRowsQuietlyAndAllocationsLoudly) {
     host::injectFault({.call = "cudaMallocPitch"});
     EXPECT_THROW(CudaImageView::allocate(ElementType::uint8, 10, 10), std::bad_alloc);
     EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
+}
+
+TEST(CudaImageView, RefusesWhatAKernelCouldNotRead) {
+    const auto message = [](const auto& action) {
+        try {
+            action();
+        } catch (const std::invalid_argument& error) {
+            return std::string(error.what());
+        }
+        return std::string("(nothing was thrown)");
+    };
+    const std::string uncountable = " has more bytes than this machine can count";
+    EXPECT_THAT(message([] { CudaImageView::allocate(ElementType::float64, std::size_t{1} << 61, 1); }),
+                testing::EndsWith(uncountable));
+    EXPECT_THAT(message([] { CudaImageView::allocate(ElementType::uint8, 16, std::size_t{1} << 32, 1ULL << 32); }),
+                testing::EndsWith(uncountable));
+    EXPECT_THROW(DeviceImage<float>(std::size_t{1} << 62, 1, false), RuntimeError);
+    EXPECT_THROW(DeviceImage<float>(std::size_t{1} << 31, std::size_t{1} << 31, 1, false), RuntimeError);
+
+    alignas(16) char memory[512];
+    const tarnway::ImageInfoProperty info(ElementType::float64, tarnway::ImageType{}, sizes({4, 3}));
+    for (const std::size_t pitch : {0, 24, 36}) {
+        EXPECT_EQ(message([&] { CudaImageView::wrap(info, memory, pitch); }),
+                  "the row pitch of a view of 4 x 3 elements of 8 bytes is " + std::to_string(pitch) +
+                      " bytes; it must be a multiple of the element and at least a row");
+    }
+    EXPECT_EQ(message([&] { CudaImageView::wrap(info, memory + 4, 32); }),
+              "the address of a view of 4 x 3 elements of 8 bytes is no multiple of the element");
+    EXPECT_THAT(message([&] { CudaImageView::wrap(info, memory, std::size_t{1} << 63); }),
+                testing::EndsWith(uncountable));
+    EXPECT_NO_THROW(CudaImageView::wrap(info, memory, 32));
+}
+
+// Two views of one allocation, a few rows apart: what the first reads the second would have written.
+TEST(CudaImageView, IsKnownToShareMemoryByItsRows) {
+    alignas(256) char memory[256 * 9];
+    const tarnway::ImageInfoProperty info(ElementType::uint8, tarnway::ImageType{}, sizes({100, 4}));
+    TarnwayImage input(CudaImageView::wrap(info, memory, 256));
+    CudaBoxFilter2d filter;
+    filter.inputImage = &input;
+    for (const auto& [row, shares] : {std::pair{3, true}, {4, false}}) {
+        TarnwayImage output(CudaImageView::wrap(info, memory + 256 * row, 256));
+        filter.outputImage = &output;
+        EXPECT_EQ(test::messageOf<RuntimeError>([&] { filter.run(); }),
+                  shares ? "outputImage shares memory with inputImage; it must be another image"
+                         : "No runner is available for CudaBoxFilter2d");
+    }
 }
 
 TEST(CudaImageView, ShowsMemoryOfTheCaller) {

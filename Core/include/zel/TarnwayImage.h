@@ -23,6 +23,9 @@ public:
                   std::size_t i4) override;
     bool isDeviceResident() const override;
 
+    /// Bytes from one voxel of the view to the next along an axis; 0 along one that the view lacks, and without a view.
+    std::size_t byteStride(const int& axis) const;
+
     /// May be null.
     std::shared_ptr<tarnway::ImageView> getTarnwayImageView() const { return view_; }
 

@@ -18,8 +18,8 @@ void CudaBoxFilter2d::validate() const {
     requireFilterImages2d(
         inputImage, outputImage,
         {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
-    requireRange(kernelSizeX, 1, nppLimit);
-    requireRange(kernelSizeY, 1, nppLimit);
+    requireRange(kernelSizeX, 1, maxLength);
+    requireRange(kernelSizeY, 1, maxLength);
     requireTile(tilingMode, tileSize);
 }
 

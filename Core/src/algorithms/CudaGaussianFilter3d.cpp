@@ -21,13 +21,21 @@ namespace {
 /// Beyond it a float, in which the taps are summed, can no longer count them.
 constexpr std::uint64_t maximalTapCount = 16777215;
 
-void requireSigma(const char* name, double sigma, double kernelSizeFactor) {
+/// @param length  of the image along the deviation's axis.
+void requireSigma(const char* name, double sigma, double kernelSizeFactor, std::size_t length) {
+    constexpr const char* thisFile = "Core/src/algorithms/CudaGaussianFilter3d";
     validation::requireNotNegative(name, sigma);
-    const double tapCount = std::ceil(2 * kernelSizeFactor * sigma);
-    if (tapCount <= static_cast<double>(maximalTapCount)) return;
-    raise<RuntimeError>("Core/src/algorithms/CudaGaussianFilter3d", __LINE__, name, " is ", sigma,
-                        "; with kernelSizeFactor ", kernelSizeFactor, " the kernel has ", tapCount,
-                        " coefficients, and at most ", maximalTapCount, " are allowed");
+    const double asked = std::ceil(2 * kernelSizeFactor * sigma);
+    if (asked > static_cast<double>(maximalTapCount)) {
+        raise<RuntimeError>(thisFile, __LINE__, name, " is ", sigma, "; with kernelSizeFactor ", kernelSizeFactor,
+                            " the kernel has ", asked, " coefficients, and at most ", maximalTapCount, " are allowed");
+    }
+    const std::uint64_t tapCount = static_cast<std::uint64_t>(asked) | 1;
+    if (length + tapCount - 1 > validation::maxLength) {
+        raise<RuntimeError>(thisFile, __LINE__, name, " is ", sigma, "; a line of ", length,
+                            " voxels with the margins of a kernel of ", tapCount, " coefficients is longer than ",
+                            validation::maxLength);
+    }
 }
 
 }  // namespace
@@ -37,9 +45,9 @@ void CudaGaussianFilter3d::validate() const {
     requireImage(inputImage);
     requireImage(outputImage);
     requirePositive(kernelSizeFactor.name(), kernelSizeFactor.get());
-    requireSigma("standardDeviation.x", standardDeviation.get().x, kernelSizeFactor);
-    requireSigma("standardDeviation.y", standardDeviation.get().y, kernelSizeFactor);
-    requireSigma("standardDeviation.z", standardDeviation.get().z, kernelSizeFactor);
+    requireSigma("standardDeviation.x", standardDeviation.get().x, kernelSizeFactor, inputImage.get()->getDimension(0));
+    requireSigma("standardDeviation.y", standardDeviation.get().y, kernelSizeFactor, inputImage.get()->getDimension(1));
+    requireSigma("standardDeviation.z", standardDeviation.get().z, kernelSizeFactor, inputImage.get()->getDimension(2));
     requireTile(tilingMode, tileSize);
     requireType(inputImage, kernelLibraryTypes);
     requireSameSize(outputImage, inputImage);

@@ -18,7 +18,7 @@ void CudaMedianFilter2d::validate() const {
     requireFilterImages2d(
         inputImage, outputImage,
         {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
-    requireRange(kernelRadius, 0, nppLimit / 2);
+    requireRange(kernelRadius, 0, maxLength / 2);
     requireTile(tilingMode, tileSize);
 }
 

@@ -14,7 +14,7 @@ void MorphologyAlgorithm2d::validate() const {
         inputImage, outputImage,
         {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::float32, VoxelTypes::int8, VoxelTypes::int16});
     // The mask of 2 radius + 1 pixels has to fit NPP's sizes.
-    requireRange(kernelRadius, 1, nppLimit / 2);
+    requireRange(kernelRadius, 1, maxLength / 2);
     requireTile(tilingMode, tileSize);
 }
 

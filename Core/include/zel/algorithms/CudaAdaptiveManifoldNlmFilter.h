@@ -18,7 +18,8 @@ public:
     PropertyReadImage inputImage{"inputImage"};        ///< any real type of up to 32 bits, or float64
     Property<double> spatialSigma{"spatialSigma", 5};  ///< voxels, above 0
     Property<double> rangeSigma{"rangeSigma", 0.2};    ///< of patches whose intensities are scaled to 0 to 1; above 0
-    Property<unsigned> haloRadius{"haloRadius", 10};   ///< voxels by which a block reaches beyond its core
+    Property<unsigned> haloRadius{"haloRadius",
+                                  10};  ///< voxels by which a block reaches beyond its core; at most 1073741823
     Property<unsigned> patchRadius{"patchRadius", 2};  ///< voxels; at most 17
     Property<CudaContext*> cudaContext{"cudaContext"};
     PropertyWriteImage outputImage{"outputImage"};  ///< size of the input; not the same memory

@@ -18,9 +18,11 @@ public:
     PropertyReadImage inputTemplate{"inputTemplate"};  ///< type of the input; no larger than it
     PropertyReadImage inputMask{
         "inputMask"};  ///< weights of the template's voxels, of its size and spacing; may be null
-    PropertyReadImage frequencyFilter{"frequencyFilter"};  ///< zero frequency at the centre; may be null
+    /// Zero frequency at the centre; at least the largest box that a row gives the template, and one more along x. May
+    /// be null.
+    PropertyReadImage frequencyFilter{"frequencyFilter"};
     Property<bool> maskFollowsTransformation{"maskFollowsTransformation", false};
-    /// Columns among phi, theta, psi (radians) and scaleX, scaleY, scaleZ; null for the template as it is.
+    /// Columns of TemplateTransformationInfo; null for the template as it is.
     Property<std::shared_ptr<const tarnway::DataFrameView>> transformationTable{"transformationTable"};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
     Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}};
