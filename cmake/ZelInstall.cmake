@@ -1,6 +1,7 @@
-# zel_install_library(target [include folder]): a library of the installed tree, found there as zel::NAME with
-# find_package(zel).
+# zel_install_library(target name [include folder]): a library of the installed tree, found there as zel::NAME with
+# find_package(zel). Its headers need C++20.
 function(zel_install_library target exported_name)
+    target_compile_features(${target} PUBLIC cxx_std_20)
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${exported_name}
         INSTALL_RPATH $ORIGIN
