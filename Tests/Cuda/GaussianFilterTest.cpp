@@ -118,6 +118,8 @@ TEST(GaussianFilterStream, OfTheCallerNeedsItsDevice) {
     CudaContext context{7, stream};
     run.filter.cudaContext = &context;
     EXPECT_THROW(run.filter.run(), RuntimeError) << "beside a stream the id is not checked but used";
+    context.deviceId = -1;
+    EXPECT_THROW(run.filter.run(), RuntimeError) << "and stands for no other one";
     EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
     context.stream = nullptr;
     EXPECT_NO_THROW(run.filter.run());
