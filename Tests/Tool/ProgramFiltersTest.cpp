@@ -112,7 +112,7 @@ TEST_F(ProgramFiltersTest, GaussianSpreadsAlongTheAxesWithASigma) {
 
 // Diagonally beside the bright pixel 90 * 0.1065 * 0.1065 = 1.02 arrives, but only 0.96 when the 9.6 between the axes
 // lose their fraction.
-TEST_F(ProgramFiltersTest, GaussianRoundsBetweenTheAxesWhenAsked) {
+TEST_F(ProgramFiltersTest, GaussianTruncatesBetweenTheAxesWhenAsked) {
     std::vector<std::uint8_t> pixels(9);
     pixels[4] = 90;
     folder.write("in.npy", npyBytes("|u1", shapeText({3, 3}), rawBytes(pixels)));

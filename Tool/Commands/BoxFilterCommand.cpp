@@ -21,6 +21,7 @@ public:
             ->type_name("X,Y")
             ->required();
         options_.addTo(app);
+        app.footer("Means of integers are truncated toward zero.");
     }
 
     int run() override {

@@ -23,14 +23,15 @@ public:
             ->type_name("X,Y,Z")
             ->required();
         addNumberOption<double>(app, "--kernel-size-factor", 1, "a number above 0, such as 4",
-                                "Half the kernel's size in standard deviations; 3 without",
+                                "Half the kernel's size in standard deviations (default 3)",
                                 [this](const RealNumbers& numbers) { kernelSizeFactor_ = numbers[0]; })
             ->type_name("F");
         app.add_flag("--voxel-type-intermediate", isVoxelTypeIntermediate_,
-                     "Round to the output's type between the axes too; takes less memory");
-        addVoxelTypeOption(app, "--output-type", "Voxel type of the output: the input's, the default, or float32",
+                     "Truncate integers between the axes too; takes less memory");
+        addVoxelTypeOption(app, "--output-type", "Voxel type of the output: float32, or the input's (default)",
                            outputType_);
         options_.addTo(app);
+        app.footer("Results in integer types are truncated toward zero.");
     }
 
     int run() override {

@@ -5,7 +5,7 @@
 namespace zel::cuda {
 
 /// Gaussian smoothing of a 3D image, by one 1D convolution along each axis. The image is mirrored at its edges; the
-/// edge voxel is repeated.
+/// edge voxel is repeated. Sums are float32; an integer output truncates them toward zero.
 class ZEL_API CudaGaussianFilter3d final : public RunnerAlgorithm {
 public:
     CudaGaussianFilter3d();
@@ -18,11 +18,12 @@ public:
     /// Half the kernel size per standard deviation, above 0: a kernel has 2 * factor * deviation coefficients, rounded
     /// up to an odd number of at most 16777215.
     Property<double> kernelSizeFactor{"kernelSizeFactor", 3};
-    Property<bool> voxelTypeIntermediate{"voxelTypeIntermediate",
-                                         false};  ///< round between the axes; takes less memory
-    Property<int> tilingMode{"tilingMode", 0};    ///< 1 cuts the image into tiles of tileSize
+    /// Without it an output other than float32 gets there by way of a float32 image. With it the passes work in the
+    /// output itself: takes less memory, but truncates integers between the axes too.
+    Property<bool> voxelTypeIntermediate{"voxelTypeIntermediate", false};
+    Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
     Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}};
-    Property<CudaContext*> cudaContext{"cudaContext"};  ///< with a stream in it, its deviceId must be that of a GPU
+    Property<CudaContext*> cudaContext{"cudaContext"};  ///< deviceId beside a stream: that of a GPU
     PropertyWriteImage outputImage{"outputImage"};      ///< size of the input, its type or float32; not the same memory
 
 protected:
