@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <utility>
 
 #include "BoxFilterRun.h"
 #include "RunChecks.h"
@@ -96,4 +97,19 @@ TEST(BoxFilterMemory, HoldsTwoBuffersAndOnlyWhatItNeeds) {
     EXPECT_EQ(peak({true, false}), 512U * 300);
     EXPECT_EQ(peak({true, true}), 0U);
     EXPECT_LE(peak({false, false, {256, 100}}), 2U * 256 * 100);
+}
+
+// Sums of the largest rectangles that float32 still counts one by one. A single pixel keeps the mean above -128.
+TEST(BoxFilterInt8, IsExactUpTo131072Pixels) {
+    HostImage image(VoxelTypes::int8, {600, 400});
+    auto* const pixels = static_cast<std::int8_t*>(image.data());
+    std::fill_n(pixels, 600 * 400, std::int8_t{-128});
+    pixels[200 * 600 + 300] = -127;
+    for (const auto& [kernelX, kernelY] : {std::pair(362U, 362U), std::pair(512U, 256U)}) {
+        BoxFilterRun run(image, kernelX, kernelY, {});
+        run.filter.run();
+        const std::vector<std::int8_t> result = run.result<std::int8_t>();
+        EXPECT_EQ(result[200 * 600 + 300], -127) << kernelX << " x " << kernelY;
+        EXPECT_EQ(result[0], -128) << kernelX << " x " << kernelY;
+    }
 }

@@ -7,7 +7,8 @@ namespace zel::cuda {
 /// Moving average of a 2D image over a rectangle. The image's edge pixels are repeated outwards.
 ///
 /// The mean at (x, y) covers kernelSizeX pixels from x - kernelSizeX / 2 (rounded down) on, and along y likewise. Means
-/// of integers are truncated toward zero.
+/// of integers are truncated toward zero. Pixels of int8 are summed as float32: exactly in rectangles of up to 131072
+/// pixels (2^24 / 128), such as 362 x 362; in larger ones some means are off by one.
 class ZEL_API CudaBoxFilter2d final : public RunnerAlgorithm {
 public:
     CudaBoxFilter2d();
