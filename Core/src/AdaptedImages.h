@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "zel/ImageModelAdapter.h"
 #include "zel/Property.h"
 
@@ -21,5 +23,13 @@ private:
     ImageModelAdapter inputAsFloat_;
     ImageModelAdapter outputAsFloat_;
 };
+
+/// The images of an algorithm as float32 when the input's type is one of those that go through it; else nothing.
+template <typename... T>
+std::unique_ptr<AdaptedImages> adaptImagesOf(TypeList<T...>, PropertyReadImage& input, PropertyWriteImage& output) {
+    const VoxelTypes type = input.get()->getDataType();
+    if (!((type == voxelTypeOf<T>) || ...)) return nullptr;
+    return std::make_unique<AdaptedImages>(input, output);
+}
 
 }  // namespace zel

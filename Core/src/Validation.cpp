@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "Helper/raise.h"
 #include "SharedMemory.h"
@@ -23,7 +22,7 @@ std::string sizeText(const ImageModel& image) {
     return plainText(image.getDimension(0), " x ", image.getDimension(1), " x ", image.getDimension(2));
 }
 
-std::string typeList(std::initializer_list<VoxelTypes> types) {
+std::string typeList(const TypeCodes& types) {
     std::string text;
     for (const VoxelTypes type : types) text.append(text.empty() ? "" : ", ").append(voxelTypeName(type));
     return text;
@@ -40,6 +39,15 @@ void requireComponents(const Property<int>& tilingMode, std::string_view name, s
     std::string text;
     for (const unsigned component : tile) text.append(text.empty() ? "" : ", ").append(std::to_string(component));
     refuse(name, " is (", text, "); with tilingMode 1 each component must be at least 1");
+}
+
+bool isAllowed(double value, const Allowed<double>& allowed) {
+    return (allowed.excludesLow ? value > allowed.low : value >= allowed.low) && value <= allowed.high;
+}
+
+void requireNumber(std::string_view name, double value, const Allowed<double>& allowed) {
+    if (isAllowed(value, allowed)) return;
+    refuse(name, " is ", value, "; it must be a finite number ", toText(allowed));
 }
 
 }  // namespace
@@ -77,7 +85,7 @@ void requireNotLarger(const NamedImage& image, const NamedImage& reference) {
     }
 }
 
-void requireType(const NamedImage& image, std::initializer_list<VoxelTypes> allowed) {
+void requireType(const NamedImage& image, const TypeCodes& allowed) {
     const VoxelTypes type = image.image->getDataType();
     if (std::find(allowed.begin(), allowed.end(), type) != allowed.end()) return;
     refuse(image.name, " is of type ", voxelTypeName(type), "; the type must be one of ", typeList(allowed));
@@ -95,8 +103,7 @@ void requireDistinct(const NamedImage& output, const NamedImage& input) {
     refuse(output.name, " shares memory with ", input.name, "; it must be another image");
 }
 
-void requireFilterImages2d(const PropertyReadImage& input, const PropertyWriteImage& output,
-                           std::initializer_list<VoxelTypes> allowed) {
+void requireFilterImages2d(const NamedImage& input, const NamedImage& output, const TypeCodes& allowed) {
     requireImage2d(input);
     requireImage2d(output);
     requireType(input, allowed);
@@ -105,27 +112,30 @@ void requireFilterImages2d(const PropertyReadImage& input, const PropertyWriteIm
     requireDistinct(output, input);
 }
 
-void requireRange(const Property<unsigned>& property, unsigned low, unsigned high) {
+void requireAllowed(const Property<unsigned>& property) {
     const unsigned value = property.get();
-    if (value >= low && value <= high) return;
-    refuse(property.name(), " is ", value, "; it must be from ", low, " to ", high);
+    const Allowed<unsigned>& allowed = property.allowed();
+    if (value >= allowed.low && value <= allowed.high) return;
+    refuse(property.name(), " is ", value, "; it must be ", toText(allowed));
 }
 
-void requireNotNegative(std::string_view name, double value) {
-    if (value >= 0 && std::isfinite(value)) return;
-    refuse(name, " is ", value, "; it must be a finite number of at least 0");
+void requireAllowed(const Property<double>& property) {
+    requireNumber(property.name(), property.get(), property.allowed());
 }
 
-void requirePositive(std::string_view name, double value) {
-    if (value > 0 && std::isfinite(value)) return;
-    refuse(name, " is ", value, "; it must be a finite number above 0");
+void requireAllowed(const Property<Vector3<double>>& property) {
+    const auto& [x, y, z] = property.get();
+    requireNumber(plainText(property.name(), ".x"), x, property.allowed());
+    requireNumber(plainText(property.name(), ".y"), y, property.allowed());
+    requireNumber(plainText(property.name(), ".z"), z, property.allowed());
 }
 
-void requirePositiveFloat(std::string_view name, double value) {
-    requirePositive(name, value);
-    const auto narrowed = static_cast<float>(value);
-    if (narrowed > 0 && std::isfinite(narrowed)) return;
-    refuse(name, " is ", value, "; as a float it must be a finite number above 0");
+void requireAllowedAsFloat(const Property<double>& property) {
+    requireAllowed(property);
+    const auto narrowed = static_cast<float>(property.get());
+    if (isAllowed(narrowed, property.allowed())) return;
+    refuse(property.name(), " is ", property.get(), "; as a float it must be a finite number ",
+           toText(property.allowed()));
 }
 
 void requireTile(const Property<int>& tilingMode, const Property<Vector2<unsigned>>& tileSize) {

@@ -1,7 +1,5 @@
 #include "zel/VoxelTypes.h"
 
-#include <string>
-
 #include "Helper/raise.h"
 #include "zel/Exceptions.h"
 
@@ -11,20 +9,23 @@ namespace {
 
 struct VoxelTypeEntry {
     std::string_view name;
-    std::size_t size;
+    std::size_t size = 0;
 };
 
-constexpr VoxelTypeEntry table[] = {
-    {"uint8", 1}, {"uint16", 2}, {"uint32", 4},  {"uint64", 8},  {"int8", 1},      {"int16", 2},
-    {"int32", 4}, {"int64", 8},  {"float32", 4}, {"float64", 8}, {"complex64", 8}, {"complex128", 16},
-};
+constexpr auto entries = [] {
+    std::array<VoxelTypeEntry, AllTypes::size> byCode{};
+#define ZEL_ENTRY(name, code, type) byCode[code] = {#name, sizeof(type)};
+    ZEL_FOR_EACH_VOXEL_TYPE(ZEL_ENTRY)
+#undef ZEL_ENTRY
+    return byCode;
+}();
 
 const VoxelTypeEntry& entryOf(VoxelTypes type) {
     const int code = static_cast<int>(type);
-    if (code < 0 || code >= static_cast<int>(std::size(table))) {
+    if (code < 0 || code >= static_cast<int>(entries.size())) {
         raise<UnexpectedError>("Core/src/VoxelTypes", __LINE__, "no voxel type has the code ", code);
     }
-    return table[code];
+    return entries[static_cast<std::size_t>(code)];
 }
 
 }  // namespace

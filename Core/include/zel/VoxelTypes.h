@@ -1,37 +1,86 @@
 #pragma once
 
+#include <array>
+#include <complex>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
 #include "zel/export.h"
 
+/// The table of voxel types, X(name, code, C++ type) each. Names are NumPy's; codes are part of the interface to the
+/// back ends. These are the types that the back ends have kernels for:
+#define ZEL_FOR_EACH_KERNEL_TYPE(X) \
+    X(uint8, 0, std::uint8_t)       \
+    X(uint16, 1, std::uint16_t)     \
+    X(uint32, 2, std::uint32_t)     \
+    X(int8, 4, std::int8_t)         \
+    X(int16, 5, std::int16_t)       \
+    X(int32, 6, std::int32_t)       \
+    X(float32, 8, float)            \
+    X(float64, 9, double)
+/// And all, codes from 0 on without a gap. A complex number is its real and its imaginary part.
+#define ZEL_FOR_EACH_VOXEL_TYPE(X)        \
+    ZEL_FOR_EACH_KERNEL_TYPE(X)           \
+    X(uint64, 3, std::uint64_t)           \
+    X(int64, 7, std::int64_t)             \
+    X(complex64, 10, std::complex<float>) \
+    X(complex128, 11, std::complex<double>)
+
 namespace zel {
 
-/// What one voxel is made of. The values are part of the interface to the back ends.
+/// What one voxel is made of.
 enum class VoxelTypes : int {
-    uint8 = 0,
-    uint16 = 1,
-    uint32 = 2,
-    uint64 = 3,
-    int8 = 4,
-    int16 = 5,
-    int32 = 6,
-    int64 = 7,
-    float32 = 8,
-    float64 = 9,
-    complex64 = 10,   ///< two float32: real part, imaginary part
-    complex128 = 11,  ///< two float64: real part, imaginary part
+#define ZEL_ENUMERATOR(name, code, type) name = code,
+    ZEL_FOR_EACH_VOXEL_TYPE(ZEL_ENUMERATOR)
+#undef ZEL_ENUMERATOR
 };
+
+/// Some C++ types.
+template <typename... T>
+struct TypeList {
+    static constexpr std::size_t size = sizeof...(T);
+};
+
+namespace detail {
+
+/// A list whose every entry comes with a comma before it.
+template <typename Ignored, typename... T>
+using TypesBehind = TypeList<T...>;
+
+}  // namespace detail
+
+#define ZEL_COMMA_TYPE(name, code, type) , type
+using KernelTypes = detail::TypesBehind<void ZEL_FOR_EACH_KERNEL_TYPE(ZEL_COMMA_TYPE)>;
+using AllTypes = detail::TypesBehind<void ZEL_FOR_EACH_VOXEL_TYPE(ZEL_COMMA_TYPE)>;
+#undef ZEL_COMMA_TYPE
+
+/// The voxel type that a C++ type stands for.
+template <typename T>
+inline constexpr VoxelTypes voxelTypeOf = VoxelTypes{-1};
+#define ZEL_VOXEL_TYPE_OF(name, code, type) \
+    template <>                             \
+    inline constexpr VoxelTypes voxelTypeOf<type> = VoxelTypes::name;
+ZEL_FOR_EACH_VOXEL_TYPE(ZEL_VOXEL_TYPE_OF)
+#undef ZEL_VOXEL_TYPE_OF
+
+/// Calls body.operator()<T>() for the type T of a list that the voxel type stands for.
+/// @return false when the list lacks it; nothing is called then.
+template <typename... T, typename Body>
+bool visitVoxelType(VoxelTypes type, TypeList<T...>, const Body& body) {
+    return ((type == voxelTypeOf<T> && (body.template operator()<T>(), true)) || ...);
+}
 
 /// All types, in the order of their codes.
-inline constexpr VoxelTypes allVoxelTypes[] = {
-    VoxelTypes::uint8,   VoxelTypes::uint16,  VoxelTypes::uint32,    VoxelTypes::uint64,
-    VoxelTypes::int8,    VoxelTypes::int16,   VoxelTypes::int32,     VoxelTypes::int64,
-    VoxelTypes::float32, VoxelTypes::float64, VoxelTypes::complex64, VoxelTypes::complex128,
-};
+inline constexpr auto allVoxelTypes = [] {
+    std::array<VoxelTypes, AllTypes::size> all{};
+    for (std::size_t code = 0; code < all.size(); ++code) all[code] = static_cast<VoxelTypes>(code);
+    return all;
+}();
 
-/// The name that NumPy gives the type: "uint8", "float32" and so on.
+/// The name that NumPy gives the type: "uint8", "float32" and so on. @throws UnexpectedError for a value that is no
+/// type.
 ZEL_API std::string_view voxelTypeName(VoxelTypes type);
 
 /// The type of that name; nothing when there is none.
@@ -39,7 +88,7 @@ ZEL_API std::optional<VoxelTypes> voxelTypeFromName(std::string_view name);
 
 namespace helper {
 
-/// Bytes of one voxel. @throws UnexpectedError for a value outside the enumeration.
+/// Bytes of one voxel. @throws UnexpectedError for a value that is no type.
 ZEL_API std::size_t getSizeOf(VoxelTypes type);
 
 }  // namespace helper

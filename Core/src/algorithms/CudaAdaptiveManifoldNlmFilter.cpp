@@ -32,21 +32,19 @@ void CudaAdaptiveManifoldNlmFilter::validate() const {
     using namespace validation;
     requireImage(inputImage);
     requireImage(outputImage);
-    requirePositiveFloat(spatialSigma.name(), spatialSigma.get());
-    requirePositiveFloat(rangeSigma.name(), rangeSigma.get());
+    requireAllowedAsFloat(spatialSigma);
+    requireAllowedAsFloat(rangeSigma);
     const float height = treeHeight(static_cast<float>(rangeSigma.get()), static_cast<float>(spatialSigma.get()));
     if (!(height <= maximalTreeHeight)) {
         raise<RuntimeError>("Core/src/algorithms/CudaAdaptiveManifoldNlmFilter", __LINE__, spatialSigma.name(), " is ",
                             spatialSigma.get(), "; with rangeSigma ", rangeSigma.get(), " the tree of manifolds has ",
                             height, " levels, and at most ", maximalTreeHeight, " are allowed");
     }
-    // Blocks overlap by 2 radius + 1 voxels, a signed 32-bit number.
-    requireRange(haloRadius, 0, maxLength / 2);
-    // The covariance of (2 radius + 1)^3 voxels is counted in 32 bits.
-    requireRange(patchRadius, 0, 17);
-    requireType(inputImage, kernelLibraryTypes);
+    requireAllowed(haloRadius);
+    requireAllowed(patchRadius);
+    requireType(inputImage, codesOf(InstanceTypes{}));
     requireSameSize(outputImage, inputImage);
-    requireType(outputImage, kernelLibraryTypes);
+    requireType(outputImage, codesOf(KernelTypes{}));
     requireDistinct(outputImage, inputImage);
 }
 

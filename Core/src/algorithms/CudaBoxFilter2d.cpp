@@ -15,17 +15,14 @@ AlgoInfo* CudaBoxFilter2d::getClassInfo() {
 
 void CudaBoxFilter2d::validate() const {
     using namespace validation;
-    requireFilterImages2d(
-        inputImage, outputImage,
-        {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
-    requireRange(kernelSizeX, 1, maxLength);
-    requireRange(kernelSizeY, 1, maxLength);
+    requireFilterImages2d(inputImage, outputImage, codesOf(InstanceTypes{}, TypesAsFloat{}));
+    requireAllowed(kernelSizeX);
+    requireAllowed(kernelSizeY);
     requireTile(tilingMode, tileSize);
 }
 
 std::unique_ptr<AdaptedImages> CudaBoxFilter2d::adaptImages() {
-    if (inputImage.get()->getDataType() != VoxelTypes::int8) return nullptr;
-    return std::make_unique<AdaptedImages>(inputImage, outputImage);
+    return adaptImagesOf(TypesAsFloat{}, inputImage, outputImage);
 }
 
 }  // namespace zel::cuda

@@ -18,7 +18,7 @@ void CudaCrossCorrelation2d::validate() const {
     requireImage2d(inputTemplate);
     requireImage2d(outputImage);
     requireTile(tilingMode, tileSize);
-    requireType(inputImage, kernelLibraryTypes);
+    requireType(inputImage, codesOf(InstanceTypes{}));
     requireSameType(inputTemplate, inputImage);
     requireNotLarger(inputTemplate, inputImage);
     requireSameSize(outputImage, inputImage);

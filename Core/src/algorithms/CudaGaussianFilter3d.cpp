@@ -22,19 +22,18 @@ namespace {
 constexpr std::uint64_t maximalTapCount = 16777215;
 
 /// @param length  of the image along the deviation's axis.
-void requireSigma(const char* name, double sigma, double kernelSizeFactor, std::size_t length) {
+void requireTaps(const char* name, double sigma, double kernelSizeFactor, std::size_t length) {
     constexpr const char* thisFile = "Core/src/algorithms/CudaGaussianFilter3d";
-    validation::requireNotNegative(name, sigma);
     const double asked = std::ceil(2 * kernelSizeFactor * sigma);
     if (asked > static_cast<double>(maximalTapCount)) {
         raise<RuntimeError>(thisFile, __LINE__, name, " is ", sigma, "; with kernelSizeFactor ", kernelSizeFactor,
                             " the kernel has ", asked, " coefficients, and at most ", maximalTapCount, " are allowed");
     }
     const std::uint64_t tapCount = static_cast<std::uint64_t>(asked) | 1;
-    if (length + tapCount - 1 > validation::maxLength) {
+    if (length + tapCount - 1 > maxLength) {
         raise<RuntimeError>(thisFile, __LINE__, name, " is ", sigma, "; a line of ", length,
                             " voxels with the margins of a kernel of ", tapCount, " coefficients is longer than ",
-                            validation::maxLength);
+                            maxLength);
     }
 }
 
@@ -44,12 +43,13 @@ void CudaGaussianFilter3d::validate() const {
     using namespace validation;
     requireImage(inputImage);
     requireImage(outputImage);
-    requirePositive(kernelSizeFactor.name(), kernelSizeFactor.get());
-    requireSigma("standardDeviation.x", standardDeviation.get().x, kernelSizeFactor, inputImage.get()->getDimension(0));
-    requireSigma("standardDeviation.y", standardDeviation.get().y, kernelSizeFactor, inputImage.get()->getDimension(1));
-    requireSigma("standardDeviation.z", standardDeviation.get().z, kernelSizeFactor, inputImage.get()->getDimension(2));
+    requireAllowed(standardDeviation);
+    requireAllowed(kernelSizeFactor);
+    requireTaps("standardDeviation.x", standardDeviation.get().x, kernelSizeFactor, inputImage.get()->getDimension(0));
+    requireTaps("standardDeviation.y", standardDeviation.get().y, kernelSizeFactor, inputImage.get()->getDimension(1));
+    requireTaps("standardDeviation.z", standardDeviation.get().z, kernelSizeFactor, inputImage.get()->getDimension(2));
     requireTile(tilingMode, tileSize);
-    requireType(inputImage, kernelLibraryTypes);
+    requireType(inputImage, codesOf(InstanceTypes{}));
     requireSameSize(outputImage, inputImage);
     const VoxelTypes type = inputImage.get()->getDataType();
     if (type == VoxelTypes::float32) {

@@ -15,16 +15,13 @@ AlgoInfo* CudaMedianFilter2d::getClassInfo() {
 
 void CudaMedianFilter2d::validate() const {
     using namespace validation;
-    requireFilterImages2d(
-        inputImage, outputImage,
-        {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::int16, VoxelTypes::float32, VoxelTypes::int8});
-    requireRange(kernelRadius, 0, maxLength / 2);
+    requireFilterImages2d(inputImage, outputImage, codesOf(InstanceTypes{}, TypesAsFloat{}));
+    requireAllowed(kernelRadius);
     requireTile(tilingMode, tileSize);
 }
 
 std::unique_ptr<AdaptedImages> CudaMedianFilter2d::adaptImages() {
-    if (inputImage.get()->getDataType() != VoxelTypes::int8) return nullptr;
-    return std::make_unique<AdaptedImages>(inputImage, outputImage);
+    return adaptImagesOf(TypesAsFloat{}, inputImage, outputImage);
 }
 
 }  // namespace zel::cuda

@@ -73,9 +73,9 @@ std::array<std::size_t, 3> requireBox(std::string_view name, const tarnway::Data
     std::array<std::size_t, 3> smallest{};
     std::array<std::size_t, 3> largest{};
     computeMinimalMaximalBoxSize(table, templateSize, templateSpacing, imageSpacing, smallest, largest);
-    if (*std::max_element(largest.begin(), largest.end()) > validation::maxLength) {
+    if (*std::max_element(largest.begin(), largest.end()) > maxLength) {
         raise<RuntimeError>(thisFile, __LINE__, name, " and the spacings make inputTemplate as large as ",
-                            boxText(largest), "; at most ", validation::maxLength, " are allowed");
+                            boxText(largest), "; at most ", maxLength, " are allowed");
     }
     return largest;
 }
@@ -104,12 +104,12 @@ void CudaTemplateMatching3d::validate() const {
     requireImage(outputScoreImage);
     requireImage(outputIndexImage);
     requireTile(tilingMode, tileSize);
-    requireType(inputImage, kernelLibraryTypes);
+    requireType(inputImage, codesOf(InstanceTypes{}));
     requireSameType(inputTemplate, inputImage);
     requireNotLarger(inputTemplate, inputImage);
     if (inputMask.get() != nullptr) {
         requireImage(inputMask);
-        requireType(inputMask, kernelLibraryTypes);
+        requireType(inputMask, codesOf(KernelTypes{}));
         requireSameSize(inputMask, inputTemplate);
         requireSameSpacing(inputMask, inputTemplate);
     }
@@ -118,7 +118,7 @@ void CudaTemplateMatching3d::validate() const {
     const auto box = requireBox(transformationTable.name(), table, *inputTemplate.get(), *inputImage.get());
     if (frequencyFilter.get() != nullptr) {
         requireImage(frequencyFilter);
-        requireType(frequencyFilter, kernelLibraryTypes);
+        requireType(frequencyFilter, codesOf(KernelTypes{}));
         requireFilterHolds(frequencyFilter, box);
     }
     requireSameSize(outputScoreImage, inputImage);

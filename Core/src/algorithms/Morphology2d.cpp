@@ -10,18 +10,13 @@ MorphologyAlgorithm2d::~MorphologyAlgorithm2d() = default;
 
 void MorphologyAlgorithm2d::validate() const {
     using namespace validation;
-    requireFilterImages2d(
-        inputImage, outputImage,
-        {VoxelTypes::uint8, VoxelTypes::uint16, VoxelTypes::float32, VoxelTypes::int8, VoxelTypes::int16});
-    // The mask of 2 radius + 1 pixels has to fit NPP's sizes.
-    requireRange(kernelRadius, 1, maxLength / 2);
+    requireFilterImages2d(inputImage, outputImage, codesOf(InstanceTypes{}, TypesAsFloat{}));
+    requireAllowed(kernelRadius);
     requireTile(tilingMode, tileSize);
 }
 
 std::unique_ptr<AdaptedImages> MorphologyAlgorithm2d::adaptImages() {
-    const VoxelTypes type = inputImage.get()->getDataType();
-    if (type != VoxelTypes::int8 && type != VoxelTypes::int16) return nullptr;
-    return std::make_unique<AdaptedImages>(inputImage, outputImage);
+    return adaptImagesOf(TypesAsFloat{}, inputImage, outputImage);
 }
 
 CudaErosion2d::CudaErosion2d() = default;

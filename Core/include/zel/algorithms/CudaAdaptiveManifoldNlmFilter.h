@@ -15,14 +15,17 @@ public:
     static AlgoInfo* getClassInfo();
     AlgoInfo* classInfo() const override { return getClassInfo(); }
 
-    PropertyReadImage inputImage{"inputImage"};        ///< any real type of up to 32 bits, or float64
-    Property<double> spatialSigma{"spatialSigma", 5};  ///< voxels, above 0
-    Property<double> rangeSigma{"rangeSigma", 0.2};    ///< of patches whose intensities are scaled to 0 to 1; above 0
-    Property<unsigned> haloRadius{"haloRadius",
-                                  10};  ///< voxels by which a block reaches beyond its core; at most 1073741823
-    Property<unsigned> patchRadius{"patchRadius", 2};  ///< voxels; at most 17
+    PropertyReadImage inputImage{"inputImage"};
+    /// In 32 bits, as is rangeSigma.
+    Property<double> spatialSigma{"spatialSigma", 5, {.low = 0, .excludesLow = true, .unit = "voxels"}};
+    /// Of patches whose intensities are scaled to 0 to 1.
+    Property<double> rangeSigma{"rangeSigma", 0.2, {.low = 0, .excludesLow = true}};
+    /// By how much a block reaches beyond its core. Blocks overlap by 2 radius + 1, a signed 32-bit number.
+    Property<unsigned> haloRadius{"haloRadius", 10, {.high = maxLength / 2, .unit = "voxels"}};
+    /// The covariance of (2 radius + 1)^3 voxels is counted in 32 bits.
+    Property<unsigned> patchRadius{"patchRadius", 2, {.high = 17, .unit = "voxels"}};
     Property<CudaContext*> cudaContext{"cudaContext"};
-    PropertyWriteImage outputImage{"outputImage"};  ///< size of the input; not the same memory
+    PropertyWriteImage outputImage{"outputImage"};  ///< size of the input, any of its types; not the same memory
 
 protected:
     void validate() const override;

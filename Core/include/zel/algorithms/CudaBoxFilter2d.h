@@ -11,14 +11,17 @@ namespace zel::cuda {
 /// pixels (2^24 / 128), such as 362 x 362; in larger ones some means are off by one.
 class ZEL_API CudaBoxFilter2d final : public RunnerAlgorithm {
 public:
+    using InstanceTypes = TypeList<std::uint8_t, std::uint16_t, std::int16_t, float>;
+    using TypesAsFloat = TypeList<std::int8_t>;
+
     CudaBoxFilter2d();
     ~CudaBoxFilter2d() override;
     static AlgoInfo* getClassInfo();
     AlgoInfo* classInfo() const override { return getClassInfo(); }
 
-    PropertyReadImage inputImage{"inputImage"};        ///< uint8, uint16, int16, float32 or int8
-    Property<unsigned> kernelSizeX{"kernelSizeX", 3};  ///< pixels, at least 1
-    Property<unsigned> kernelSizeY{"kernelSizeY", 3};
+    PropertyReadImage inputImage{"inputImage"};
+    Property<unsigned> kernelSizeX{"kernelSizeX", 3, {.low = 1, .high = maxLength, .unit = "pixels"}};
+    Property<unsigned> kernelSizeY{"kernelSizeY", 3, {.low = 1, .high = maxLength, .unit = "pixels"}};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
     Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}};
     Property<CudaContext*> cudaContext{"cudaContext"};

@@ -16,7 +16,7 @@ public:
     static AlgoInfo* getClassInfo();
     AlgoInfo* classInfo() const override { return getClassInfo(); }
 
-    PropertyReadImage inputImage{"inputImage"};                  ///< any real type of up to 32 bits, or float64
+    PropertyReadImage inputImage{"inputImage"};
     PropertyReadImage inputTemplate{"inputTemplate"};            ///< type of the input; no larger than it
     PropertySingleChoice correlationMode{"correlationMode", 0};  ///< 0 plain, 1 local means removed
     Property<int> tilingMode{"tilingMode", 0};                   ///< 1 cuts the image into tiles of tileSize

@@ -13,11 +13,12 @@ public:
     static AlgoInfo* getClassInfo();
     AlgoInfo* classInfo() const override { return getClassInfo(); }
 
-    PropertyReadImage inputImage{"inputImage"};  ///< any real type of up to 32 bits, or float64
-    Property<Vector3<double>> standardDeviation{"standardDeviation", {1, 1, 1}};  ///< voxels; 0 leaves an axis alone
-    /// Half the kernel size per standard deviation, above 0: a kernel has 2 * factor * deviation coefficients, rounded
+    PropertyReadImage inputImage{"inputImage"};
+    /// 0 leaves an axis alone.
+    Property<Vector3<double>> standardDeviation{"standardDeviation", {1, 1, 1}, {.low = 0, .unit = "voxels"}};
+    /// Half the kernel size per standard deviation: a kernel has 2 * factor * deviation coefficients, rounded
     /// up to an odd number of at most 16777215.
-    Property<double> kernelSizeFactor{"kernelSizeFactor", 3};
+    Property<double> kernelSizeFactor{"kernelSizeFactor", 3, {.low = 0, .excludesLow = true}};
     /// Without it an output other than float32 gets there by way of a float32 image. With it the passes work in the
     /// output itself: takes less memory, but truncates integers between the axes too.
     Property<bool> voxelTypeIntermediate{"voxelTypeIntermediate", false};

@@ -14,7 +14,7 @@ public:
     static AlgoInfo* getClassInfo();
     AlgoInfo* classInfo() const override { return getClassInfo(); }
 
-    PropertyReadImage inputImage{"inputImage"};        ///< any real type of up to 32 bits, or float64
+    PropertyReadImage inputImage{"inputImage"};
     PropertyReadImage inputTemplate{"inputTemplate"};  ///< type of the input; no larger than it
     PropertyReadImage inputMask{
         "inputMask"};  ///< weights of the template's voxels, of its size and spacing; may be null

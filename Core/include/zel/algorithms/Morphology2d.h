@@ -8,10 +8,14 @@ namespace zel::cuda {
 /// outwards.
 class ZEL_API MorphologyAlgorithm2d : public RunnerAlgorithm {
 public:
+    using InstanceTypes = TypeList<std::uint8_t, std::uint16_t, float>;
+    using TypesAsFloat = TypeList<std::int8_t, std::int16_t>;
+
     ~MorphologyAlgorithm2d() override;
 
-    PropertyReadImage inputImage{"inputImage"};          ///< uint8, uint16, float32, int8 or int16
-    Property<unsigned> kernelRadius{"kernelRadius", 1};  ///< pixels, at least 1
+    PropertyReadImage inputImage{"inputImage"};
+    /// The mask of 2 radius + 1 pixels has to fit NPP's sizes.
+    Property<unsigned> kernelRadius{"kernelRadius", 1, {.low = 1, .high = maxLength / 2, .unit = "pixels"}};
     /// 1 for the square of (2 kernelRadius + 1) pixels; any other value for the diamond |dx| + |dy| <= kernelRadius.
     PropertySingleChoice neighborhood{"neighborhood", 1};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize

@@ -12,10 +12,14 @@ namespace zel {
 
 class AdaptedImages;
 
-/// An algorithm that a registered runner carries out. Images of a voxel type that runners do not know, but whose every
-/// value is exact in another type, are handed to the runner as that type; the properties are as before afterwards.
+/// An algorithm that a registered runner carries out. Each class tells which voxel types its input may have: those that
+/// runners have kernels for, and those whose every value is exact in float32. Images of the latter are handed to the
+/// runner as float32; the properties are as before afterwards. All other types are refused.
 class ZEL_API RunnerAlgorithm : public BaseAlgorithm {
 public:
+    using InstanceTypes = KernelTypes;
+    using TypesAsFloat = TypeList<>;
+
     ~RunnerAlgorithm() override;
 
 protected:
