@@ -1,11 +1,9 @@
 // What happens when the library is loaded and unloaded. All of it stands in this one source, since the order of static
 // objects across sources is not defined.
 
-#include "ImageFiltering/CudaBoxFilter2d_CUDA.h"
-#include "ImageFiltering/CudaClosingOpening2d_CUDA.h"
-#include "ImageFiltering/CudaDilationErosion2d_CUDA.h"
-#include "ImageFiltering/CudaGaussianFilter3d_CUDA.h"
-#include "Runners/UnbuiltRunners_CUDA.h"
+#include <array>
+
+#include "Runners/CudaRunners_CUDA.h"
 #include "diagnostics/DebugFacility.h"
 
 namespace zel::cuda {
@@ -21,40 +19,47 @@ public:
     Debugging& operator=(const Debugging&) = delete;
 };
 
-/// Hangs a runner on its algorithm class, and takes it away again. The core owns the runner and deletes it.
-template <typename Algo, typename Runner>
-class Registration {
+/// Hangs a runner on each algorithm class, and takes them away again in the reverse order. The core owns the runners
+/// and deletes them.
+class Registrations {
 public:
-    Registration() {
-        AlgoInfo* const info = Algo::getClassInfo();
-        if (info == nullptr) return;
-        runner_ = new Runner();
-        info->addRunner(runner_);
+    Registrations() { addAll(Algorithms{}); }
+    ~Registrations() {
+        for (auto one = registrations_.rbegin(); one != registrations_.rend(); ++one) remove(*one);
     }
-    ~Registration() {
-        AlgoInfo* const info = runner_ == nullptr ? nullptr : Algo::getClassInfo();
-        if (info != nullptr) info->removeRunner(runner_);
-        runner_ = nullptr;
-    }
-    Registration(const Registration&) = delete;
-    Registration& operator=(const Registration&) = delete;
+    Registrations(const Registrations&) = delete;
+    Registrations& operator=(const Registrations&) = delete;
 
 private:
-    Runner* runner_ = nullptr;
+    struct Registration {
+        AlgoInfo* (*classInfo)() = nullptr;
+        Runnable* runner = nullptr;
+    };
+
+    template <typename... Algo>
+    void addAll(TypeList<Algo...>) {
+        registrations_ = {add<Algo>()...};
+    }
+
+    template <typename Algo>
+    static Registration add() {
+        AlgoInfo* const info = Algo::getClassInfo();
+        if (info == nullptr) return {};
+        auto* const runner = new CudaRunner<Algo>();
+        info->addRunner(runner);
+        return {&Algo::getClassInfo, runner};
+    }
+    static void remove(const Registration& registration) {
+        AlgoInfo* const info = registration.runner == nullptr ? nullptr : registration.classInfo();
+        if (info != nullptr) info->removeRunner(registration.runner);
+    }
+
+    std::array<Registration, Algorithms::size> registrations_;
 };
 
 // Set up from top to bottom at load, undone from bottom to top at unload.
 const Debugging debugging;
-const Registration<CudaAdaptiveManifoldNlmFilter, CudaNonLocalMeansRunner> nonLocalMeans;
-const Registration<CudaCrossCorrelation2d, CudaCrossCorrelation2dRunner> crossCorrelation2d;
-const Registration<CudaTemplateMatching3d, CudaTemplateMatching3dRunner> templateMatching3d;
-const Registration<CudaBoxFilter2d, CudaBoxFilter2dRunner> boxFilter2d;
-const Registration<CudaGaussianFilter3d, CudaGaussianFilter3dRunner> gaussianFilter3d;
-const Registration<CudaMedianFilter2d, CudaMedianFilter2dRunner> medianFilter2d;
-const Registration<CudaClosing2d, CudaClosing2dRunner> closing2d;
-const Registration<CudaDilation2d, CudaDilation2dRunner> dilation2d;
-const Registration<CudaErosion2d, CudaErosion2dRunner> erosion2d;
-const Registration<CudaOpening2d, CudaOpening2dRunner> opening2d;
+const Registrations registrations;
 
 }  // namespace
 

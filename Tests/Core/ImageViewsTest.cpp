@@ -25,8 +25,8 @@ HostImage countingImage(const ImageSize& size) {
 
 template <typename From, typename To>
 std::vector<To> converted(std::vector<From> values) {
-    HostImage image(test::voxelTypeOf<From>(), {values.size()}, values.data());
-    return readAll<To>(ImageModelAdapter(&image, test::voxelTypeOf<To>(), DataConvertionTypes::cast));
+    HostImage image(voxelTypeOf<From>, {values.size()}, values.data());
+    return readAll<To>(ImageModelAdapter(&image, voxelTypeOf<To>, DataConvertionTypes::cast));
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ std::vector<double> plainMeans(const HostImage& image, unsigned kernelX, unsigne
 template <typename T>
 class BoxFilter : public ::testing::Test {};
 
-using PixelTypes = ::testing::Types<std::uint8_t, std::uint16_t, std::int16_t, std::int8_t, float>;
+using PixelTypes = decltype(testedTypes(cuda::CudaBoxFilter2d::InstanceTypes{}, cuda::CudaBoxFilter2d::TypesAsFloat{}));
 
 template <typename T>
 void expectMeans(const std::vector<T>& result, const std::vector<double>& means) {

@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "DeviceVectors.h"
+#include "NonLocalMeans/CudaUtils_CUDA.h"
 #include "Utilities_CUDA/DeviceCopy_CUDA.h"
 #include "zel/Exceptions.h"
 
@@ -107,7 +108,7 @@ TEST(GetDeviceCoreInfo, KnowsTheHostDevice) {
 }
 
 TEST(GetFreeDeviceMemory, FallsByWhatIsAllocated) {
-    const std::size_t before = getFreeDeviceMemory();
+    const std::size_t before = amnlm::getFreeDeviceMemory();
     const auto memory = allocateDeviceMemory(1 << 20);
-    EXPECT_EQ(getFreeDeviceMemory(), before - (1 << 20));
+    EXPECT_EQ(amnlm::getFreeDeviceMemory(), before - (1 << 20));
 }

@@ -120,7 +120,7 @@ template <typename T>
 class ImagesOfAllKinds {
 public:
     ImagesOfAllKinds(const HostImage& content, const ImageSize& size)
-        : size_(size), rows_(HostImage(voxelTypeOf<T>(), size)) {
+        : size_(size), rows_(HostImage(voxelTypeOf<T>, size)) {
         for (ImageModel* const image : all()) copyRows(content, *image);
     }
 
@@ -133,9 +133,9 @@ private:
 
     ImageSize size_;
     std::vector<T> memory_ = std::vector<T>((size_.x + 13) * size_.y * size_.z);
-    HostImage withGaps_{voxelTypeOf<T>(), size_, memory_.data(), (size_.x + 13) * sizeof(T)};
+    HostImage withGaps_{voxelTypeOf<T>, size_, memory_.data(), (size_.x + 13) * sizeof(T)};
     RowsOnlyImage rows_;
-    HostImage large_{voxelTypeOf<T>(), {size_.x + 30, size_.y + 30, size_.z + 5}};
+    HostImage large_{voxelTypeOf<T>, {size_.x + 30, size_.y + 30, size_.z + 5}};
     ImageModelSizeProxy outer_{&large_, 5, size_.x + 20, 4, size_.y + 20, 1, size_.z + 3, 0, 1, 0, 1};
     ImageModelSizeProxy part_ = partOf(outer_, 11, 13, 2);
     std::unique_ptr<ImageModel> deviceLarge_ = onDevice(large_);

@@ -66,7 +66,7 @@ TYPED_TEST(GaussianFilter, GivesThePlainResultWhereverTheImagesLieAndHoweverThey
         if (expected.size() < 300) tiles.push_back({1, 1, 1});  // a tile for each voxel
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         expectEverywhere(expected, tiles, [&](const Placement3d& placement) {
-            return GaussianFilterRun(image, voxelTypeOf<Out>(), test.parameters, placement);
+            return GaussianFilterRun(image, voxelTypeOf<Out>, test.parameters, placement);
         });
     }
 }

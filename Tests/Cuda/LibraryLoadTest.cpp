@@ -16,14 +16,9 @@ using namespace zel::cuda;
 
 namespace {
 
-template <typename... Algos>
-std::vector<AlgoInfo*> infosOf() {
-    return {Algos::getClassInfo()...};
-}
-
-const auto allInfos =
-    infosOf<CudaAdaptiveManifoldNlmFilter, CudaCrossCorrelation2d, CudaTemplateMatching3d, CudaBoxFilter2d,
-            CudaGaussianFilter3d, CudaMedianFilter2d, CudaClosing2d, CudaDilation2d, CudaErosion2d, CudaOpening2d>();
+const auto allInfos = []<typename... Algo>(TypeList<Algo...>) {
+    return std::vector<AlgoInfo*>{Algo::getClassInfo()...};
+}(Algorithms{});
 
 std::vector<std::size_t> runnerCounts() {
     std::vector<std::size_t> counts;
@@ -52,7 +47,7 @@ private:
     static ssize_t write(void* self, const char* text, std::size_t length) {
         auto* const watched = static_cast<WatchedStandardError*>(self);
         watched->text_.append(text, length);
-        watched->runnersSeen_ = watched->runnersSeen_ || runnerCounts() != std::vector<std::size_t>(10, 0);
+        watched->runnersSeen_ = watched->runnersSeen_ || runnerCounts() != std::vector<std::size_t>(allInfos.size(), 0);
         return static_cast<ssize_t>(length);
     }
 
@@ -72,13 +67,13 @@ std::unique_ptr<void, CloseLibrary> loadLibrary() {
 }  // namespace
 
 // The debug facility is there before any runner is.
-TEST(Library, SetsUpDebuggingAndTenRunnersAtEachLoadAndTakesThemBackAtUnload) {
+TEST(Library, SetsUpDebuggingAndAllRunnersAtEachLoadAndTakesThemBackAtUnload) {
     const test::DebugEnvironment environment{{"KESTA_DEBUG", "1"},
                                              {"KESTA_DEBUG_LEVEL", "-1"},
                                              {"KESTA_DEBUG_FUNC_FILTER", "f g"},
                                              {"KESTA_DEBUG_PACKAGE_FILTER", "p"}};
     for (int repeat = 0; repeat < 2; ++repeat) {
-        EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(10, 0));
+        EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(allInfos.size(), 0));
         {
             const WatchedStandardError watched;
             const auto library = loadLibrary();
@@ -89,7 +84,7 @@ TEST(Library, SetsUpDebuggingAndTenRunnersAtEachLoadAndTakesThemBackAtUnload) {
                       "   level set to KESTA_DEBUG_LEVEL = NONE\n"
                       "   set funcfilter from KESTA_DEBUG_FUNC_FILTER = (f, g, )\n"
                       "   set packagefilter from KESTA_DEBUG_PACKAGE_FILTER = (p, )\n");
-            EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(10, 1));
+            EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(allInfos.size(), 1));
             for (const AlgoInfo* info : allInfos) {
                 Runnable* const runner = info->availableRunner();
                 ASSERT_NE(runner, nullptr) << info->className();
@@ -98,7 +93,7 @@ TEST(Library, SetsUpDebuggingAndTenRunnersAtEachLoadAndTakesThemBackAtUnload) {
         }
         EXPECT_EQ(dlopen(ZEL_CUDA_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "something keeps the library in memory";
     }
-    EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(10, 0));
+    EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(allInfos.size(), 0));
 }
 
 TEST(Library, ExportsItsFourFunctionsAndNothingElseIsNeeded) {

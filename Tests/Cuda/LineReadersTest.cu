@@ -7,6 +7,7 @@
 #include "Kernels/ReadColumn.h"
 #include "Kernels/ReadRow.h"
 #include "Kernels/ReadZLine.h"
+#include "TestImages.h"
 
 using namespace zel::cuda;
 using namespace zel::test;
@@ -106,8 +107,7 @@ private:
     const std::shared_ptr<void> image_ = toDevice(testImage<T>());
 };
 
-using PixelTypes = ::testing::Types<std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t, std::int32_t,
-                                    float, double>;
+using PixelTypes = decltype(testedTypes(zel::KernelTypes{}));
 TYPED_TEST_SUITE(LineReadersTest, PixelTypes);
 
 }  // namespace

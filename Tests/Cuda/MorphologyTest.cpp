@@ -61,7 +61,7 @@ void expectPlain(HostImage& image, unsigned radius, bool square) {
 template <typename T>
 class Morphology : public ::testing::Test {};
 
-using PixelTypes = ::testing::Types<std::uint8_t, std::uint16_t, std::int8_t, std::int16_t, float>;
+using PixelTypes = decltype(testedTypes(cuda::CudaErosion2d::InstanceTypes{}, cuda::CudaErosion2d::TypesAsFloat{}));
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -12,13 +14,9 @@
 
 namespace zel::test {
 
-template <typename T>
-constexpr VoxelTypes voxelTypeOf() {
-    if constexpr (std::is_same_v<T, float>) return VoxelTypes::float32;
-    if constexpr (std::is_same_v<T, double>) return VoxelTypes::float64;
-    constexpr int log2Size = sizeof(T) == 1 ? 0 : sizeof(T) == 2 ? 1 : sizeof(T) == 4 ? 2 : 3;
-    return static_cast<VoxelTypes>((std::is_signed_v<T> ? 4 : 0) + log2Size);
-}
+/// Types as typed tests want them.
+template <typename... T, typename... More>
+::testing::Types<T..., More...> testedTypes(TypeList<T...>, TypeList<More...> = {});
 
 /// Voxels of an image without gaps.
 template <typename T>
@@ -29,7 +27,7 @@ T* voxels(HostImage& image) {
 /// An image of its own, filled from the seed: integers over their whole range, floats around 0.
 template <typename T>
 HostImage randomImage(const ImageSize& size, unsigned seed) {
-    HostImage image(voxelTypeOf<T>(), size);
+    HostImage image(voxelTypeOf<T>, size);
     std::mt19937 random(seed);
     const std::size_t count = size.x * size.y * size.z * size.i3 * size.i4;
     for (std::size_t i = 0; i < count; ++i) {

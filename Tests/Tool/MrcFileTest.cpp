@@ -72,7 +72,7 @@ TEST_F(MrcFileTest, ReadsEveryModeInBothByteOrders) {
                 std::string bytes = mrc.header();
                 for (const std::uint32_t code : codes) bytes += mrc.number(code, size);
                 const HostImage image = read(bytes + "trailing");
-                ASSERT_EQ(image.getDataType(), voxelTypeOf<T>());
+                ASSERT_EQ(image.getDataType(), voxelTypeOf<T>);
                 EXPECT_EQ(readAll<T>(image), expected);
             }
         }

@@ -52,7 +52,7 @@ TEST_F(TiffFileTest, ReadsEveryTypeInBothByteOrdersAndBothFormats) {
             }
             tiff.page(2, 2, {voxels}, {{bitsTag, {8 * sizeof(T)}}, {formatTag, {format}}});
             const HostImage image = read(tiff);
-            EXPECT_EQ(image.getDataType(), voxelTypeOf<T>());
+            EXPECT_EQ(image.getDataType(), voxelTypeOf<T>);
             EXPECT_EQ(readAll<T>(image), values) << "variant " << variant;
         }
     };

@@ -11,14 +11,16 @@
 
 /// The table of voxel types, X(name, code, C++ type) each. Names are NumPy's; codes are part of the interface to the
 /// back ends. These are the types that the back ends have kernels for:
-#define ZEL_FOR_EACH_KERNEL_TYPE(X) \
-    X(uint8, 0, std::uint8_t)       \
-    X(uint16, 1, std::uint16_t)     \
-    X(uint32, 2, std::uint32_t)     \
-    X(int8, 4, std::int8_t)         \
-    X(int16, 5, std::int16_t)       \
-    X(int32, 6, std::int32_t)       \
-    X(float32, 8, float)            \
+#define ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) \
+    X(uint8, 0, std::uint8_t)               \
+    X(uint16, 1, std::uint16_t)             \
+    X(uint32, 2, std::uint32_t)             \
+    X(int8, 4, std::int8_t)                 \
+    X(int16, 5, std::int16_t)               \
+    X(int32, 6, std::int32_t)
+#define ZEL_FOR_EACH_KERNEL_TYPE(X)     \
+    ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) \
+    X(float32, 8, float)                \
     X(float64, 9, double)
 /// And all, codes from 0 on without a gap. A complex number is its real and its imaginary part.
 #define ZEL_FOR_EACH_VOXEL_TYPE(X)        \

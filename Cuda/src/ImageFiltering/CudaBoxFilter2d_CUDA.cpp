@@ -1,13 +1,11 @@
-#include "CudaBoxFilter2d_CUDA.h"
-
 #include <nppi_filtering_functions.h>
 
-#include "Helper/safe_cast.h"
 #include "NppArguments_CUDA.h"
-#include "Tiling/BaseImplCudaAlgorithm2dImageToImage.h"
+#include "Runners/CudaRunners_CUDA.h"
+#include "Runners/InstanceChoice_CUDA.h"
+#include "Tiling/TiledImageToImage.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
 #include "Utilities_CUDA/StatusChecks_CUDA.h"
-#include "zel/algorithms/CudaBoxFilter2d.h"
 
 namespace zel::cuda {
 
@@ -49,34 +47,18 @@ struct BoxFilterTilingProcessingFunctor {
 };
 
 template <typename T>
-class CudaBoxFilter2dImpl final
-    : public BaseImplCudaAlgorithm2dImageToImage<CudaBoxFilter2d, T, T, BoxFilterTilingProcessingFunctor<T>> {
-    using BaseImplCudaAlgorithm2dImageToImage<CudaBoxFilter2d, T, T,
-                                              BoxFilterTilingProcessingFunctor<T>>::BaseImplCudaAlgorithm2dImageToImage;
-};
-
-template <typename T>
-void runBoxFilter(CudaBoxFilter2d* algorithm) {
-    const auto context = makeNppStreamContext(algorithm->cudaContext);
-    BoxFilterTilingProcessingFunctor<T> functor(algorithm->kernelSizeX, algorithm->kernelSizeY, context.get());
-    const Vector3<unsigned> overlap{functor.sizeX / 2, functor.sizeY / 2, 0};
-    CudaBoxFilter2dImpl<T>(algorithm, overlap, &functor, context->hStream).run();
-}
+using CudaBoxFilter2dImpl =
+    BaseImplCudaAlgorithm2dImageToImage<CudaBoxFilter2d, T, T, BoxFilterTilingProcessingFunctor<T>>;
 
 }  // namespace
 
-void CudaBoxFilter2dRunner::run(BaseAlgorithm* algorithm) {
-    auto* const filter = safe_cast<CudaBoxFilter2d*>(algorithm);
-    switch (filter->inputImage.get()->getDataType()) {
-        case VoxelTypes::uint8:
-            return runBoxFilter<Npp8u>(filter);
-        case VoxelTypes::uint16:
-            return runBoxFilter<Npp16u>(filter);
-        case VoxelTypes::int16:
-            return runBoxFilter<Npp16s>(filter);
-        default:
-            return runBoxFilter<Npp32f>(filter);
-    }
+void runOnGpu(CudaBoxFilter2d* algorithm) {
+    withInstance<float>(*algorithm, [&]<typename T>() {
+        const auto context = makeNppStreamContext(algorithm->cudaContext);
+        BoxFilterTilingProcessingFunctor<T> functor(algorithm->kernelSizeX, algorithm->kernelSizeY, context.get());
+        const Vector3<unsigned> overlap{functor.sizeX / 2, functor.sizeY / 2, 0};
+        CudaBoxFilter2dImpl<T>(algorithm, overlap, &functor, context->hStream).run();
+    });
 }
 
 }  // namespace zel::cuda

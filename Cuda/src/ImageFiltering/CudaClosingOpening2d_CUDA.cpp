@@ -1,10 +1,7 @@
-#include "CudaClosingOpening2d_CUDA.h"
-
-#include "Helper/safe_cast.h"
 #include "MorphologyPasses_CUDA.h"
 #include "MorphologyRun_CUDA.h"
-#include "Tiling/BaseImplCudaAlgorithm2dImageToImage.h"
-#include "zel/algorithms/Morphology2d.h"
+#include "Runners/CudaRunners_CUDA.h"
+#include "Tiling/TiledImageToImage.h"
 
 namespace zel::cuda {
 
@@ -40,21 +37,17 @@ struct ClosingOpeningTilingProcessingFunctor : MorphologyFunctor<T> {
 };
 
 template <typename Algo, typename T>
-class CudaClosingOpening2dImpl final
-    : public BaseImplCudaAlgorithm2dImageToImage<Algo, T, T, ClosingOpeningTilingProcessingFunctor<T>> {
-public:
-    using Functor = ClosingOpeningTilingProcessingFunctor<T>;
-    using BaseImplCudaAlgorithm2dImageToImage<Algo, T, T, Functor>::BaseImplCudaAlgorithm2dImageToImage;
-};
+using CudaClosingOpening2dImpl =
+    BaseImplCudaAlgorithm2dImageToImage<Algo, T, T, ClosingOpeningTilingProcessingFunctor<T>>;
 
 }  // namespace
 
-void CudaOpening2dRunner::run(BaseAlgorithm* algorithm) {
-    runMorphology<CudaClosingOpening2dImpl>(safe_cast<CudaOpening2d*>(algorithm), false, 2);
+void runOnGpu(CudaOpening2d* algorithm) {
+    runMorphology<CudaClosingOpening2dImpl>(algorithm, false, 2);
 }
 
-void CudaClosing2dRunner::run(BaseAlgorithm* algorithm) {
-    runMorphology<CudaClosingOpening2dImpl>(safe_cast<CudaClosing2d*>(algorithm), true, 2);
+void runOnGpu(CudaClosing2d* algorithm) {
+    runMorphology<CudaClosingOpening2dImpl>(algorithm, true, 2);
 }
 
 }  // namespace zel::cuda

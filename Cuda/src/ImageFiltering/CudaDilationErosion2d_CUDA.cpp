@@ -1,10 +1,7 @@
-#include "CudaDilationErosion2d_CUDA.h"
-
-#include "Helper/safe_cast.h"
 #include "MorphologyPasses_CUDA.h"
 #include "MorphologyRun_CUDA.h"
-#include "Tiling/BaseImplCudaAlgorithm2dImageToImage.h"
-#include "zel/algorithms/Morphology2d.h"
+#include "Runners/CudaRunners_CUDA.h"
+#include "Tiling/TiledImageToImage.h"
 
 namespace zel::cuda {
 
@@ -25,21 +22,17 @@ struct ErosionDilationTilingProcessingFunctor : MorphologyFunctor<T> {
 };
 
 template <typename Algo, typename T>
-class CudaDilationErosion2dImpl final
-    : public BaseImplCudaAlgorithm2dImageToImage<Algo, T, T, ErosionDilationTilingProcessingFunctor<T>> {
-public:
-    using Functor = ErosionDilationTilingProcessingFunctor<T>;
-    using BaseImplCudaAlgorithm2dImageToImage<Algo, T, T, Functor>::BaseImplCudaAlgorithm2dImageToImage;
-};
+using CudaDilationErosion2dImpl =
+    BaseImplCudaAlgorithm2dImageToImage<Algo, T, T, ErosionDilationTilingProcessingFunctor<T>>;
 
 }  // namespace
 
-void CudaErosion2dRunner::run(BaseAlgorithm* algorithm) {
-    runMorphology<CudaDilationErosion2dImpl>(safe_cast<CudaErosion2d*>(algorithm), false, 1);
+void runOnGpu(CudaErosion2d* algorithm) {
+    runMorphology<CudaDilationErosion2dImpl>(algorithm, false, 1);
 }
 
-void CudaDilation2dRunner::run(BaseAlgorithm* algorithm) {
-    runMorphology<CudaDilationErosion2dImpl>(safe_cast<CudaDilation2d*>(algorithm), true, 1);
+void runOnGpu(CudaDilation2d* algorithm) {
+    runMorphology<CudaDilationErosion2dImpl>(algorithm, true, 1);
 }
 
 }  // namespace zel::cuda

@@ -1,14 +1,11 @@
-#include "CudaGaussianFilter3d_CUDA.h"
-
 #include "GaussianKernel_CUDA.h"
 #include "Helper/raise.h"
-#include "Helper/safe_cast.h"
 #include "Kernels/CudaConvolution1d.h"
-#include "Tiling/BaseImplCudaAlgorithm3dImageToImage.h"
+#include "Runners/CudaRunners_CUDA.h"
+#include "Tiling/TiledImageToImage.h"
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
 #include "Utilities_CUDA/StatusChecks_CUDA.h"
-#include "zel/algorithms/CudaGaussianFilter3d.h"
 
 namespace zel::cuda {
 
@@ -23,35 +20,24 @@ void endPass(AbstractPrivateImplementation& implementation) {
     implementation.nextStep();
 }
 
-/// The passes along x, y and z: into the work area, within it, and out of it. It may be the output itself.
-template <typename Tin, typename Twork, typename Tout, typename Functor>
-void gaussianThreePasses(const Tin* in, std::size_t inPitch, std::size_t inSlicePitch, Twork* temporary,
-                         std::size_t temporaryPitch, std::size_t temporarySlicePitch, Tout* out, std::size_t outPitch,
-                         std::size_t outSlicePitch, const Vector3<unsigned>& size, cudaStream_t stream,
-                         const Functor& functor) {
-    const auto taps = [](const std::shared_ptr<void>& kernel) { return static_cast<const float*>(kernel.get()); };
-    convolution1dOnRows(in, inPitch, inSlicePitch, temporary, temporaryPitch, temporarySlicePitch, size.x, size.y,
-                        size.z, taps(functor.tapsX), functor.tapCountX, stream, functor.multiProcessors,
-                        functor.coresPerMultiProcessor);
-    endPass(*functor.implementation);
-    convolution1dOnColumns(temporary, temporaryPitch, temporarySlicePitch, temporary, temporaryPitch,
-                           temporarySlicePitch, size.x, size.y, size.z, taps(functor.tapsY), functor.tapCountY, stream,
-                           functor.multiProcessors, functor.coresPerMultiProcessor);
-    endPass(*functor.implementation);
-    convolution1dOnZLines(temporary, temporaryPitch, temporarySlicePitch, out, outPitch, outSlicePitch, size.x, size.y,
-                          size.z, taps(functor.tapsZ), functor.tapCountZ, stream, functor.multiProcessors,
-                          functor.coresPerMultiProcessor);
-}
-
 /// All that the processing of a tile needs; made once per run. T is the input's voxel type, U the output's.
 template <typename T, typename U>
 struct CudaGaussianFilter3dTilingProcessingFunctor {
+    /// The passes along x, y and z: into the work area, within it, and out of it. It may be the output itself.
     template <typename Work>
-    void process(const T* src, std::size_t srcPitch, std::size_t srcSlicePitch, Work* tmp, std::size_t tmpPitch,
-                 std::size_t tmpSlicePitch, U* dst, std::size_t dstPitch, std::size_t dstSlicePitch,
-                 const Vector3<unsigned>& size, cudaStream_t stream) const {
-        gaussianThreePasses(src, srcPitch, srcSlicePitch, tmp, tmpPitch, tmpSlicePitch, dst, dstPitch, dstSlicePitch,
-                            size, stream, *this);
+    void process(const T* in, std::size_t inPitch, std::size_t inSlicePitch, Work* temporary,
+                 std::size_t temporaryPitch, std::size_t temporarySlicePitch, U* out, std::size_t outPitch,
+                 std::size_t outSlicePitch, const Vector3<unsigned>& size, cudaStream_t stream) const {
+        const auto taps = [](const std::shared_ptr<void>& kernel) { return static_cast<const float*>(kernel.get()); };
+        convolution1dOnRows(in, inPitch, inSlicePitch, temporary, temporaryPitch, temporarySlicePitch, size.x, size.y,
+                            size.z, taps(tapsX), tapCountX, stream, multiProcessors, coresPerMultiProcessor);
+        endPass(*implementation);
+        convolution1dOnColumns(temporary, temporaryPitch, temporarySlicePitch, temporary, temporaryPitch,
+                               temporarySlicePitch, size.x, size.y, size.z, taps(tapsY), tapCountY, stream,
+                               multiProcessors, coresPerMultiProcessor);
+        endPass(*implementation);
+        convolution1dOnZLines(temporary, temporaryPitch, temporarySlicePitch, out, outPitch, outSlicePitch, size.x,
+                              size.y, size.z, taps(tapsZ), tapCountZ, stream, multiProcessors, coresPerMultiProcessor);
     }
 
     std::shared_ptr<void> tapsX;
@@ -68,13 +54,9 @@ struct CudaGaussianFilter3dTilingProcessingFunctor {
 };
 
 template <typename T, typename U>
-class CudaGaussianFilter3dImpl final
-    : public BaseImplCudaAlgorithm3dImageToImage<CudaGaussianFilter3d, T, U,
-                                                 CudaGaussianFilter3dTilingProcessingFunctor<T, U>, 3> {
-    using BaseImplCudaAlgorithm3dImageToImage<CudaGaussianFilter3d, T, U,
-                                              CudaGaussianFilter3dTilingProcessingFunctor<T, U>,
-                                              3>::BaseImplCudaAlgorithm3dImageToImage;
-};
+using CudaGaussianFilter3dImpl =
+    BaseImplCudaAlgorithm3dImageToImage<CudaGaussianFilter3d, T, U, CudaGaussianFilter3dTilingProcessingFunctor<T, U>,
+                                        3>;
 
 /// Where a run happens. The current device stays as it is.
 struct StreamAndDevice {
@@ -120,37 +102,21 @@ void runGaussian(CudaGaussianFilter3d* algorithm) {
     implementation.run();
 }
 
-template <typename T>
-void runGaussianInto(CudaGaussianFilter3d* algorithm) {
-    if (algorithm->outputImage.get()->getDataType() == VoxelTypes::float32) return runGaussian<T, float>(algorithm);
-    runGaussian<T, T>(algorithm);
-}
-
 }  // namespace
 
-void CudaGaussianFilter3dRunner::run(BaseAlgorithm* algorithm) {
-    auto* const filter = safe_cast<CudaGaussianFilter3d*>(algorithm);
-    const VoxelTypes type = filter->inputImage.get()->getDataType();
-    switch (type) {
-        case VoxelTypes::uint8:
-            return runGaussianInto<std::uint8_t>(filter);
-        case VoxelTypes::uint16:
-            return runGaussianInto<std::uint16_t>(filter);
-        case VoxelTypes::uint32:
-            return runGaussianInto<std::uint32_t>(filter);
-        case VoxelTypes::int8:
-            return runGaussianInto<std::int8_t>(filter);
-        case VoxelTypes::int16:
-            return runGaussianInto<std::int16_t>(filter);
-        case VoxelTypes::int32:
-            return runGaussianInto<std::int32_t>(filter);
-        case VoxelTypes::float32:
-            return runGaussian<float, float>(filter);
-        case VoxelTypes::float64:
-            return runGaussianInto<double>(filter);
-        default:
-            raise<RuntimeError>("Cuda/src/ImageFiltering/CudaGaussianFilter3d_CUDA", __LINE__,
-                                "Unsupported input data type ", static_cast<int>(type));
+void runOnGpu(CudaGaussianFilter3d* algorithm) {
+    const VoxelTypes type = algorithm->inputImage.get()->getDataType();
+    const bool intoFloat = algorithm->outputImage.get()->getDataType() == VoxelTypes::float32;
+    const bool isKnown = visitVoxelType(type, CudaGaussianFilter3d::InstanceTypes{}, [&]<typename T>() {
+        if (intoFloat) {
+            runGaussian<T, float>(algorithm);
+        } else {
+            runGaussian<T, T>(algorithm);
+        }
+    });
+    if (!isKnown) {
+        raise<RuntimeError>("Cuda/src/ImageFiltering/CudaGaussianFilter3d_CUDA", __LINE__,
+                            "Unsupported input data type ", static_cast<int>(type));
     }
 }
 

@@ -3,9 +3,9 @@
 #include <cstdint>
 
 #include "NppArguments_CUDA.h"
+#include "Runners/InstanceChoice_CUDA.h"
 #include "Utilities_CUDA/DeviceImage.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
-#include "zel/ImageModel.h"
 
 namespace zel::cuda {
 
@@ -32,20 +32,12 @@ struct MorphologyFunctor {
 /// @param chains    operations of the radius applied in turn: each needs a margin of its own.
 template <template <typename, typename> typename Impl, typename Algo>
 void runMorphology(Algo* algorithm, bool dilateFirst, unsigned chains) {
-    const auto runAs = [&]<typename T>(T) {
+    withInstance<float>(*algorithm, [&]<typename T>() {
         const auto context = makeNppStreamContext(algorithm->cudaContext);
         typename Impl<Algo, T>::Functor functor(*algorithm, dilateFirst, context.get());
         const unsigned margin = chains * algorithm->kernelRadius.get();
         Impl<Algo, T>(algorithm, Vector3<unsigned>{margin, margin, 0}, &functor, context->hStream).run();
-    };
-    switch (algorithm->inputImage.get()->getDataType()) {
-        case VoxelTypes::uint8:
-            return runAs(std::uint8_t{});
-        case VoxelTypes::uint16:
-            return runAs(std::uint16_t{});
-        default:
-            return runAs(float{});
-    }
+    });
 }
 
 }  // namespace zel::cuda

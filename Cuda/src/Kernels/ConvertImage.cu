@@ -1,13 +1,16 @@
 #include "ConvertImage.h"
 
+#include <array>
 #include <cmath>
+#include <tuple>
 #include <type_traits>
 
 #include "FloatToInteger.h"
-#include "OffsetBytes.h"
 #include "RowLaunch.h"
 #include "Utilities_CUDA/DeviceCopy_CUDA.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 #include "lanes.h"
+#include "zel/VoxelTypes.h"
 
 namespace zel::cuda {
 
@@ -92,38 +95,37 @@ LAUNCHER(float, float)
 LAUNCHER(double, double)
 #undef LAUNCHER
 
-#define KERNEL(FROM, TO, MODE)                                                                                     \
-    template __global__ void convertImage2dKernel<FROM, TO, RoundMode::MODE>(const FROM*, unsigned long long, TO*, \
-                                                                             unsigned long long, unsigned long long);
-#define ALL_MODES(FROM, TO)       \
-    KERNEL(FROM, TO, NearestEven) \
-    KERNEL(FROM, TO, HalfUp)      \
-    KERNEL(FROM, TO, TowardZero)  \
-    KERNEL(FROM, TO, Up)          \
-    KERNEL(FROM, TO, Down)
-// From one real type to the seven others, and to the complex ones.
-#define FROM_REAL(FROM, A, B, C, D, E, F, G) \
-    ALL_MODES(FROM, A)                       \
-    ALL_MODES(FROM, B)                       \
-    ALL_MODES(FROM, C)                       \
-    ALL_MODES(FROM, D)                       \
-    ALL_MODES(FROM, E)                       \
-    ALL_MODES(FROM, F)                       \
-    ALL_MODES(FROM, G)                       \
-    KERNEL(FROM, float2, TowardZero)         \
-    KERNEL(FROM, double2, TowardZero)
-FROM_REAL(std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t, std::int32_t, float, double)
-FROM_REAL(std::uint16_t, std::uint8_t, std::uint32_t, std::int8_t, std::int16_t, std::int32_t, float, double)
-FROM_REAL(std::uint32_t, std::uint8_t, std::uint16_t, std::int8_t, std::int16_t, std::int32_t, float, double)
-FROM_REAL(std::int8_t, std::uint8_t, std::uint16_t, std::uint32_t, std::int16_t, std::int32_t, float, double)
-FROM_REAL(std::int16_t, std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int32_t, float, double)
-FROM_REAL(std::int32_t, std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t, float, double)
-FROM_REAL(float, std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t, std::int32_t, double)
-FROM_REAL(double, std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t, std::int32_t, float)
-KERNEL(float2, double2, TowardZero)
-KERNEL(double2, float2, TowardZero)
-#undef FROM_REAL
-#undef ALL_MODES
-#undef KERNEL
+namespace {
+
+template <typename From, typename To>
+constexpr auto kernelsBetween() {
+    if constexpr (std::is_same_v<From, To>) {
+        return nullptr;
+    } else {
+        return std::array{
+            &convertImage2dKernel<From, To, RoundMode::NearestEven>, &convertImage2dKernel<From, To, RoundMode::HalfUp>,
+            &convertImage2dKernel<From, To, RoundMode::TowardZero>, &convertImage2dKernel<From, To, RoundMode::Up>,
+            &convertImage2dKernel<From, To, RoundMode::Down>};
+    }
+}
+
+}  // namespace
+
+/// Makes the instances that no launcher reaches.
+template <typename From, typename... To>
+auto makeKernelsFrom(TypeList<To...>) {
+    return std::tuple{kernelsBetween<From, To>()..., &convertImage2dKernel<From, float2, RoundMode::TowardZero>,
+                      &convertImage2dKernel<From, double2, RoundMode::TowardZero>};
+}
+#define KERNELS(NAME, CODE, FROM) template auto makeKernelsFrom<FROM>(KernelTypes);
+ZEL_FOR_EACH_KERNEL_TYPE(KERNELS)
+#undef KERNELS
+template __global__ void convertImage2dKernel<float2, double2, RoundMode::TowardZero>(const float2*, unsigned long long,
+                                                                                      double2*, unsigned long long,
+                                                                                      unsigned long long);
+template __global__ void convertImage2dKernel<double2, float2, RoundMode::TowardZero>(const double2*,
+                                                                                      unsigned long long, float2*,
+                                                                                      unsigned long long,
+                                                                                      unsigned long long);
 
 }  // namespace zel::cuda

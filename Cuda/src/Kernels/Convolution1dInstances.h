@@ -1,19 +1,14 @@
 #pragma once
 
-#include <cstdint>
+#include "CudaConvolution1d.h"
+#include "zel/VoxelTypes.h"
 
-/// Applies a macro to the pixel types, in and out, that a 1D convolution has an instance for.
-#define ZEL_FOR_EACH_CONVOLUTION_PAIR(INSTANCE)               \
-    ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, std::uint8_t)  \
-    ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, std::uint16_t) \
-    ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, std::uint32_t) \
-    ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, std::int8_t)   \
-    ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, std::int16_t)  \
-    ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, std::int32_t)  \
-    ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, double)        \
-    INSTANCE(float, float)
-
-#define ZEL_CONVOLUTION_PAIRS_WITH_FLOAT(INSTANCE, T) \
-    INSTANCE(T, T)                                    \
-    INSTANCE(T, float)                                \
-    INSTANCE(float, T)
+/// Instances of a convolution launcher: for each pixel type in to itself, to float and from float.
+#define ZEL_INSTANCE(LAUNCHER, IN, OUT)                                                                                \
+    template void LAUNCHER(const IN*, std::uint64_t, std::uint64_t, OUT*, std::uint64_t, std::uint64_t, std::uint64_t, \
+                           std::uint64_t, std::uint64_t, const float*, std::uint64_t, cudaStream_t, unsigned int,      \
+                           unsigned int);
+#define ZEL_INSTANCES_WITH_FLOAT(LAUNCHER, T) \
+    ZEL_INSTANCE(LAUNCHER, T, T)              \
+    ZEL_INSTANCE(LAUNCHER, T, float)          \
+    ZEL_INSTANCE(LAUNCHER, float, T)

@@ -2,8 +2,8 @@
 #include "Convolution1dLaunch.h"
 #include "Convolution1dTaps.h"
 #include "CudaConvolution1d.h"
-#include "OffsetBytes.h"
 #include "ReadColumn.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 #include "lanes.h"
 
 namespace zel::cuda {
@@ -40,11 +40,10 @@ void convolution1dOnColumns(const TIn* src, std::uint64_t srcPitch, std::uint64_
                              height, depth);
 }
 
-#define LAUNCHER(IN, OUT)                                                                                             \
-    template void convolution1dOnColumns(const IN*, std::uint64_t, std::uint64_t, OUT*, std::uint64_t, std::uint64_t, \
-                                         std::uint64_t, std::uint64_t, std::uint64_t, const float*, std::uint64_t,    \
-                                         cudaStream_t, unsigned int, unsigned int);
-ZEL_FOR_EACH_CONVOLUTION_PAIR(LAUNCHER)
-#undef LAUNCHER
+#define LAUNCHERS(NAME, CODE, T) ZEL_INSTANCES_WITH_FLOAT(convolution1dOnColumns, T)
+ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(LAUNCHERS)
+ZEL_INSTANCES_WITH_FLOAT(convolution1dOnColumns, double)
+ZEL_INSTANCE(convolution1dOnColumns, float, float)
+#undef LAUNCHERS
 
 }  // namespace zel::cuda

@@ -3,8 +3,8 @@
 #include "Convolution1dTaps.h"
 #include "CudaConvolution1d.h"
 #include "MirrorIndex.h"
-#include "OffsetBytes.h"
 #include "ReadRow.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 #include "lanes.h"
 
 namespace zel::cuda {
@@ -47,11 +47,10 @@ void convolution1dOnRows(const TIn* src, std::uint64_t srcPitch, std::uint64_t s
                              height, depth);
 }
 
-#define LAUNCHER(IN, OUT)                                                                                          \
-    template void convolution1dOnRows(const IN*, std::uint64_t, std::uint64_t, OUT*, std::uint64_t, std::uint64_t, \
-                                      std::uint64_t, std::uint64_t, std::uint64_t, const float*, std::uint64_t,    \
-                                      cudaStream_t, unsigned int, unsigned int);
-ZEL_FOR_EACH_CONVOLUTION_PAIR(LAUNCHER)
-#undef LAUNCHER
+#define LAUNCHERS(NAME, CODE, T) ZEL_INSTANCES_WITH_FLOAT(convolution1dOnRows, T)
+ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(LAUNCHERS)
+ZEL_INSTANCES_WITH_FLOAT(convolution1dOnRows, double)
+ZEL_INSTANCE(convolution1dOnRows, float, float)
+#undef LAUNCHERS
 
 }  // namespace zel::cuda

@@ -3,8 +3,8 @@
 #include "Convolution1dTaps.h"
 #include "CudaConvolution1d.h"
 #include "MirrorIndex.h"
-#include "OffsetBytes.h"
 #include "ReadZLine.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 #include "lanes.h"
 
 namespace zel::cuda {
@@ -46,11 +46,10 @@ void convolution1dOnZLines(const TIn* src, std::uint64_t srcPitch, std::uint64_t
                              height, depth);
 }
 
-#define LAUNCHER(IN, OUT)                                                                                            \
-    template void convolution1dOnZLines(const IN*, std::uint64_t, std::uint64_t, OUT*, std::uint64_t, std::uint64_t, \
-                                        std::uint64_t, std::uint64_t, std::uint64_t, const float*, std::uint64_t,    \
-                                        cudaStream_t, unsigned int, unsigned int);
-ZEL_FOR_EACH_CONVOLUTION_PAIR(LAUNCHER)
-#undef LAUNCHER
+#define LAUNCHERS(NAME, CODE, T) ZEL_INSTANCES_WITH_FLOAT(convolution1dOnZLines, T)
+ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(LAUNCHERS)
+ZEL_INSTANCES_WITH_FLOAT(convolution1dOnZLines, double)
+ZEL_INSTANCE(convolution1dOnZLines, float, float)
+#undef LAUNCHERS
 
 }  // namespace zel::cuda

@@ -1,7 +1,7 @@
 #include "ReadColumn.h"
 
-#include "MirrorIndex.h"
-#include "OffsetBytes.h"
+#include "MirroredLine.h"
+#include "zel/VoxelTypes.h"
 
 namespace zel::cuda {
 
@@ -25,22 +25,17 @@ template <typename T, typename Line>
 __device__ void readColumnMirrorParallel(const T* image, std::uint64_t pitch, std::uint64_t slicePitch,
                                          std::uint64_t height, Line line, int begin, int count, std::uint64_t x,
                                          std::uint64_t z, int lane, int stride) {
-    const T* const first = columnStart(image, slicePitch, x, z);
-    for (int i = lane; i < count; i += stride) {
-        const int pixel = mirrorIndex(begin + i, static_cast<int>(height));
-        storePosition(line, i, offsetBytes(first, pixel * pitch));
-    }
+    readMirrored(ImageLine<T>{columnStart(image, slicePitch, x, z), pitch}, height, line, begin, count, lane, stride);
 }
 
 template <typename T>
 __device__ void readColumnMirrorParallel(const T* image, std::uint64_t, std::uint64_t slicePitch, std::uint64_t,
                                          LaneShared<T>* line, LaneShared<unsigned long long>* offsets, int count,
                                          std::uint64_t x, std::uint64_t z, int lane, int stride) {
-    const T* const first = columnStart(image, slicePitch, x, z);
-    for (int i = lane; i < count; i += stride) line[i] = *offsetBytes(first, offsets[i]);
+    readByOffsets(columnStart(image, slicePitch, x, z), line, offsets, count, lane, stride);
 }
 
-#define READERS(T)                                                                                                   \
+#define READERS(NAME, CODE, T)                                                                                       \
     template __device__ void readColumnMirror(const T*, std::uint64_t, std::uint64_t, std::uint64_t, LaneShared<T>*, \
                                               int, int, std::uint64_t, std::uint64_t);                               \
     template __device__ void readColumnMirrorParallel(const T*, std::uint64_t, std::uint64_t, std::uint64_t,         \
@@ -52,14 +47,7 @@ __device__ void readColumnMirrorParallel(const T* image, std::uint64_t, std::uin
     template __device__ void readColumnMirrorParallel(const T*, std::uint64_t, std::uint64_t, std::uint64_t,         \
                                                       BundleLines<T>, int, int, std::uint64_t, std::uint64_t, int,   \
                                                       int);
-READERS(std::uint8_t)
-READERS(std::uint16_t)
-READERS(std::uint32_t)
-READERS(std::int8_t)
-READERS(std::int16_t)
-READERS(std::int32_t)
-READERS(float)
-READERS(double)
+ZEL_FOR_EACH_KERNEL_TYPE(READERS)
 #undef READERS
 
 }  // namespace zel::cuda

@@ -1,7 +1,7 @@
 #include "ReadRow.h"
 
-#include "MirrorIndex.h"
-#include "OffsetBytes.h"
+#include "MirroredLine.h"
+#include "zel/VoxelTypes.h"
 
 namespace zel::cuda {
 
@@ -25,22 +25,18 @@ template <typename T>
 __device__ void readRowMirrorParallel(const T* image, std::uint64_t pitch, std::uint64_t slicePitch,
                                       std::uint64_t width, LaneShared<T>* line, int begin, int count, std::uint64_t y,
                                       std::uint64_t z, int lane, int stride) {
-    const T* const first = rowStart(image, pitch, slicePitch, y, z);
-    for (int i = lane; i < count; i += stride) {
-        const int pixel = mirrorIndex(begin + i, static_cast<int>(width));
-        line[i] = first[pixel];
-    }
+    const ImageLine<T> row{rowStart(image, pitch, slicePitch, y, z), sizeof(T)};
+    readMirrored(row, width, line, begin, count, lane, stride);
 }
 
 template <typename T>
 __device__ void readRowMirrorParallel(const T* image, std::uint64_t pitch, std::uint64_t slicePitch, std::uint64_t,
                                       LaneShared<T>* line, LaneShared<unsigned long long>* offsets, int count,
                                       std::uint64_t y, std::uint64_t z, int lane, int stride) {
-    const T* const first = rowStart(image, pitch, slicePitch, y, z);
-    copyByTable<T>(line, first, offsets, count, lane, stride);
+    copyByTable<T>(line, rowStart(image, pitch, slicePitch, y, z), offsets, count, lane, stride);
 }
 
-#define READERS(T)                                                                                                     \
+#define READERS(NAME, CODE, T)                                                                                         \
     template __device__ void readRowMirror(const T*, std::uint64_t, std::uint64_t, std::uint64_t, LaneShared<T>*, int, \
                                            int, std::uint64_t, std::uint64_t);                                         \
     template __device__ void readRowMirrorParallel(const T*, std::uint64_t, std::uint64_t, std::uint64_t,              \
@@ -48,14 +44,7 @@ __device__ void readRowMirrorParallel(const T* image, std::uint64_t pitch, std::
     template __device__ void readRowMirrorParallel(const T*, std::uint64_t, std::uint64_t, std::uint64_t,              \
                                                    LaneShared<T>*, LaneShared<unsigned long long>*, int,               \
                                                    std::uint64_t, std::uint64_t, int, int);
-READERS(std::uint8_t)
-READERS(std::uint16_t)
-READERS(std::uint32_t)
-READERS(std::int8_t)
-READERS(std::int16_t)
-READERS(std::int32_t)
-READERS(float)
-READERS(double)
+ZEL_FOR_EACH_KERNEL_TYPE(READERS)
 #undef READERS
 
 }  // namespace zel::cuda

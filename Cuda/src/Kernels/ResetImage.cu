@@ -1,8 +1,9 @@
 #include "ResetImage.h"
 
-#include "OffsetBytes.h"
 #include "RowLaunch.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 #include "lanes.h"
+#include "zel/VoxelTypes.h"
 
 namespace zel::cuda {
 
@@ -20,18 +21,10 @@ void resetImage(T* image, std::uint64_t pitch, std::uint64_t slicePitch, T value
     });
 }
 
-#define LAUNCHER(T)                                                                                            \
+#define LAUNCHER(NAME, CODE, T)                                                                                \
     template void resetImage(T*, std::uint64_t, std::uint64_t, T, std::uint64_t, std::uint64_t, std::uint64_t, \
                              cudaStream_t);
-LAUNCHER(std::uint8_t)
-LAUNCHER(std::uint16_t)
-LAUNCHER(std::uint32_t)
-LAUNCHER(float)
-LAUNCHER(double)
+ZEL_FOR_EACH_KERNEL_TYPE(LAUNCHER)
 #undef LAUNCHER
-
-template __global__ void resetImage2dKernel(std::int8_t*, unsigned long long, std::int8_t, unsigned long long);
-template __global__ void resetImage2dKernel(std::int16_t*, unsigned long long, std::int16_t, unsigned long long);
-template __global__ void resetImage2dKernel(std::int32_t*, unsigned long long, std::int32_t, unsigned long long);
 
 }  // namespace zel::cuda

@@ -6,7 +6,7 @@
 
 namespace zel::cuda {
 
-/// Sets every pixel to one value. Instances: unsigned 8-, 16- and 32-bit, float and double.
+/// Sets every pixel to one value. Instances: the eight real types.
 ///
 /// @param image   device memory, `depth` slices of `height` rows of `width` pixels; pitches in bytes. Bytes behind a
 ///                row's end are left alone.
@@ -16,7 +16,7 @@ template <typename T>
 void resetImage(T* image, std::uint64_t pitch, std::uint64_t slicePitch, T value, std::uint64_t width,
                 std::uint64_t height, std::uint64_t depth, cudaStream_t stream);
 
-/// One slice; launched as RowLaunch.h says. Instances: all real types of up to 32 bits, and double.
+/// One slice; launched as RowLaunch.h says.
 template <typename T>
 __global__ void resetImage2dKernel(T* image, unsigned long long pitch, T value, unsigned long long width);
 

@@ -11,4 +11,11 @@ void checkCudaFatal(cudaError_t status) {
                                   "Fatal Cuda error: ", cudaGetErrorString(status), "\n");
 }
 
+std::size_t getFreeDeviceMemory() {
+    std::size_t free = 0;
+    std::size_t total = 0;
+    checkCudaFatal(cudaMemGetInfo(&free, &total));
+    return free;
+}
+
 }  // namespace amnlm

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "Kernels/OffsetBytes.h"
 #include "Utilities_CUDA/DeviceImage.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 #include "zel/Vector.h"
 
 namespace zel::cuda {

@@ -9,6 +9,7 @@
 #include "Tile.h"
 #include "Utilities_CUDA/DeviceCopy_CUDA.h"
 #include "Utilities_CUDA/DeviceResidentImage_CUDA.h"
+#include "Utilities_CUDA/ImageTransfer_CUDA.h"
 #include "Utilities_CUDA/StatusChecks_CUDA.h"
 #include "zel/AbstractPrivateImplementation.h"
 #include "zel/BlockCutterManager.h"
@@ -16,20 +17,29 @@
 
 namespace zel::cuda {
 
-/// What the drivers of 2D and of 3D filters share: it runs a filter over an image in host memory or on the GPU, in one
-/// block or in overlapping tiles, counts the steps and polls for cancellation. Tiles are processed one after the other;
-/// each step ends in a synchronisation of the device.
+/// Runs a 2D or 3D filter over an image in host memory or on the GPU, whole or in overlapping tiles of the algorithm's
+/// `tileSize`, counts the steps and polls for cancellation. Tiles are processed one after the other; each step ends in
+/// a synchronisation of the device. All that a filter adds is a functor and the overlap that its neighbourhood needs.
 ///
-/// @tparam Dimensions  what differs between 2D and 3D, as static functions:
-///                     `imageSize(image)` and `blockSize(tileSize)`, as the block cutter wants them;
-///                     `upload(image, volume, stream)` and `download(volume, image, stream)`, which return when the
-///                     data has arrived; and the calls of the functor, `prepare(functor, size)` before a tile's data
-///                     moves and `process(functor, source, target, size, stream)`.
-/// @tparam N           processing steps of a tile. `process` ends all but the last itself.
-template <typename Dimensions, typename Algo, typename Tin, typename Tout, typename Functor, int N>
-class TiledImageToImage : public AbstractPrivateImplementation {
+/// The functor of a 2D filter offers
+/// - `prepare(size)`, if it likes: called before a tile's data moves, to make its own device scratch large enough;
+/// - `process(src, srcPitch, dst, dstPitch, size)`: filters size.x by size.y pixels in device memory, pitches in bytes.
+///
+/// That of a 3D filter offers
+/// - `direct`, whether the target itself can be the work area of its passes, and else `intermediate`, a pointer to a
+///   DeviceImage<float> for it, which the driver makes large enough before a tile's data moves;
+/// - `process(src, srcPitch, srcSlicePitch, tmp, tmpPitch, tmpSlicePitch, dst, dstPitch, dstSlicePitch, size, stream)`
+///   for a work area of either type.
+///
+/// `process` sees the tile only; it reports failures by exceptions. It ends all but the last of its steps itself:
+/// synchronises the device, polls, `nextStep`.
+///
+/// @tparam N  processing steps of a tile.
+template <int dimensions, typename Algo, typename Tin, typename Tout, typename FunctorType, int N>
+class TiledImageToImage final : public AbstractPrivateImplementation {
 public:
     using Size = Vector3<unsigned>;
+    using Functor = FunctorType;
 
     /// @param overlap  pixels that the filter reads beyond a tile, on either side along each axis.
     /// @param functor  has to outlive the run.
@@ -46,8 +56,8 @@ public:
     void run() override {
         std::uint64_t blocks = 1;
         if (algorithm_->tilingMode == 1) {
-            blocks = BlockCutterManager::allocateAndInitialize(blockCutter_, Dimensions::imageSize(*input_),
-                                                               Dimensions::blockSize(algorithm_->tileSize), {1, 1, 1},
+            blocks = BlockCutterManager::allocateAndInitialize(blockCutter_, sizeOf(*input_),
+                                                               blockSize(algorithm_->tileSize), {1, 1, 1},
                                                                previousOverlap_, nextOverlap_);
         }
         setNumberOfSteps(stepsPerBlock(blocks) * blocks);
@@ -59,6 +69,13 @@ public:
     }
 
 private:
+    static Size sizeOf(const ImageModel& image) {
+        return {static_cast<unsigned>(image.getDimension(0)), static_cast<unsigned>(image.getDimension(1)),
+                static_cast<unsigned>(image.getDimension(2))};
+    }
+    static Size blockSize(const Vector2<unsigned>& tileSize) { return {tileSize.x, tileSize.y, 1}; }
+    static Size blockSize(const Vector3<unsigned>& tileSize) { return tileSize; }
+
     std::uint64_t stepsPerBlock(std::uint64_t blocks) const {
         const std::uint64_t upload = input_->isDeviceResident() ? 0 : 1;
         const bool hasOverlap = previousOverlap_ != Size{} || nextOverlap_ != Size{};
@@ -73,7 +90,7 @@ private:
     }
 
     void runWhole() {
-        const Size size = Dimensions::imageSize(*input_);
+        const Size size = sizeOf(*input_);
         DeviceImage<Tin> inputBuffer(0, 0, 0, true);
         if (!input_->isDeviceResident()) inputBuffer.resize(size.x, size.y, size.z, true);
         const DeviceVolume<const Tin> source = sourceOf(*input_, {}, inputBuffer);
@@ -82,12 +99,12 @@ private:
         if (!output_->isDeviceResident()) outputBuffer.resize(size.x, size.y, size.z, true);
         const DeviceVolume<Tout> target = output_->isDeviceResident() ? residentOutput() : volumeOf(outputBuffer);
 
-        Dimensions::prepare(*functor_, size);
+        prepare(size);
         checkCudaStatus(cudaDeviceSynchronize());
-        processTile(source, target, size);
+        process(source, target, size);
 
         if (!output_->isDeviceResident()) {
-            Dimensions::download(target, *output_, stream_);
+            download(target, *output_);
             nextStep();  // without a poll: the result is complete
         }
     }
@@ -107,7 +124,7 @@ private:
         const Size& size = tile.size;
         inputBuffer.resize(size.x, size.y, size.z, false);
         outputBuffer.resize(size.x, size.y, size.z, false);
-        Dimensions::prepare(*functor_, size);
+        prepare(size);
 
         const DeviceVolume<const Tin> source = sourceOf(tile.sourceIn(*input_), tile.origin, inputBuffer);
 
@@ -115,24 +132,56 @@ private:
         if (throughBuffer) outputBuffer.resize(size.x, size.y, size.z, true);
         const DeviceVolume<Tout> target = throughBuffer ? volumeOf(outputBuffer) : residentOutput().from(tile.origin);
 
-        processTile(source, target, size);
+        process(source, target, size);
         if (throughBuffer) storeValidPart(tile, target.from(tile.previous));
+    }
+
+    void prepare(const Size& size) {
+        if constexpr (dimensions == 3) {
+            if (!functor_->direct) functor_->intermediate->resize(size.x, size.y, size.z, false);
+        } else if constexpr (requires { functor_->prepare(size); }) {
+            functor_->prepare(size);
+        }
     }
 
     /// Where a part of the input lies on the device: in place, or uploaded into the buffer, which is a step.
     /// @param origin  of the part in the input.
     DeviceVolume<const Tin> sourceOf(const ImageModel& part, const Size& origin, DeviceImage<Tin>& buffer) {
         if (input_->isDeviceResident()) return residentInput().from(origin);
-        const DeviceVolume<Tin> uploaded = volumeOf(buffer);
-        Dimensions::upload(part, uploaded, stream_);
+        if constexpr (dimensions == 2) {
+            copyImageToDevice2d(part, buffer.data(), buffer.pitch(), 0, 0, stream_);
+        } else {
+            copyImageToDevice3d(part, buffer.data(), buffer.pitch(), buffer.slicePitch(), 0, 0, stream_);
+        }
         endStep();
-        return uploaded;
+        return volumeOf(buffer);
     }
 
-    void processTile(const DeviceVolume<const Tin>& source, const DeviceVolume<Tout>& target, const Size& size) {
-        Dimensions::process(*functor_, source, target, size, stream_);
+    void process(const DeviceVolume<const Tin>& source, const DeviceVolume<Tout>& target, const Size& size) {
+        if constexpr (dimensions == 2) {
+            functor_->process(source.data, source.pitch, target.data, target.pitch, size);
+        } else if (functor_->direct) {
+            processThrough(target, source, target, size);
+        } else {
+            processThrough(volumeOf(*functor_->intermediate), source, target, size);
+        }
         checkCudaStatus(cudaDeviceSynchronize());
         endStep();
+    }
+
+    template <typename Work>
+    void processThrough(const DeviceVolume<Work>& work, const DeviceVolume<const Tin>& source,
+                        const DeviceVolume<Tout>& target, const Size& size) {
+        functor_->process(source.data, source.pitch, source.slicePitch, work.data, work.pitch, work.slicePitch,
+                          target.data, target.pitch, target.slicePitch, size, stream_);
+    }
+
+    void download(const DeviceVolume<Tout>& volume, ImageModel& image) {
+        if constexpr (dimensions == 2) {
+            copyDeviceToImage2d(volume.data, volume.pitch, image, 0, 0, stream_);
+        } else {
+            copyDeviceToImage3d(volume.data, volume.pitch, volume.slicePitch, image, 0, 0, stream_);
+        }
     }
 
     /// Moves a tile without its margins to its place in the output.
@@ -145,7 +194,7 @@ private:
             checkCudaStatus(cudaDeviceSynchronize());
         } else {
             ImageModelSizeProxy place = tile.targetIn(*output_);
-            Dimensions::download(valid, place, stream_);
+            download(valid, place);
         }
         endStep();
     }
@@ -172,5 +221,12 @@ private:
     cudaStream_t stream_;
     std::unique_ptr<BlockCutterManager> blockCutter_;
 };
+
+/// The driver of 2D filters; their images have one slice.
+template <typename Algo, typename Tin, typename Tout, typename Functor, int N = 1>
+using BaseImplCudaAlgorithm2dImageToImage = TiledImageToImage<2, Algo, Tin, Tout, Functor, N>;
+
+template <typename Algo, typename Tin, typename Tout, typename Functor, int N>
+using BaseImplCudaAlgorithm3dImageToImage = TiledImageToImage<3, Algo, Tin, Tout, Functor, N>;
 
 }  // namespace zel::cuda

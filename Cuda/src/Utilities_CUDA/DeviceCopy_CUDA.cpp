@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "StatusChecks_CUDA.h"
+#include "zel/VoxelTypes.h"
 
 namespace zel::cuda {
 
@@ -36,18 +37,11 @@ void copyDeviceVolume(const T* src, std::size_t srcPitch, std::size_t srcSlicePi
 }
 
 // One instance of each type that has images on the device.
-#define INSTANTIATE(T)                                                                                            \
+#define INSTANCE(NAME, CODE, T)                                                                                   \
     template void copyDeviceVolume(const T*, std::size_t, std::size_t, T*, std::size_t, std::size_t, std::size_t, \
                                    std::size_t, std::size_t, cudaStream_t);
-INSTANTIATE(std::uint8_t)
-INSTANTIATE(std::uint16_t)
-INSTANTIATE(std::uint32_t)
-INSTANTIATE(std::int8_t)
-INSTANTIATE(std::int16_t)
-INSTANTIATE(std::int32_t)
-INSTANTIATE(float)
-INSTANTIATE(double)
-INSTANTIATE(float2)
-#undef INSTANTIATE
+ZEL_FOR_EACH_KERNEL_TYPE(INSTANCE)
+INSTANCE(complex64, 10, float2)
+#undef INSTANCE
 
 }  // namespace zel::cuda

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#include "NonLocalMeans/CudaUtils_CUDA.h"
 #include "StatusChecks_CUDA.h"
 
 namespace zel::cuda {
@@ -51,13 +50,6 @@ std::shared_ptr<void> allocateDevicePitched(std::size_t& pitch, std::size_t widt
     checkCudaStatus(cudaMalloc3D(&memory, make_cudaExtent(widthBytes, height, depth)));
     pitch = memory.pitch;
     return ownDeviceMemory(memory.ptr);
-}
-
-std::size_t getFreeDeviceMemory() {
-    std::size_t free = 0;
-    std::size_t total = 0;
-    amnlm::checkCudaFatal(cudaMemGetInfo(&free, &total));
-    return free;
 }
 
 void getDeviceCoreInfo(int device, unsigned& multiProcessors, unsigned& coresPerMultiProcessor) {

@@ -17,9 +17,6 @@ std::shared_ptr<void> allocateDeviceMemory(std::size_t bytes);
 std::shared_ptr<void> allocateDevicePitched(std::size_t& pitch, std::size_t widthBytes, std::size_t height,
                                             std::size_t depth);
 
-/// Free bytes of the current device. A failure resets the device (checkCudaFatal).
-std::size_t getFreeDeviceMemory();
-
 /// How wide a device is, for launches that are shaped after it.
 void getDeviceCoreInfo(int device, unsigned& multiProcessors, unsigned& coresPerMultiProcessor);
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "Kernels/OffsetBytes.h"
+#include "OffsetBytes.h"
 #include "zel/ImageModelSizeProxy.h"
 #include "zel/TarnwayImage.h"
 

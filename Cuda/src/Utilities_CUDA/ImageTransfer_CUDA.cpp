@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Kernels/OffsetBytes.h"
+#include "OffsetBytes.h"
 #include "StagedRows_CUDA.h"
 #include "StatusChecks_CUDA.h"
 
