@@ -5,8 +5,6 @@
 
 namespace zel {
 
-InteractionInterface::~InteractionInterface() = default;
-
 BaseAlgorithm::~BaseAlgorithm() = default;
 
 namespace {
@@ -50,15 +48,6 @@ void BaseAlgorithm::run(InteractionInterface* interaction) {
     execute();
     // Some paths have fewer steps than were announced.
     if (stepsDone_ < stepsTotal_) advance(stepsTotal_ - stepsDone_);
-}
-
-void BaseAlgorithm::execute() {
-    Runnable* const runner = classInfo()->availableRunner();
-    if (runner == nullptr) {
-        raise<RuntimeError>("Core/src/BaseAlgorithm", __LINE__, "No runner is available for ",
-                            classInfo()->className());
-    }
-    runner->run(this);
 }
 
 void BaseAlgorithm::cancel() {

@@ -17,10 +17,10 @@ using test::messageOf;
 namespace {
 
 /// An algorithm of a class with a registry entry of its own for each test.
-class PlainAlgorithm : public BaseAlgorithm {
+class PlainAlgorithm : public RunnerAlgorithm {
 public:
     explicit PlainAlgorithm(AlgoInfo& info, AbstractPrivateImplementation* parent = nullptr)
-        : BaseAlgorithm(parent), info_(info) {}
+        : RunnerAlgorithm(parent), info_(info) {}
     AlgoInfo* classInfo() const override { return &info_; }
 
 protected:

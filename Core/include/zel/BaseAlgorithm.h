@@ -37,8 +37,8 @@ protected:
 
     /// Raises RuntimeError when the properties do not fit together. Called before each run.
     virtual void validate() const = 0;
-    /// Carries the run out: by the first runner available, unless the class does better.
-    virtual void execute();
+    /// Carries the run out.
+    virtual void execute() = 0;
 
 private:
     friend class AbstractPrivateImplementation;

@@ -12,9 +12,9 @@ namespace zel {
 
 class AdaptedImages;
 
-/// An algorithm that a registered runner carries out. Each class tells which voxel types its input may have: those that
-/// runners have kernels for, and those whose every value is exact in float32. Images of the latter are handed to the
-/// runner as float32; the properties are as before afterwards. All other types are refused.
+/// An algorithm that the first available runner of its class carries out. Each class tells which voxel types its input
+/// may have: those that runners have kernels for, and those whose every value is exact in float32. Images of the latter
+/// are handed to the runner as float32; the properties are as before afterwards. All other types are refused.
 class ZEL_API RunnerAlgorithm : public BaseAlgorithm {
 public:
     using InstanceTypes = KernelTypes;
@@ -23,7 +23,7 @@ public:
     ~RunnerAlgorithm() override;
 
 protected:
-    RunnerAlgorithm();
+    explicit RunnerAlgorithm(AbstractPrivateImplementation* parent = nullptr);
 
     void execute() final;
     /// Puts adapters into the image properties for the length of a run; null when none is needed.

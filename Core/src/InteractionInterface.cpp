@@ -1,0 +1,7 @@
+#include "zel/InteractionInterface.h"
+
+namespace zel {
+
+InteractionInterface::~InteractionInterface() = default;
+
+}  // namespace zel
