@@ -5,16 +5,11 @@
 
 #include "Helper/raise.h"
 #include "Validation.h"
+#include "algorithms/DefineAlgorithm.h"
 
 namespace zel::cuda {
 
-CudaAdaptiveManifoldNlmFilter::CudaAdaptiveManifoldNlmFilter() = default;
-CudaAdaptiveManifoldNlmFilter::~CudaAdaptiveManifoldNlmFilter() = default;
-
-AlgoInfo* CudaAdaptiveManifoldNlmFilter::getClassInfo() {
-    static AlgoInfo info("CudaAdaptiveManifoldNlmFilter");
-    return &info;
-}
+ZEL_DEFINE_ALGORITHM(CudaAdaptiveManifoldNlmFilter)
 
 namespace {
 

@@ -2,16 +2,11 @@
 
 #include "AdaptedImages.h"
 #include "Validation.h"
+#include "algorithms/DefineAlgorithm.h"
 
 namespace zel::cuda {
 
-CudaBoxFilter2d::CudaBoxFilter2d() = default;
-CudaBoxFilter2d::~CudaBoxFilter2d() = default;
-
-AlgoInfo* CudaBoxFilter2d::getClassInfo() {
-    static AlgoInfo info("CudaBoxFilter2d");
-    return &info;
-}
+ZEL_DEFINE_ALGORITHM(CudaBoxFilter2d)
 
 void CudaBoxFilter2d::validate() const {
     using namespace validation;

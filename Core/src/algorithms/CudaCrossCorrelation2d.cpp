@@ -1,16 +1,11 @@
 #include "zel/algorithms/CudaCrossCorrelation2d.h"
 
 #include "Validation.h"
+#include "algorithms/DefineAlgorithm.h"
 
 namespace zel::cuda {
 
-CudaCrossCorrelation2d::CudaCrossCorrelation2d() = default;
-CudaCrossCorrelation2d::~CudaCrossCorrelation2d() = default;
-
-AlgoInfo* CudaCrossCorrelation2d::getClassInfo() {
-    static AlgoInfo info("CudaCrossCorrelation2d");
-    return &info;
-}
+ZEL_DEFINE_ALGORITHM(CudaCrossCorrelation2d)
 
 void CudaCrossCorrelation2d::validate() const {
     using namespace validation;

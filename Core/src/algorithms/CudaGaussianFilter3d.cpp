@@ -5,16 +5,11 @@
 
 #include "Helper/raise.h"
 #include "Validation.h"
+#include "algorithms/DefineAlgorithm.h"
 
 namespace zel::cuda {
 
-CudaGaussianFilter3d::CudaGaussianFilter3d() = default;
-CudaGaussianFilter3d::~CudaGaussianFilter3d() = default;
-
-AlgoInfo* CudaGaussianFilter3d::getClassInfo() {
-    static AlgoInfo info("CudaGaussianFilter3d");
-    return &info;
-}
+ZEL_DEFINE_ALGORITHM(CudaGaussianFilter3d)
 
 namespace {
 

@@ -2,16 +2,11 @@
 
 #include "AdaptedImages.h"
 #include "Validation.h"
+#include "algorithms/DefineAlgorithm.h"
 
 namespace zel::cuda {
 
-CudaMedianFilter2d::CudaMedianFilter2d() = default;
-CudaMedianFilter2d::~CudaMedianFilter2d() = default;
-
-AlgoInfo* CudaMedianFilter2d::getClassInfo() {
-    static AlgoInfo info("CudaMedianFilter2d");
-    return &info;
-}
+ZEL_DEFINE_ALGORITHM(CudaMedianFilter2d)
 
 void CudaMedianFilter2d::validate() const {
     using namespace validation;

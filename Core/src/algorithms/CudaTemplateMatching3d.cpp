@@ -6,17 +6,12 @@
 
 #include "Helper/raise.h"
 #include "Validation.h"
+#include "algorithms/DefineAlgorithm.h"
 #include "zel/TemplateTransformation.h"
 
 namespace zel::cuda {
 
-CudaTemplateMatching3d::CudaTemplateMatching3d() = default;
-CudaTemplateMatching3d::~CudaTemplateMatching3d() = default;
-
-AlgoInfo* CudaTemplateMatching3d::getClassInfo() {
-    static AlgoInfo info("CudaTemplateMatching3d");
-    return &info;
-}
+ZEL_DEFINE_ALGORITHM(CudaTemplateMatching3d)
 
 namespace {
 

@@ -2,6 +2,7 @@
 
 #include "AdaptedImages.h"
 #include "Validation.h"
+#include "algorithms/DefineAlgorithm.h"
 
 namespace zel::cuda {
 
@@ -19,36 +20,9 @@ std::unique_ptr<AdaptedImages> MorphologyAlgorithm2d::adaptImages() {
     return adaptImagesOf(TypesAsFloat{}, inputImage, outputImage);
 }
 
-CudaErosion2d::CudaErosion2d() = default;
-CudaErosion2d::~CudaErosion2d() = default;
-
-AlgoInfo* CudaErosion2d::getClassInfo() {
-    static AlgoInfo info("CudaErosion2d");
-    return &info;
-}
-
-CudaDilation2d::CudaDilation2d() = default;
-CudaDilation2d::~CudaDilation2d() = default;
-
-AlgoInfo* CudaDilation2d::getClassInfo() {
-    static AlgoInfo info("CudaDilation2d");
-    return &info;
-}
-
-CudaOpening2d::CudaOpening2d() = default;
-CudaOpening2d::~CudaOpening2d() = default;
-
-AlgoInfo* CudaOpening2d::getClassInfo() {
-    static AlgoInfo info("CudaOpening2d");
-    return &info;
-}
-
-CudaClosing2d::CudaClosing2d() = default;
-CudaClosing2d::~CudaClosing2d() = default;
-
-AlgoInfo* CudaClosing2d::getClassInfo() {
-    static AlgoInfo info("CudaClosing2d");
-    return &info;
-}
+ZEL_DEFINE_ALGORITHM(CudaErosion2d)
+ZEL_DEFINE_ALGORITHM(CudaDilation2d)
+ZEL_DEFINE_ALGORITHM(CudaOpening2d)
+ZEL_DEFINE_ALGORITHM(CudaClosing2d)
 
 }  // namespace zel::cuda
