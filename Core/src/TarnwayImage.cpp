@@ -12,14 +12,6 @@ namespace {
 constexpr ImageDimension dimensionOfAxis[] = {ImageDimension::x, ImageDimension::y, ImageDimension::z,
                                               ImageDimension::time, ImageDimension::channel};
 
-constexpr bool sameCode(VoxelTypes voxel, tarnway::ElementType element) {
-    return static_cast<int>(voxel) == static_cast<int>(element);
-}
-static_assert(sameCode(VoxelTypes::uint8, tarnway::ElementType::uint8) &&
-              sameCode(VoxelTypes::int16, tarnway::ElementType::int16) &&
-              sameCode(VoxelTypes::float32, tarnway::ElementType::float32) &&
-              sameCode(VoxelTypes::complex128, tarnway::ElementType::complex128));
-
 /// The view's index tuple of an image position; false when a dimension that the view lacks is not at 0.
 bool toIndex(const tarnway::ImageInfoProperty& info, const std::array<std::size_t, 5>& position,
              tarnway::VectorX<std::size_t>& index) {

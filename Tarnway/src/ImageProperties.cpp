@@ -6,29 +6,6 @@
 
 namespace tarnway {
 
-std::size_t elementSize(ElementType type) {
-    switch (type) {
-        case ElementType::uint8:
-        case ElementType::int8:
-            return 1;
-        case ElementType::uint16:
-        case ElementType::int16:
-            return 2;
-        case ElementType::uint32:
-        case ElementType::int32:
-        case ElementType::float32:
-            return 4;
-        case ElementType::uint64:
-        case ElementType::int64:
-        case ElementType::float64:
-        case ElementType::complex64:
-            return 8;
-        case ElementType::complex128:
-            return 16;
-    }
-    throw std::invalid_argument("no element type has the code " + std::to_string(static_cast<int>(type)));
-}
-
 ImageType::ImageType(std::initializer_list<ImageDimension> further) {
     for (const ImageDimension dimension : further) present_ |= 1U << static_cast<unsigned>(dimension);
 }

@@ -1,34 +1,19 @@
 #pragma once
 
 #include <array>
-#include <complex>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string_view>
 
+#include "tarnway/ElementTypes.h"
 #include "zel/export.h"
 
-/// The table of voxel types, X(name, code, C++ type) each. Names are NumPy's; codes are part of the interface to the
-/// back ends. These are the types that the back ends have kernels for:
-#define ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) \
-    X(uint8, 0, std::uint8_t)               \
-    X(uint16, 1, std::uint16_t)             \
-    X(uint32, 2, std::uint32_t)             \
-    X(int8, 4, std::int8_t)                 \
-    X(int16, 5, std::int16_t)               \
-    X(int32, 6, std::int32_t)
+// The table is that of the views. These are the types that the back ends have kernels for, and all.
+#define ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) TARNWAY_FOR_EACH_INTEGER_OF_32_BITS(X)
 #define ZEL_FOR_EACH_KERNEL_TYPE(X)     \
     ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) \
-    X(float32, 8, float)                \
-    X(float64, 9, double)
-/// And all, codes from 0 on without a gap. A complex number is its real and its imaginary part.
-#define ZEL_FOR_EACH_VOXEL_TYPE(X)        \
-    ZEL_FOR_EACH_KERNEL_TYPE(X)           \
-    X(uint64, 3, std::uint64_t)           \
-    X(int64, 7, std::int64_t)             \
-    X(complex64, 10, std::complex<float>) \
-    X(complex128, 11, std::complex<double>)
+    TARNWAY_FOR_EACH_FLOAT(X)
+#define ZEL_FOR_EACH_VOXEL_TYPE(X) TARNWAY_FOR_EACH_ELEMENT_TYPE(X)
 
 namespace zel {
 

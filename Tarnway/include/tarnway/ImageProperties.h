@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <initializer_list>
 
+#include "tarnway/ElementTypes.h"
 #include "tarnway/Vector.h"
 #include "tarnway/export.h"
 
@@ -12,24 +13,6 @@ namespace tarnway {
 enum class ImageDimension : unsigned { x = 0, y = 1, z = 2, channel = 3, time = 4 };
 
 inline constexpr std::size_t imageDimensionCount = 5;
-
-/// What one element is made of.
-enum class ElementType : int {
-    uint8 = 0,
-    uint16 = 1,
-    uint32 = 2,
-    uint64 = 3,
-    int8 = 4,
-    int16 = 5,
-    int32 = 6,
-    int64 = 7,
-    float32 = 8,
-    float64 = 9,
-    complex64 = 10,
-    complex128 = 11,
-};
-
-TARNWAY_API std::size_t elementSize(ElementType type);
 
 /// Which dimensions a view has.
 class TARNWAY_API ImageType {
