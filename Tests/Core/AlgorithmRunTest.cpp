@@ -72,7 +72,7 @@ using Reports = decltype(RecordedProgress::reports);
 
 }  // namespace
 
-TEST(Runners, TheFirstAvailableOneRunsAndRemovedOnesAreDeleted) {
+TEST(RunnersTest, TheFirstAvailableOneRunsAndRemovedOnesAreDeleted) {
     AlgoInfo info("Plain");
     PlainAlgorithm algorithm(info);
     EXPECT_EQ(messageOf<RuntimeError>([&] { algorithm.run(); }), "No runner is available for Plain");
@@ -93,7 +93,7 @@ TEST(Runners, TheFirstAvailableOneRunsAndRemovedOnesAreDeleted) {
     EXPECT_EQ(info.runnerCount(), 2U);
 }
 
-TEST(Steps, AreReportedAndEndComplete) {
+TEST(StepsTest, AreReportedAndEndComplete) {
     AlgoInfo info("Plain");
     info.addRunner(implementedBy([](FakeImplementation& implementation) {
         implementation.setNumberOfSteps(6);
@@ -108,7 +108,7 @@ TEST(Steps, AreReportedAndEndComplete) {
     }
 }
 
-TEST(Steps, AChildIsOneStepOfItsParent) {
+TEST(StepsTest, AChildIsOneStepOfItsParent) {
     AlgoInfo childInfo("Child");
     childInfo.addRunner(implementedBy([](FakeImplementation& implementation) {
         implementation.setNumberOfSteps(50);
@@ -126,7 +126,7 @@ TEST(Steps, AChildIsOneStepOfItsParent) {
     EXPECT_EQ(progress.reports, (Reports{{0, 2}, {1, 2}, {2, 2}}));
 }
 
-TEST(Cancelling, ReachesARunFromAnotherThreadAndItsChild) {
+TEST(CancellingTest, ReachesARunFromAnotherThreadAndItsChild) {
     AlgoInfo childInfo("Child");
     PlainAlgorithm* running = nullptr;
     childInfo.addRunner(implementedBy([&](FakeImplementation& implementation) {
@@ -146,7 +146,7 @@ TEST(Cancelling, ReachesARunFromAnotherThreadAndItsChild) {
     EXPECT_THROW(algorithm.run(), ExceptionCancelation) << "a cancelled run leaves the object fit for another";
 }
 
-TEST(Cancelling, IsKeptUntilTheImplementationExists) {
+TEST(CancellingTest, IsKeptUntilTheImplementationExists) {
     AlgoInfo info("Plain");
     bool cancelEarly = true;
     info.addRunner(new FakeRunner([&](BaseAlgorithm* algorithm) {
@@ -162,7 +162,7 @@ TEST(Cancelling, IsKeptUntilTheImplementationExists) {
     EXPECT_NO_THROW(algorithm.run());
 }
 
-TEST(Running, OneObjectTwiceAtOnceIsRefused) {
+TEST(RunningTest, OneObjectTwiceAtOnceIsRefused) {
     AlgoInfo info("Plain");
     std::string message;
     info.addRunner(new FakeRunner(
@@ -172,7 +172,7 @@ TEST(Running, OneObjectTwiceAtOnceIsRefused) {
     EXPECT_EQ(message, "this Plain is running already; use another object to run two at once");
 }
 
-TEST(SafeCast, NamesBothTypesWhenItFails) {
+TEST(SafeCastTest, NamesBothTypesWhenItFails) {
     cuda::CudaErosion2d erosion;
     BaseAlgorithm* const base = &erosion;
     EXPECT_EQ(safe_cast<cuda::CudaErosion2d*>(base), &erosion);
@@ -181,14 +181,14 @@ TEST(SafeCast, NamesBothTypesWhenItFails) {
                   typeid(cuda::CudaDilation2d*).name());
 }
 
-TEST(Exceptions, AreCaughtAsTheirBases) {
+TEST(ExceptionsTest, AreCaughtAsTheirBases) {
     EXPECT_THROW(throw RuntimeError({"text", "file", 3}), ProcessingException);
     EXPECT_THROW(throw UnexpectedError({"text", "file", 3}), Exception);
     EXPECT_THROW(throw ExceptionCancelation(), std::exception);
 }
 
 // A voxel type that no runner knows, but that is exact in float, is seen by the runner as float and by nobody else.
-TEST(AdaptedImages, AreSeenByTheRunnerOnly) {
+TEST(AdaptedImagesTest, AreSeenByTheRunnerOnly) {
     HostImage input = test::randomImage<std::int8_t>({5, 2}, 1);
     HostImage output(VoxelTypes::int8, {5, 2});
     cuda::CudaBoxFilter2d filter;

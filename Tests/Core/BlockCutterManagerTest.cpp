@@ -32,7 +32,7 @@ std::vector<Block> cutAlongX(unsigned image, unsigned block, unsigned previous, 
 
 }  // namespace
 
-TEST(BlockCutterManager, CutsSmallCasesAsByHand) {
+TEST(BlockCutterManagerTest, CutsSmallCasesAsByHand) {
     EXPECT_EQ(cutAlongX(10, 4, 0, 0), (std::vector<Block>{{0, 4, 0, 0}, {4, 4, 0, 0}, {8, 2, 0, 0}}));
     EXPECT_EQ(cutAlongX(10, 6, 1, 1), (std::vector<Block>{{0, 6, 0, 1}, {4, 6, 1, 0}}));
     EXPECT_EQ(cutAlongX(10, 5, 1, 2), (std::vector<Block>{{0, 5, 0, 2}, {2, 5, 1, 2}, {4, 5, 1, 2}, {6, 4, 1, 0}}));
@@ -43,7 +43,7 @@ TEST(BlockCutterManager, CutsSmallCasesAsByHand) {
     EXPECT_EQ(cutAlongX(10, 1, 4000000000U, 4000000000U), (std::vector<Block>{{0, 10, 0, 0}}));
 }
 
-TEST(BlockCutterManager, CoresCoverTheImageOnceAndMarginsStayInside) {
+TEST(BlockCutterManagerTest, CoresCoverTheImageOnceAndMarginsStayInside) {
     std::mt19937 random(3);
     for (int repeat = 0; repeat < 2000; ++repeat) {
         const unsigned image = 1 + random() % 60;
@@ -65,7 +65,7 @@ TEST(BlockCutterManager, CoresCoverTheImageOnceAndMarginsStayInside) {
     }
 }
 
-TEST(BlockCutterManager, CutsEachAxisByItself) {
+TEST(BlockCutterManagerTest, CutsEachAxisByItself) {
     std::unique_ptr<BlockCutterManager> cutter;
     const auto count =
         BlockCutterManager::allocateAndInitialize(cutter, {10, 9, 8}, {4, 3, 8}, {1, 1, 1}, {0, 0, 1}, {0, 0, 1});
@@ -75,7 +75,7 @@ TEST(BlockCutterManager, CutsEachAxisByItself) {
     EXPECT_EQ(cutter->getBlockSize(2, 1, 0), (Size{2, 3, 8}));
 }
 
-TEST(BlockCutterManager, RefusesSizesOfZero) {
+TEST(BlockCutterManagerTest, RefusesSizesOfZero) {
     std::unique_ptr<BlockCutterManager> cutter;
     const auto message = [&](const Size& image, const Size& block) {
         return test::messageOf<RuntimeError>([&] {

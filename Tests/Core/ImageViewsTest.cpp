@@ -31,7 +31,7 @@ std::vector<To> converted(std::vector<From> values) {
 
 }  // namespace
 
-TEST(ImageModelSizeProxy, ShowsAPartOfAPart) {
+TEST(ImageModelSizeProxyTest, ShowsAPartOfAPart) {
     HostImage image = countingImage({10, 8, 3});
     ImageModelSizeProxy outer(&image, 2, 6, 1, 5, 1, 2, 0, 1, 0, 1);
     ImageModelSizeProxy inner(&outer, 3, 2, 2, 2, 1, 1, 0, 1, 0, 1);
@@ -48,7 +48,7 @@ TEST(ImageModelSizeProxy, ShowsAPartOfAPart) {
     EXPECT_EQ(origin, (std::array<std::size_t, 5>{3, 2, 1, 0, 0}));
 }
 
-TEST(ImageModelSizeProxy, HasHostDataExactlyWhenItsPartHasNoGaps) {
+TEST(ImageModelSizeProxyTest, HasHostDataExactlyWhenItsPartHasNoGaps) {
     HostImage image = countingImage({10, 8, 3, 2});
     const auto* const data = static_cast<const std::int32_t*>(image.hostDataReadOnly());
     const auto partData = [&](std::size_t x, std::size_t nx, std::size_t y, std::size_t ny, std::size_t z,
@@ -65,7 +65,7 @@ TEST(ImageModelSizeProxy, HasHostDataExactlyWhenItsPartHasNoGaps) {
     EXPECT_EQ(partData(0, 10, 0, 8, 0, 2, 0, 2), nullptr);
 }
 
-TEST(ImageModelSizeProxy, RefusesBoxesOutsideAndWritesToConstImages) {
+TEST(ImageModelSizeProxyTest, RefusesBoxesOutsideAndWritesToConstImages) {
     const HostImage image = countingImage({4, 4});
     EXPECT_EQ(messageOf<RuntimeError>([&] { ImageModelSizeProxy(&image, 0, 4, 3, 2, 0, 1, 0, 1, 0, 1); }),
               "a part of 2 elements from 3 on along axis 1 does not lie in an image of 4");
@@ -77,7 +77,7 @@ TEST(ImageModelSizeProxy, RefusesBoxesOutsideAndWritesToConstImages) {
     EXPECT_THROW(readOnly.setSpacing(0, 1), RuntimeError);
 }
 
-TEST(ImageModelSizeProxy, LiesWhereItsFirstVoxelLies) {
+TEST(ImageModelSizeProxyTest, LiesWhereItsFirstVoxelLies) {
     HostImage image = countingImage({4, 4, 4});
     image.setOrigin(0, 100);
     image.setSpacing(1, 2);
@@ -90,7 +90,7 @@ TEST(ImageModelSizeProxy, LiesWhereItsFirstVoxelLies) {
     EXPECT_EQ(part.getOrigin(2), 1);
 }
 
-TEST(ImageModelAdapter, ConvertsAsDocumented) {
+TEST(ImageModelAdapterTest, ConvertsAsDocumented) {
     const float nan = std::nanf("");
     EXPECT_EQ((converted<float, std::uint8_t>({2.9F, 300.0F, -1.5F, nan, 1e20F})),
               (std::vector<std::uint8_t>{2, 44, 0, 0, 255}));
@@ -105,7 +105,7 @@ TEST(ImageModelAdapter, ConvertsAsDocumented) {
     EXPECT_EQ((converted<std::int8_t, double>({-128, 127})), (std::vector<double>{-128, 127}));
 }
 
-TEST(ImageModelAdapter, ReadsAndWritesLongRowsInPieces) {
+TEST(ImageModelAdapterTest, ReadsAndWritesLongRowsInPieces) {
     HostImage image = test::randomImage<std::uint16_t>({20000, 2}, 5);
     const std::vector<std::uint16_t> before = readAll<std::uint16_t>(image);
     ImageModelAdapter adapter(&image, VoxelTypes::float64, DataConvertionTypes::cast);
@@ -120,7 +120,7 @@ TEST(ImageModelAdapter, ReadsAndWritesLongRowsInPieces) {
     EXPECT_EQ(adapter.hostDataReadOnly(), nullptr);
 }
 
-TEST(ImageModelAdapter, ReadsRealImagesAsComplexOnes) {
+TEST(ImageModelAdapterTest, ReadsRealImagesAsComplexOnes) {
     HostImage image = test::randomImage<std::int16_t>({3000}, 6);
     const std::vector<std::int16_t> real = readAll<std::int16_t>(image);
     ImageModelAdapter asComplex(&image, VoxelTypes::complex64, DataConvertionTypes::cast);
@@ -135,7 +135,7 @@ TEST(ImageModelAdapter, ReadsRealImagesAsComplexOnes) {
         (std::vector<std::complex<double>>{4294967295.0}));
 }
 
-TEST(ImageModelAdapter, KeepsComplexImagesToThemselves) {
+TEST(ImageModelAdapterTest, KeepsComplexImagesToThemselves) {
     HostImage image(VoxelTypes::complex64, {2});
     EXPECT_EQ(
         messageOf<RuntimeError>([&] { ImageModelAdapter(&image, VoxelTypes::float32, DataConvertionTypes::cast); }),

@@ -14,7 +14,7 @@ using namespace zel;
 using test::messageOf;
 using testing::HasSubstr;
 
-TEST(HostImage, OwnsZeroedVoxelsOfEveryType) {
+TEST(HostImageTest, OwnsZeroedVoxelsOfEveryType) {
     for (const VoxelTypes type : allVoxelTypes) {
         HostImage image(type, {5, 4, 3, 2, 2});
         const std::vector<char> zeros(image.extentBytes());
@@ -26,7 +26,7 @@ TEST(HostImage, OwnsZeroedVoxelsOfEveryType) {
     EXPECT_THROW(helper::getSizeOf(static_cast<VoxelTypes>(12)), UnexpectedError);
 }
 
-TEST(HostImage, ReadsAndWritesRowsWhereTheyLie) {
+TEST(HostImageTest, ReadsAndWritesRowsWhereTheyLie) {
     HostImage image(VoxelTypes::uint16, {4, 3, 2, 2, 2});
     const std::uint16_t written[] = {7, 8};
     ASSERT_TRUE(image.writeRow(2, written, 1, 2, 1, 0, 1));
@@ -44,7 +44,7 @@ TEST(HostImage, ReadsAndWritesRowsWhereTheyLie) {
     EXPECT_FALSE(image.writeRow(1, read, 0, 0, 0, 0, 2));
 }
 
-TEST(HostImage, ShowsMemoryWithLongerRows) {
+TEST(HostImageTest, ShowsMemoryWithLongerRows) {
     std::uint8_t memory[] = {1, 2, 3, 99, 4, 5, 6};
     HostImage image(VoxelTypes::uint8, {3, 2}, memory, 4);
     EXPECT_EQ(test::readAll<std::uint8_t>(image), (std::vector<std::uint8_t>{1, 2, 3, 4, 5, 6}));
@@ -58,7 +58,7 @@ TEST(HostImage, ShowsMemoryWithLongerRows) {
                 HasSubstr("a row pitch of 5 bytes is too small for rows of 6 bytes"));
 }
 
-TEST(HostImage, RefusesWhatCannotBeHad) {
+TEST(HostImageTest, RefusesWhatCannotBeHad) {
     EXPECT_THAT(messageOf<RuntimeError>([] {
                     HostImage(VoxelTypes::float64, {SIZE_MAX / 8, 2});
                 }),
@@ -72,13 +72,13 @@ TEST(HostImage, RefusesWhatCannotBeHad) {
                 HasSubstr("more bytes than this machine can count"));
 }
 
-TEST(LocatedImage, KeepsItsSpacingWhenToldABadOne) {
+TEST(LocatedImageTest, KeepsItsSpacingWhenToldABadOne) {
     HostImage image(VoxelTypes::uint8, {1});
     for (const double bad : {0.0, -1.0, std::nan(""), HUGE_VAL}) EXPECT_THROW(image.setSpacing(0, bad), RuntimeError);
     EXPECT_EQ(image.getSpacing(0), 1);
 }
 
-TEST(TarnwayImage, WithoutAViewIsEmpty) {
+TEST(TarnwayImageTest, WithoutAViewIsEmpty) {
     TarnwayImage image(nullptr);
     char byte = 0;
     EXPECT_EQ(image.getDimension(0), 0U);
@@ -87,7 +87,7 @@ TEST(TarnwayImage, WithoutAViewIsEmpty) {
     EXPECT_FALSE(image.writeRow(0, &byte, 0, 0, 0, 0, 0));
 }
 
-TEST(ImageModel, TakesOverThePlaceOfAnother) {
+TEST(ImageModelTest, TakesOverThePlaceOfAnother) {
     HostImage other(VoxelTypes::uint8, {2, 2, 2});
     for (const int axis : {0, 1, 2}) {
         other.setOrigin(axis, 10.0 + axis);
@@ -120,7 +120,7 @@ TEST(ImageModel, TakesOverThePlaceOfAnother) {
               "a read-only view of an image cannot change it");
 }
 
-TEST(TemporaryImage, KeepsItsModelThroughEachReserve) {
+TEST(TemporaryImageTest, KeepsItsModelThroughEachReserve) {
     const RefImpl<TemporaryImage> temporary = TemporaryImage::New(LocationMode::hostMemory);
     ImageModel* const model = temporary->getImageModel();
     EXPECT_EQ(model->getDimension(0), 0U);

@@ -11,7 +11,7 @@ using namespace zel;
 using namespace zel::filtering::linear;
 using kernel_factory::createGaussian1D;
 
-TEST(Gaussian1D, HasTheTextbookShapeAboutItsCentre) {
+TEST(Gaussian1DTest, HasTheTextbookShapeAboutItsCentre) {
     const Kernel3D kernel = createGaussian1D(5, 1.5, KernelDirection3D::y);
     EXPECT_EQ(kernel.size(0), 1U);
     EXPECT_EQ(kernel.size(1), 5U);
@@ -22,7 +22,7 @@ TEST(Gaussian1D, HasTheTextbookShapeAboutItsCentre) {
     EXPECT_EQ(createGaussian1D(2, 1, KernelDirection3D::x).coefficients(), (std::vector<double>{half, half}));
 }
 
-TEST(Gaussian1D, SumsToOneWhenNormalised) {
+TEST(Gaussian1DTest, SumsToOneWhenNormalised) {
     for (const std::size_t size : {1, 3, 4, 31, 1001}) {
         for (const double sigma : {0.1, 1.0, 7.5, 1e200}) {
             Kernel3D kernel = createGaussian1D(size, sigma, KernelDirection3D::z);
@@ -34,7 +34,7 @@ TEST(Gaussian1D, SumsToOneWhenNormalised) {
     }
 }
 
-TEST(Gaussian1D, OfNoWidthIsItsCentre) {
+TEST(Gaussian1DTest, OfNoWidthIsItsCentre) {
     for (const double sigma : {0.0, 5e-324, 1e-200}) {
         EXPECT_EQ(createGaussian1D(1, sigma, KernelDirection3D::x).coefficients(), (std::vector<double>{1}));
         EXPECT_EQ(createGaussian1D(3, sigma, KernelDirection3D::x).coefficients(), (std::vector<double>{0, 1, 0}));

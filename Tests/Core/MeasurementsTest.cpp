@@ -5,7 +5,7 @@
 using namespace zel;
 using brontal_object_model::TupleX;
 
-TEST(MeasurementArray, RunsFastestAlongItsLastIndex) {
+TEST(MeasurementArrayTest, RunsFastestAlongItsLastIndex) {
     const std::size_t entries[] = {2, 3};
     MeasurementArray<double> table;
     table.resize(TupleX(entries, 2));

@@ -25,7 +25,7 @@ std::pair<Size, Size> boxes(const std::vector<DataFrameView::Column>& columns, c
 
 }  // namespace
 
-TEST(TemplateTransformation, ReadsTheColumnsThatARowHas) {
+TEST(TemplateTransformationTest, ReadsTheColumnsThatARowHas) {
     const DataFrameView table({{"scaleY", {1, 3}}, {"psi", {0, 0.5}}});
     TemplateTransformationInfo info;
     info.theta = 7;
@@ -42,7 +42,7 @@ TEST(TemplateTransformation, ReadsTheColumnsThatARowHas) {
     EXPECT_FALSE(info.hasScale);
 }
 
-TEST(TemplateTransformation, TurnsAboutZThenXThenZ) {
+TEST(TemplateTransformationTest, TurnsAboutZThenXThenZ) {
     TemplateTransformationInfo info;
     const auto turned = [&](std::size_t axis) {
         const auto matrix = rotationMatrix(info);
@@ -57,7 +57,7 @@ TEST(TemplateTransformation, TurnsAboutZThenXThenZ) {
     EXPECT_NEAR(turned(1)[1], -1, 1e-15);
 }
 
-TEST(TemplateTransformation, BoxesHoldTheTemplateUnderEachRow) {
+TEST(TemplateTransformationTest, BoxesHoldTheTemplateUnderEachRow) {
     const double quarter = M_PI / 2;
     EXPECT_EQ(boxes({}, {10, 20, 30}), std::pair(Size{10, 20, 30}, Size{10, 20, 30}));
     EXPECT_EQ(boxes({{"phi", {quarter}}}, {10, 20, 30}), std::pair(Size{20, 10, 30}, Size{20, 20, 30}));

@@ -72,7 +72,7 @@ private:
 
 }  // namespace
 
-TEST(Validation, EachAlgorithmTakesItsTypes) {
+TEST(ValidationTest, EachAlgorithmTakesItsTypes) {
     expectTypes<CudaBoxFilter2d>({u8, u16, s16, f32, s8});
     expectTypes<CudaMedianFilter2d>({u8, u16, s16, f32, s8});
     expectTypes<CudaErosion2d>({u8, u16, f32, s8, s16});
@@ -83,7 +83,7 @@ TEST(Validation, EachAlgorithmTakesItsTypes) {
               "inputImage is of type uint32; the type must be one of uint8, uint16, int16, float32, int8");
 }
 
-TEST(Validation, RefusesImagesThatDoNotFitTogether) {
+TEST(ValidationTest, RefusesImagesThatDoNotFitTogether) {
     Valid<CudaBoxFilter2d> valid;
     auto& filter = valid.algorithm;
     HostImage empty(u8, {6, 0}), wide(u8, {7, 5}), deep(u8, {6, 5, 3}), furtherAxis(u8, {6, 5, 1, 1, 2});
@@ -116,7 +116,7 @@ TEST(Validation, RefusesImagesThatDoNotFitTogether) {
 }
 
 // Positions along a line are signed 32-bit numbers, those in a kernel's margins too.
-TEST(Validation, RefusesLinesThatCannotBeCounted) {
+TEST(ValidationTest, RefusesLinesThatCannotBeCounted) {
     constexpr std::size_t longest = 2147483647;
     for (const ImageSize& size : {ImageSize{longest + 1}, {1, longest + 1}, {1, 1, longest + 1}}) {
         ToldImage image(u8, size);
@@ -133,7 +133,7 @@ TEST(Validation, RefusesLinesThatCannotBeCounted) {
     }
 }
 
-TEST(Validation, TellsPlainNumbersInEveryLocale) {
+TEST(ValidationTest, TellsPlainNumbersInEveryLocale) {
     struct Grouped : std::numpunct<char> {
         char do_thousands_sep() const override { return ','; }
         std::string do_grouping() const override { return "\3"; }
@@ -153,7 +153,7 @@ TEST(Validation, TellsPlainNumbersInEveryLocale) {
     std::locale::global(before);
 }
 
-TEST(Validation, RefusesParametersOutOfRange) {
+TEST(ValidationTest, RefusesParametersOutOfRange) {
     Valid<CudaBoxFilter2d> box;
     box.algorithm.kernelSizeY = 0;
     EXPECT_EQ(box.message(), "kernelSizeY is 0; it must be from 1 to 2147483647");
@@ -231,7 +231,7 @@ TEST(Validation, RefusesParametersOutOfRange) {
     EXPECT_EQ(nlm.message(), "haloRadius is 1073741824; it must be from 0 to 1073741823");
 }
 
-TEST(Validation, ChecksTemplateAndMask) {
+TEST(ValidationTest, ChecksTemplateAndMask) {
     HostImage image(f32, {8, 8, 8}), result(f32, {8, 8, 8}), index(u16, {8, 8, 8});
     HostImage part(f32, {3, 3, 3}), mask(u8, {3, 3, 3}), otherMask(u8, {3, 3, 2}), large(f32, {3, 9, 3});
     CudaTemplateMatching3d matching;
@@ -264,7 +264,7 @@ TEST(Validation, ChecksTemplateAndMask) {
     EXPECT_EQ(message(), "outputIndexImage shares memory with inputMask; it must be another image");
 }
 
-TEST(Validation, ChecksTheTableAndTheFilterOfItsLargestBox) {
+TEST(ValidationTest, ChecksTheTableAndTheFilterOfItsLargestBox) {
     HostImage image(f32, {8, 8, 8}), result(f32, {8, 8, 8}), index(u16, {8, 8, 8}), part(f32, {2, 6, 3});
     CudaTemplateMatching3d matching;
     matching.inputImage = &image;
@@ -304,7 +304,7 @@ TEST(Validation, ChecksTheTableAndTheFilterOfItsLargestBox) {
     EXPECT_THAT(message(), testing::HasSubstr("; at most 2147483647 are allowed"));
 }
 
-TEST(Validation, FindsSharedMemoryHoweverItIsReached) {
+TEST(ValidationTest, FindsSharedMemoryHoweverItIsReached) {
     Valid<CudaBoxFilter2d> valid;
     auto& filter = valid.algorithm;
     const std::string shared = "outputImage shares memory with inputImage; it must be another image";

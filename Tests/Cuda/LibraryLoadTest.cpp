@@ -67,7 +67,7 @@ std::unique_ptr<void, CloseLibrary> loadLibrary() {
 }  // namespace
 
 // The debug facility is there before any runner is.
-TEST(Library, SetsUpDebuggingAndAllRunnersAtEachLoadAndTakesThemBackAtUnload) {
+TEST(LibraryTest, SetsUpDebuggingAndAllRunnersAtEachLoadAndTakesThemBackAtUnload) {
     const test::DebugEnvironment environment{{"KESTA_DEBUG", "1"},
                                              {"KESTA_DEBUG_LEVEL", "-1"},
                                              {"KESTA_DEBUG_FUNC_FILTER", "f g"},
@@ -96,7 +96,7 @@ TEST(Library, SetsUpDebuggingAndAllRunnersAtEachLoadAndTakesThemBackAtUnload) {
     EXPECT_EQ(runnerCounts(), std::vector<std::size_t>(allInfos.size(), 0));
 }
 
-TEST(Library, ExportsItsFourFunctionsAndNothingElseIsNeeded) {
+TEST(LibraryTest, ExportsItsFourFunctionsAndNothingElseIsNeeded) {
     const auto library = loadLibrary();
     ASSERT_NE(library, nullptr);
     const auto function = [&](const char* name) { return dlsym(library.get(), name); };
@@ -112,7 +112,7 @@ TEST(Library, ExportsItsFourFunctionsAndNothingElseIsNeeded) {
     deleteStream(stream);
 }
 
-TEST(Library, SaysWhichAlgorithmsThisBuildLacks) {
+TEST(LibraryTest, SaysWhichAlgorithmsThisBuildLacks) {
     const auto library = loadLibrary();
     ASSERT_NE(library, nullptr);
     HostImage input(VoxelTypes::uint8, {4, 4}), output(VoxelTypes::uint8, {4, 4});

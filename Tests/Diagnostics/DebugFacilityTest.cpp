@@ -43,14 +43,14 @@ const std::string packageAdvice = "      you can set a package filter by providi
 
 }  // namespace
 
-TEST(DebugFacility, WithoutItsVariableSaysNothingAndReadsNoFilter) {
+TEST(DebugFacilityTest, WithoutItsVariableSaysNothingAndReadsNoFilter) {
     const DebugEnvironment environment{{"KESTA_DEBUG_LEVEL", "9"}, {"KESTA_DEBUG_FUNC_FILTER", "never"}};
     EXPECT_EQ(printedAtSetUp(), "");
     EXPECT_EQ(debugSettings().debugLevel, 3);
     EXPECT_EQ(debugSettings().functionFilter.count(), 0);
 }
 
-TEST(DebugFacility, SaysWhatItFoundAndWhatElseThereIs) {
+TEST(DebugFacilityTest, SaysWhatItFoundAndWhatElseThereIs) {
     {
         const DebugEnvironment environment{{"KESTA_DEBUG", ""}};
         EXPECT_EQ(printedAtSetUp(), found + levelAdvice + functionAdvice + packageAdvice);
@@ -68,7 +68,7 @@ TEST(DebugFacility, SaysWhatItFoundAndWhatElseThereIs) {
     EXPECT_EQ(debugSettings().packageFilter.count(), 0);
 }
 
-TEST(DebugFacility, NamesEachLevel) {
+TEST(DebugFacilityTest, NamesEachLevel) {
     const std::pair<const char*, const char*> names[] = {
         {"-1", "NONE"},      {"0", "EMERG  "},     {"1", "ALERT  "},  {"2", "CRIT   "},  {"3", "ERR    "},
         {"4", "WARNING"},    {"5", "NOTICE "},     {"6", "INFO   "},  {"7", "DEBUG  "},  {"8", "DEBUG+1"},
@@ -83,7 +83,7 @@ TEST(DebugFacility, NamesEachLevel) {
     EXPECT_STREQ(debugLevelName(INT32_MAX), "DEBUG>4");
 }
 
-TEST(DebugFacility, CountsItsUsersAndHasAHandlerForAsLongAsThereAreSome) {
+TEST(DebugFacilityTest, CountsItsUsersAndHasAHandlerForAsLongAsThereAreSome) {
     const DebugEnvironment environment{{"KESTA_DEBUG", ""}};
     EXPECT_NE(printedBy([] { initialiseDebugging(); }), "");
     const QnAssertionHandler* const handler = debugSettings().assertionHandler.get();
@@ -97,7 +97,7 @@ TEST(DebugFacility, CountsItsUsersAndHasAHandlerForAsLongAsThereAreSome) {
     EXPECT_NE(printedAtSetUp(), "") << "and it can be set up again";
 }
 
-TEST(AssertionHandler, PrintsALineAndReturnsTheValue) {
+TEST(AssertionHandlerTest, PrintsALineAndReturnsTheValue) {
     const DebugEnvironment environment{};
     initialiseDebugging();
     QnAssertionHandler& handler = *debugSettings().assertionHandler;
@@ -117,7 +117,7 @@ TEST(AssertionHandler, PrintsALineAndReturnsTheValue) {
     shutDownDebugging();
 }
 
-TEST(DebugWordList, SplitsAtBlanksUpToItsCapacity) {
+TEST(DebugWordListTest, SplitsAtBlanksUpToItsCapacity) {
     EXPECT_EQ(words(DebugWordList("")), Words{});
     EXPECT_EQ(words(DebugWordList("   ")), Words{});
     EXPECT_EQ(words(DebugWordList("a")), Words{"a"});

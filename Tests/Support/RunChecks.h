@@ -1,31 +1,23 @@
 #pragma once
 
+#include <cuda_runtime.h>
 #include <gtest/gtest.h>
-#include <host_device.h>
 
 #include <vector>
 
 #include "FilterRun.h"
+#include "zel/Exceptions.h"
 
+// Checks of a FilterRun that hold on every platform.
 namespace zel::test {
 
-/// Steps that a run of a FilterRun promises, each of which it reports.
+/// Steps that a run promises, each of which it reports.
 template <typename Run>
 std::uint64_t stepsOf(Run&& run) {
     StepWatch watch;
     run.filter.run(&watch);
     EXPECT_EQ(watch.steps(), watch.total());
     return watch.total();
-}
-
-/// Bytes on the device that a run of a FilterRun needs at most, and gives back.
-template <typename Run>
-std::uint64_t peakBytesOf(Run&& run) {
-    const std::uint64_t before = host::deviceUse().liveBytes;
-    host::resetPeakBytes();
-    run.filter.run();
-    EXPECT_EQ(host::deviceUse().liveBytes, before);
-    return host::deviceUse().peakBytes - before;
 }
 
 /// makeRun(placement) gives this, bit for bit, wherever its images lie and for each tile.
@@ -40,6 +32,24 @@ void expectEverywhere(const std::vector<T>& expected, const std::vector<Tile>& t
             ASSERT_EQ(run.template result<T>(), expected);
         }
     }
+}
+
+/// Cancels a run at each poll. In one block nothing is polled after the download: the result is complete.
+template <typename Run>
+void expectCancelledAtEachStep(Run& run, bool endsWithUnpolledDownload) {
+    auto& filter = run.filter;
+    const std::uint64_t total = stepsOf(run);
+    for (std::uint64_t done = 0; done < total; ++done) {
+        SCOPED_TRACE(testing::Message() << "after " << done << " of " << total << " steps");
+        StepWatch canceller(&filter, done);
+        if (endsWithUnpolledDownload && done + 1 == total) {
+            EXPECT_NO_THROW(filter.run(&canceller));
+        } else {
+            EXPECT_THROW(filter.run(&canceller), ExceptionCancelation);
+            EXPECT_EQ(canceller.steps(), done) << "a step that was cancelled does not count";
+        }
+    }
+    EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
 }
 
 }  // namespace zel::test

@@ -30,7 +30,7 @@ std::uint64_t allocationsOf(DeviceImage<T>& image, std::size_t width, std::size_
 
 }  // namespace
 
-TEST(DeviceImage, KeepsItsMemoryWhileTheSizeFits) {
+TEST(DeviceImageTest, KeepsItsMemoryWhileTheSizeFits) {
     DeviceImage<float> image(100, 20, 3, true);
     const std::size_t pitch = image.pitch();
     EXPECT_EQ(pitch % 256, 0U);
@@ -49,7 +49,7 @@ TEST(DeviceImage, KeepsItsMemoryWhileTheSizeFits) {
     EXPECT_EQ(allocationsOf(image, 600, 11, 4, false), 1U);
 }
 
-TEST(DeviceImage, PlainRowsArePackedAndAZeroSizeIsLegal) {
+TEST(DeviceImageTest, PlainRowsArePackedAndAZeroSizeIsLegal) {
     DeviceImage<double> packed(7, 5, false);
     EXPECT_EQ(packed.pitch(), 7 * sizeof(double));
     EXPECT_EQ(packed.depth(), 1U);
@@ -64,7 +64,7 @@ TEST(DeviceImage, PlainRowsArePackedAndAZeroSizeIsLegal) {
     EXPECT_NO_THROW(DeviceImage<float>(0, 5, false));
 }
 
-TEST(DeviceImage, DropsTheOldMemoryBeforeItAsksForNew) {
+TEST(DeviceImageTest, DropsTheOldMemoryBeforeItAsksForNew) {
     const auto before = host::deviceUse();
     {
         DeviceImage<std::uint8_t> image(1024, 1024, false);
@@ -80,7 +80,7 @@ TEST(DeviceImage, DropsTheOldMemoryBeforeItAsksForNew) {
     EXPECT_EQ(host::deviceUse().liveAllocations, before.liveAllocations);
 }
 
-TEST(CopyDeviceVolume, TakesEachVolumesOwnPitches) {
+TEST(CopyDeviceVolumeTest, TakesEachVolumesOwnPitches) {
     using T = std::uint16_t;
     constexpr std::size_t width = 5, height = 3, depth = 2, size = sizeof(T);
     std::vector<T> values(8 * 4 * depth);
@@ -99,7 +99,7 @@ TEST(CopyDeviceVolume, TakesEachVolumesOwnPitches) {
     }
 }
 
-TEST(GetDeviceCoreInfo, KnowsTheHostDevice) {
+TEST(GetDeviceCoreInfoTest, KnowsTheHostDevice) {
     unsigned multiProcessors = 0, cores = 0;
     getDeviceCoreInfo(0, multiProcessors, cores);
     EXPECT_EQ(multiProcessors, 132U);
@@ -107,7 +107,7 @@ TEST(GetDeviceCoreInfo, KnowsTheHostDevice) {
     EXPECT_THROW(getDeviceCoreInfo(99, multiProcessors, cores), RuntimeError);
 }
 
-TEST(GetFreeDeviceMemory, FallsByWhatIsAllocated) {
+TEST(GetFreeDeviceMemoryTest, FallsByWhatIsAllocated) {
     const std::size_t before = amnlm::getFreeDeviceMemory();
     const auto memory = allocateDeviceMemory(1 << 20);
     EXPECT_EQ(amnlm::getFreeDeviceMemory(), before - (1 << 20));

@@ -18,7 +18,7 @@ int currentDevice() {
 
 }  // namespace
 
-class Gpu : public ::testing::Test {
+class GpuTest : public ::testing::Test {
 protected:
     void TearDown() override {
         cudaSetDevice(0);
@@ -30,7 +30,7 @@ private:
     std::uint64_t streamsBefore_ = host::deviceUse().liveStreams;
 };
 
-TEST_F(Gpu, ContextWithoutStreamMakesOneForItsLife) {
+TEST_F(GpuTest, ContextWithoutStreamMakesOneForItsLife) {
     for (const CudaContext& given : {CudaContext{}, CudaContext{1, nullptr}}) {
         const std::uint64_t streams = host::deviceUse().liveStreams;
         auto context = makeNppStreamContext(&given);
@@ -47,7 +47,7 @@ TEST_F(Gpu, ContextWithoutStreamMakesOneForItsLife) {
     EXPECT_EQ(currentDevice(), 0) << "the current device is left alone";
 }
 
-TEST_F(Gpu, ContextKeepsTheCallersStream) {
+TEST_F(GpuTest, ContextKeepsTheCallersStream) {
     cudaStream_t stream = nullptr;
     ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
     const CudaContext given{2, stream};
@@ -59,7 +59,7 @@ TEST_F(Gpu, ContextKeepsTheCallersStream) {
     cudaStreamDestroy(stream);
 }
 
-TEST_F(Gpu, AnIdOfNoGpuStandsForTheCurrentOne) {
+TEST_F(GpuTest, AnIdOfNoGpuStandsForTheCurrentOne) {
     cudaSetDevice(1);
     for (const int id : {3, 100, -1}) {
         const CudaContext given{id, nullptr};
@@ -67,7 +67,7 @@ TEST_F(Gpu, AnIdOfNoGpuStandsForTheCurrentOne) {
     }
 }
 
-TEST_F(Gpu, GuardSelectsADeviceAndPutsTheFormerOneBack) {
+TEST_F(GpuTest, GuardSelectsADeviceAndPutsTheFormerOneBack) {
     cudaSetDevice(1);
     host::resetCallCounts();
     {
@@ -88,7 +88,7 @@ TEST_F(Gpu, GuardSelectsADeviceAndPutsTheFormerOneBack) {
     cudaGetLastError();
 }
 
-TEST_F(Gpu, CountsDevicesAndReportsWhenItCannot) {
+TEST_F(GpuTest, CountsDevicesAndReportsWhenItCannot) {
     EXPECT_EQ(getDeviceCount(), 3);
     host::injectFault({.call = "cudaGetDeviceCount"});
     EXPECT_THROW(getDeviceCount(), RuntimeError);

@@ -19,7 +19,7 @@ void makeErrorPending() {
 
 }  // namespace
 
-TEST(CheckCudaStatus, NamesThePendingErrorOnlyWhenItIsAnother) {
+TEST(CheckCudaStatusTest, NamesThePendingErrorOnlyWhenItIsAnother) {
     cudaGetLastError();
     EXPECT_NO_THROW(checkCudaStatus(cudaSuccess));
 
@@ -39,7 +39,7 @@ TEST(CheckCudaStatus, NamesThePendingErrorOnlyWhenItIsAnother) {
     cudaGetLastError();
 }
 
-TEST(CheckCudaStatus, ReportsFromItsSource) {
+TEST(CheckCudaStatusTest, ReportsFromItsSource) {
     try {
         checkCudaStatus(cudaErrorInvalidValue);
         FAIL();
@@ -50,7 +50,7 @@ TEST(CheckCudaStatus, ReportsFromItsSource) {
     cudaGetLastError();
 }
 
-TEST(CheckNppStatus, FailsOnWarningsToo) {
+TEST(CheckNppStatusTest, FailsOnWarningsToo) {
     EXPECT_NO_THROW(checkNppStatus(NPP_NO_ERROR));
     const auto text = [](int status) {
         return messageOf<RuntimeError>([=] { checkNppStatus(static_cast<NppStatus>(status)); });
@@ -62,7 +62,7 @@ TEST(CheckNppStatus, FailsOnWarningsToo) {
     EXPECT_EQ(text(-4711), "<unknown>");
 }
 
-TEST(CheckCufftStatus, SpeaksByNumberWhateverTheToolkitStillNames) {
+TEST(CheckCufftStatusTest, SpeaksByNumberWhateverTheToolkitStillNames) {
     EXPECT_NO_THROW(checkCufftStatus(CUFFT_SUCCESS));
     EXPECT_EQ(messageOf<RuntimeError>([] { checkCufftStatus(CUFFT_ALLOC_FAILED); }),
               "cuFFT failed to allocate GPU or CPU memory");
@@ -72,7 +72,7 @@ TEST(CheckCufftStatus, SpeaksByNumberWhateverTheToolkitStillNames) {
     EXPECT_STREQ(cufftStatusText(-1), "<unknown>");
 }
 
-TEST(CheckCudaFatal, ResetsTheDevice) {
+TEST(CheckCudaFatalTest, ResetsTheDevice) {
     EXPECT_NO_THROW(amnlm::checkCudaFatal(cudaSuccess));
     EXPECT_EQ(messageOf<RuntimeError>([] { amnlm::checkCudaFatal(cudaErrorMemoryAllocation); }),
               std::string("Fatal Cuda error: ") + cudaGetErrorString(cudaErrorMemoryAllocation) + "\n");

@@ -38,7 +38,7 @@ tarnway::VectorX<std::size_t> sizes(std::initializer_list<std::size_t> values) {
 
 }  // namespace
 
-TEST(DeviceDataPointer, AddsTheOriginsOfAllProxies) {
+TEST(DeviceDataPointerTest, AddsTheOriginsOfAllProxies) {
     const auto view = CudaImageView::allocate(ElementType::float32, 100, 50, 10);
     TarnwayImage image(view);
     std::size_t pitch = 0;
@@ -57,7 +57,7 @@ TEST(DeviceDataPointer, AddsTheOriginsOfAllProxies) {
 }
 
 // Images and views number their last two dimensions the other way round: axis 3 is time, axis 4 is the channel.
-TEST(DeviceDataPointer, CrossesTheLastTwoAxes) {
+TEST(DeviceDataPointerTest, CrossesTheLastTwoAxes) {
     const tarnway::ImageInfoProperty info(
         ElementType::uint8, tarnway::ImageType{ImageDimension::channel, ImageDimension::time}, sizes({8, 4, 3, 2}));
     const auto view = CudaImageView::allocate(info);
@@ -77,7 +77,7 @@ TEST(DeviceDataPointer, CrossesTheLastTwoAxes) {
     EXPECT_EQ(read, 77);
 }
 
-TEST(DeviceDataPointer, IsNullForImagesElsewhere) {
+TEST(DeviceDataPointerTest, IsNullForImagesElsewhere) {
     std::size_t pitch = 5;
     HostImage host(VoxelTypes::uint8, {4, 4});
     EXPECT_EQ(deviceDataPointer(&host, pitch), nullptr);
@@ -87,7 +87,7 @@ TEST(DeviceDataPointer, IsNullForImagesElsewhere) {
     EXPECT_EQ(cudaImageOf(nullptr), nullptr);
 }
 
-TEST(CudaImageView, AnswersRowsFromSeveralThreads) {
+TEST(CudaImageViewTest, AnswersRowsFromSeveralThreads) {
     constexpr std::size_t width = 300, height = 40;
     TarnwayImage image(CudaImageView::allocate(ElementType::uint16, width, height));
     EXPECT_TRUE(image.isDeviceResident());
@@ -107,7 +107,7 @@ TEST(CudaImageView, AnswersRowsFromSeveralThreads) {
     EXPECT_FALSE(image.readRow(1, &pixel, 0, 0, 1, 0, 0)) << "a dimension that the view lacks";
 }
 
-TEST(CudaImageView, FailsRowsQuietlyAndAllocationsLoudly) {
+TEST(CudaImageViewTest, FailsRowsQuietlyAndAllocationsLoudly) {
     TarnwayImage image(CudaImageView::allocate(ElementType::uint8, 10, 10));
     char byte = 0;
     host::injectFault({.call = "cudaMemcpy"});
@@ -118,7 +118,7 @@ TEST(CudaImageView, FailsRowsQuietlyAndAllocationsLoudly) {
     EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
 }
 
-TEST(CudaImageView, RefusesWhatAKernelCouldNotRead) {
+TEST(CudaImageViewTest, RefusesWhatAKernelCouldNotRead) {
     const auto message = [](const auto& action) {
         try {
             action();
@@ -150,7 +150,7 @@ TEST(CudaImageView, RefusesWhatAKernelCouldNotRead) {
 }
 
 // Two views of one allocation, a few rows apart: what the first reads the second would have written.
-TEST(CudaImageView, IsKnownToShareMemoryByItsRows) {
+TEST(CudaImageViewTest, IsKnownToShareMemoryByItsRows) {
     alignas(256) char memory[256 * 9];
     const tarnway::ImageInfoProperty info(ElementType::uint8, tarnway::ImageType{}, sizes({100, 4}));
     TarnwayImage input(CudaImageView::wrap(info, memory, 256));
@@ -165,7 +165,7 @@ TEST(CudaImageView, IsKnownToShareMemoryByItsRows) {
     }
 }
 
-TEST(CudaImageView, ShowsMemoryOfTheCaller) {
+TEST(CudaImageViewTest, ShowsMemoryOfTheCaller) {
     void* memory = nullptr;
     ASSERT_EQ(cudaMalloc(&memory, 1000), cudaSuccess);
     {

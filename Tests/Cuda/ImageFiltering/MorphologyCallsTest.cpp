@@ -7,7 +7,6 @@
 
 #include "ImageFiltering/MorphologyPasses_CUDA.h"
 #include "MorphologyRun.h"
-#include "RunChecks.h"
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
 
@@ -93,7 +92,7 @@ Calls callsOfRun(unsigned radius, bool square) {
 
 }  // namespace
 
-TEST(MorphologyPasses, TakeThePathThatTheWorkAreaAllows) {
+TEST(MorphologyPassesTest, TakeThePathThatTheWorkAreaAllows) {
     Passes passes;
     using enum Passes::WorkArea;
     // Repeated squares, which need no mask. The first two of an even number are queued together.
@@ -112,7 +111,7 @@ TEST(MorphologyPasses, TakeThePathThatTheWorkAreaAllows) {
     EXPECT_EQ(passes.dilate(4, false, source), (Calls{0, 1, 1, 0, 1, 1}));
 }
 
-TEST(MorphologyPasses, OfARunNeedNoLargeMask) {
+TEST(MorphologyPassesTest, OfARunNeedNoLargeMask) {
     EXPECT_EQ(callsOfRun<CudaErosion2d>(1, true), (Calls{1, 0, 0, 0, 0, 1}));
     EXPECT_EQ(callsOfRun<CudaErosion2d>(1, false), (Calls{0, 1, 1, 0, 1, 1}));
     EXPECT_EQ(callsOfRun<CudaDilation2d>(6, true), (Calls{6, 0, 0, 0, 0, 5}));
@@ -120,15 +119,4 @@ TEST(MorphologyPasses, OfARunNeedNoLargeMask) {
     EXPECT_EQ(callsOfRun<CudaClosing2d>(2, true), (Calls{4, 0, 0, 0, 0, 3}));
     // Three calls of morphologyPasses, the second one of a single pass without a work area.
     EXPECT_EQ(callsOfRun<CudaClosing2d>(4, false), (Calls{0, 8, 3, 0, 3, 8}));
-}
-
-TEST(MorphologyMemory, IsOneScratchImageAtMost) {
-    HostImage image = randomImage<std::uint8_t>({512, 300}, 2);
-    const auto peak = [&]<typename Algo>(unsigned radius, const Placement& placement) {
-        return peakBytesOf(MorphologyRun<Algo>(image, radius, true, placement));
-    };
-    EXPECT_EQ(peak.operator()<CudaErosion2d>(1, {true, true}), 0U);
-    EXPECT_EQ(peak.operator()<CudaErosion2d>(5, {true, true}), 512U * 300);
-    EXPECT_EQ(peak.operator()<CudaOpening2d>(1, {true, true}), 512U * 300);
-    EXPECT_EQ(peak.operator()<CudaOpening2d>(4, {false, false}), 3U * 512 * 300);
 }

@@ -112,7 +112,7 @@ TYPED_TEST_SUITE(LineReadersTest, PixelTypes);
 
 }  // namespace
 
-TEST(MirrorIndex, RepeatsTheEdgePixelAndReflectsAsOftenAsNeeded) {
+TEST(MirrorIndexTest, RepeatsTheEdgePixelAndReflectsAsOftenAsNeeded) {
     const auto indices = [](int begin, int count, int length) {
         std::vector<int> result;
         for (int i = begin; i < begin + count; ++i) result.push_back(mirrorIndex(i, length));

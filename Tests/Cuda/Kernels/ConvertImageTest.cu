@@ -60,7 +60,7 @@ void expectCasts() {
 
 }  // namespace
 
-TEST(ConvertImage, RoundsFloatsByTheMode) {
+TEST(ConvertImageTest, RoundsFloatsByTheMode) {
     expectEveryRoundMode<float>();
     expectEveryRoundMode<double>();
     // 0.5 is added in the source's own precision: in float the sum rounds up to 1.
@@ -68,7 +68,7 @@ TEST(ConvertImage, RoundsFloatsByTheMode) {
     EXPECT_EQ((convertRow<std::int32_t, RoundMode::HalfUp>(std::vector{0.49999997})), (std::vector{0}));
 }
 
-TEST(ConvertImage, KeepsLowBitsAndSaturatesAt32Bits) {
+TEST(ConvertImageTest, KeepsLowBitsAndSaturatesAt32Bits) {
     const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ((convertRow<std::uint8_t, RoundMode::HalfUp>(std::vector{2.5F, 255.5F, 300.0F, -1.0F, inf, nan})),
               (std::vector<std::uint8_t>{3, 0, 44, 0, 255, 0}));
@@ -80,7 +80,7 @@ TEST(ConvertImage, KeepsLowBitsAndSaturatesAt32Bits) {
               (std::vector<std::int8_t>{127, -128}));
 }
 
-TEST(ConvertImage, CastsIntegersToEveryOtherType) {
+TEST(ConvertImageTest, CastsIntegersToEveryOtherType) {
     using u8 = std::uint8_t;
     using u16 = std::uint16_t;
     using u32 = std::uint32_t;
@@ -95,7 +95,7 @@ TEST(ConvertImage, CastsIntegersToEveryOtherType) {
     expectCasts<s32, u8, u16, u32, s8, s16, float, double>();
 }
 
-TEST(ConvertImage, MakesComplexPixels) {
+TEST(ConvertImageTest, MakesComplexPixels) {
     const std::vector<float2> fromReal = convertRow<float2, RoundMode::TowardZero>(std::vector{1.0 + 1e-9, -3.0});
     EXPECT_EQ(fromReal[0].x, 1.0F);
     EXPECT_EQ(fromReal[1].x, -3.0F);
@@ -137,14 +137,14 @@ void expectVolume(RoundMode mode) {
 
 }  // namespace
 
-TEST(ConvertImage, WalksBothImagesByTheirOwnPitches) {
+TEST(ConvertImageTest, WalksBothImagesByTheirOwnPitches) {
     expectVolume<std::uint16_t, float>(RoundMode::NearestEven);
     expectVolume<std::uint32_t, double>(RoundMode::Down);
     expectVolume<double, float>(RoundMode::HalfUp);
     expectVolume<float, float>(RoundMode::Up);
 }
 
-TEST(ConvertImage, DoesNothingForADepthOfZeroOrAnUnknownMode) {
+TEST(ConvertImageTest, DoesNothingForADepthOfZeroOrAnUnknownMode) {
     const std::vector<float> untouched(rowLength * rowCount * sliceCount, -1);
     EXPECT_EQ((convertVolume<std::uint8_t, float>(RoundMode::Up, 0)), untouched);
     EXPECT_EQ((convertVolume<std::uint8_t, float>(static_cast<RoundMode>(5), sliceCount)), untouched);

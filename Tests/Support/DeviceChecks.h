@@ -8,11 +8,21 @@
 #include <vector>
 
 #include "RunChecks.h"
-#include "zel/Exceptions.h"
 
+// Checks of a FilterRun that watch the host device from the inside.
 namespace zel::test {
 
-/// A run (a FilterRun) that is disturbed in all ways, and that has to be right afterwards.
+/// Bytes on the device that a run needs at most, and gives back.
+template <typename Run>
+std::uint64_t peakBytesOf(Run&& run) {
+    const std::uint64_t before = host::deviceUse().liveBytes;
+    host::resetPeakBytes();
+    run.filter.run();
+    EXPECT_EQ(host::deviceUse().liveBytes, before);
+    return host::deviceUse().peakBytes - before;
+}
+
+/// A run that is disturbed in all ways, and that has to be right afterwards.
 template <typename Run, typename T>
 class DisturbedRun {
 public:
@@ -31,23 +41,6 @@ public:
         EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
         run_.filter.run();
         EXPECT_EQ(run_.template result<T>(), expected_);
-    }
-
-    /// Cancels at each poll. In one block nothing is polled after the download: the result is complete.
-    void cancelAtEachStep(bool endsWithUnpolledDownload) {
-        auto& filter = run_.filter;
-        const std::uint64_t total = stepsOf(run_);
-        for (std::uint64_t done = 0; done < total; ++done) {
-            SCOPED_TRACE(testing::Message() << "after " << done << " of " << total << " steps");
-            StepWatch canceller(&filter, done);
-            if (endsWithUnpolledDownload && done + 1 == total) {
-                EXPECT_NO_THROW(filter.run(&canceller));
-            } else {
-                EXPECT_THROW(filter.run(&canceller), ExceptionCancelation);
-                EXPECT_EQ(canceller.steps(), done) << "a step that was cancelled does not count";
-            }
-        }
-        expectUnharmed();
     }
 
     /// Refuses each of these calls once, as often as a run makes it.
@@ -78,8 +71,6 @@ public:
             expectUnharmed();
         }
     }
-
-    const std::vector<T>& expected() const { return expected_; }
 
 private:
     std::uint64_t countOf(const char* call) {

@@ -23,7 +23,7 @@ std::vector<float> resetPart(std::size_t width, std::size_t height, std::size_t 
 
 }  // namespace
 
-TEST(ResetImage, SetsEveryPixelAndNoPadding) {
+TEST(ResetImageTest, SetsEveryPixelAndNoPadding) {
     for (const std::size_t width : {0, 1, 63, 64, 65}) {
         const std::vector<float> result = resetPart(width, 3, 2);
         for (std::size_t i = 0; i < result.size(); ++i) {
@@ -33,7 +33,7 @@ TEST(ResetImage, SetsEveryPixelAndNoPadding) {
     }
 }
 
-TEST(ResetImage, LaunchesNothingForADepthOfZeroAndReportsARefusedLaunch) {
+TEST(ResetImageTest, LaunchesNothingForADepthOfZeroAndReportsARefusedLaunch) {
     EXPECT_EQ(resetPart(10, 3, 0), std::vector<float>(70 * 4 * 3, 7));
     EXPECT_THROW(resetPart(10, 0, 1), RuntimeError) << "a grid of no blocks";
 }

@@ -52,7 +52,7 @@ void expectRoundTrips(const ImageSize& size) {
 
 }  // namespace
 
-TEST(ImageTransfer, BringsEveryImageBackAsItWas) {
+TEST(ImageTransferTest, BringsEveryImageBackAsItWas) {
     expectRoundTrips<std::uint8_t>({1, 1});
     expectRoundTrips<std::uint8_t>({37, 5});
     expectRoundTrips<std::int16_t>({300, 7, 4});
@@ -61,7 +61,7 @@ TEST(ImageTransfer, BringsEveryImageBackAsItWas) {
     expectRoundTrips<float>({87381, 7, 2});
 }
 
-TEST(ImageTransfer, CopiesInOneGoWhatIsContiguousAndInChunksWhatIsNot) {
+TEST(ImageTransferTest, CopiesInOneGoWhatIsContiguousAndInChunksWhatIsNot) {
     const auto copies = [](const ImageModel& image) {
         DeviceImage<std::uint8_t> device(image.getDimension(0), image.getDimension(1), true);
         host::resetCallCounts();
@@ -84,7 +84,7 @@ TEST(ImageTransfer, CopiesInOneGoWhatIsContiguousAndInChunksWhatIsNot) {
     EXPECT_EQ(copies(one), 1U);
 }
 
-TEST(ImageTransfer, PicksTheIndicesAlongTheFurtherAxes) {
+TEST(ImageTransferTest, PicksTheIndicesAlongTheFurtherAxes) {
     HostImage image = randomImage<std::uint8_t>({6, 4, 3, 2, 3}, 9);
     DeviceImage<std::uint8_t> device(6, 4, 3, true);
     copyImageToDevice3d(image, device.data(), device.pitch(), device.slicePitch(), 1, 2, nullptr);
@@ -94,7 +94,7 @@ TEST(ImageTransfer, PicksTheIndicesAlongTheFurtherAxes) {
     EXPECT_EQ(readAll<std::uint8_t>(target), readAll<std::uint8_t>(expected));
 }
 
-TEST(ImageTransfer, NamesTheRowThatFails) {
+TEST(ImageTransferTest, NamesTheRowThatFails) {
     RowsOnlyImage flat(HostImage(VoxelTypes::uint8, {8, 4}), 2);
     RowsOnlyImage deep(HostImage(VoxelTypes::uint8, {8, 4, 3}), 1);
     DeviceImage<std::uint8_t> device(8, 4, 3, true);
@@ -111,7 +111,7 @@ TEST(ImageTransfer, NamesTheRowThatFails) {
         "Cannot write a row at the coordinates (0, 1, 0, 0, 0) in the image (8, 4, 3, 1, 1)");
 }
 
-TEST(ImageTransfer, WaitsForItsDataOnStreamsThatRunLate) {
+TEST(ImageTransferTest, WaitsForItsDataOnStreamsThatRunLate) {
     const host::ScopedTestModes late({.deferredStreams = true, .protectedMemory = true});
     expectRoundTrips<std::uint16_t>({333, 21});
     expectRoundTrips<float>({64, 5, 3});

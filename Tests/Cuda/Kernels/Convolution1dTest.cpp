@@ -136,7 +136,7 @@ TYPED_TEST(Convolution1dTest, GivesTheSumsInTheOrderOfTheTaps) {
 }
 
 // By hand, in the middle of a flat volume.
-TEST(Convolution1d, TruncatesAndKeepsLowBits) {
+TEST(Convolution1dByHandTest, TruncatesAndKeepsLowBits) {
     const Size size{20, 3, 3};
     for (const std::size_t axis : {0, 1, 2}) {
         const auto sum = [&]<typename In, typename Out>(In pixel, Out, const std::vector<float>& taps) {

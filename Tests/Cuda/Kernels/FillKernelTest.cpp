@@ -22,7 +22,7 @@ using Bytes = std::vector<unsigned char>;
 
 }  // namespace
 
-TEST(FillKernelV4, WritesTheDiamondAndNoByteMore) {
+TEST(FillKernelV4Test, WritesTheDiamondAndNoByteMore) {
     EXPECT_EQ(diamond(0, 1), (Bytes{1, 9}));
     EXPECT_EQ(diamond(1, 9), (Bytes{0, 1, 0, 1, 1, 1, 0, 1, 0, 9}));
     EXPECT_EQ(diamond(2, 25), (Bytes{0, 0, 1, 0, 0, 0, 1, 1, 1, 0, 1, 1, 1, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 0, 0, 9}));

@@ -59,15 +59,15 @@ void expectPlain(HostImage& image, unsigned radius, bool square) {
 }
 
 template <typename T>
-class Morphology : public ::testing::Test {};
+class MorphologyTest : public ::testing::Test {};
 
 using PixelTypes = decltype(testedTypes(cuda::CudaErosion2d::InstanceTypes{}, cuda::CudaErosion2d::TypesAsFloat{}));
 
 }  // namespace
 
-TYPED_TEST_SUITE(Morphology, PixelTypes);
+TYPED_TEST_SUITE(MorphologyTest, PixelTypes);
 
-TYPED_TEST(Morphology, GivesTheExtremeWhereverTheImagesLieAndHoweverTheyAreCut) {
+TYPED_TEST(MorphologyTest, GivesTheExtremeWhereverTheImagesLieAndHoweverTheyAreCut) {
     using T = TypeParam;
     std::mt19937 random(6);
     for (unsigned radius = 1; radius <= 9; ++radius) {
@@ -82,7 +82,7 @@ TYPED_TEST(Morphology, GivesTheExtremeWhereverTheImagesLieAndHoweverTheyAreCut) 
     }
 }
 
-TEST(MorphologyLaws, OpeningTwiceIsOpeningOnceAndIsTheDualOfClosing) {
+TEST(MorphologyLawsTest, OpeningTwiceIsOpeningOnceAndIsTheDualOfClosing) {
     using T = std::uint16_t;
     HostImage image = randomImage<T>({73, 58}, 3);
     std::vector<T> pixels = readAll<T>(image);
@@ -103,7 +103,7 @@ TEST(MorphologyLaws, OpeningTwiceIsOpeningOnceAndIsTheDualOfClosing) {
     }
 }
 
-TEST(MorphologyFloat, TilesDoNotChangeABitOfZerosAndNaNs) {
+TEST(MorphologyFloatTest, TilesDoNotChangeABitOfZerosAndNaNs) {
     HostImage image = randomImage<float>({70, 64}, 4);
     float* const pixels = voxels<float>(image);
     for (int i = 0; i < 70 * 64; ++i) {

@@ -1,6 +1,5 @@
 #include <cuda_runtime.h>
 #include <gtest/gtest.h>
-#include <host_device.h>
 
 #include <algorithm>
 #include <random>
@@ -33,7 +32,7 @@ using Instances = ::testing::Types<InOut<std::uint8_t, std::uint8_t>, InOut<std:
                                    InOut<float, float>, InOut<double, float>, InOut<double, double>>;
 
 template <typename T>
-class GaussianFilter : public ::testing::Test {};
+class GaussianFilterTest : public ::testing::Test {};
 
 /// Volumes of a few voxels along each axis, also flat ones and such that are smaller than the kernel.
 struct RandomCase {
@@ -52,9 +51,9 @@ struct RandomCase {
 
 }  // namespace
 
-TYPED_TEST_SUITE(GaussianFilter, Instances);
+TYPED_TEST_SUITE(GaussianFilterTest, Instances);
 
-TYPED_TEST(GaussianFilter, GivesThePlainResultWhereverTheImagesLieAndHoweverTheyAreCut) {
+TYPED_TEST(GaussianFilterTest, GivesThePlainResultWhereverTheImagesLieAndHoweverTheyAreCut) {
     using In = typename TypeParam::In;
     using Out = typename TypeParam::Out;
     for (unsigned seed = 0; seed < 8; ++seed) {
@@ -71,46 +70,7 @@ TYPED_TEST(GaussianFilter, GivesThePlainResultWhereverTheImagesLieAndHoweverThey
     }
 }
 
-TEST(GaussianFilterMemory, HoldsBuffersKernelsAndTheScratchOfOnePass) {
-    constexpr std::uint64_t width = 64, height = 40, depth = 20, taps = 5, blocks = 132;
-    HostImage image = randomImage<std::uint16_t>({width, height, depth}, 2);
-    const auto peak = [&](const Placement3d& placement, bool direct) {
-        return peakBytesOf(GaussianFilterRun(image, VoxelTypes::uint16, {{1, 1, 1}, 2, direct}, placement));
-    };
-    // Each block has a line, mirrored at both ends, and as many offsets of 8 bytes.
-    const auto scratch = [&](std::uint64_t lines, std::uint64_t length, std::uint64_t voxelBytes) {
-        return std::min(lines, blocks) * (length + taps - 1) * (voxelBytes + 8);
-    };
-    const auto largestScratch = [&](std::uint64_t workBytes) {
-        return std::max(
-            {scratch(height, width, 2), scratch(width, height, workBytes), scratch(width, depth, workBytes)});
-    };
-    constexpr std::uint64_t kernels = 3 * taps * 4, volume = width * height * depth;
-    EXPECT_EQ(peak({true, true}, true), kernels + largestScratch(2));
-    EXPECT_EQ(peak({true, true}, false), kernels + largestScratch(4) + 4 * volume);
-    EXPECT_EQ(peak({false, true}, true), kernels + largestScratch(2) + 2 * volume);
-    EXPECT_EQ(peak({false, false}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume);
-    EXPECT_LE(peak({false, false, {32, 20, 10}}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume / 8);
-}
-
-TEST(GaussianFilterCalls, SynchroniseAtEachStepAndReuseBuffers) {
-    HostImage image = randomImage<std::uint8_t>({40, 30, 20}, 2);
-    const auto counts = [&](const Placement3d& placement) {
-        GaussianFilterRun run(image, VoxelTypes::uint8, {{0, 0, 0}, 1}, placement);
-        host::resetCallCounts();
-        run.filter.run();
-        return std::pair(host::callCount("cudaDeviceSynchronize"), host::callCount("cudaMalloc3D"));
-    };
-    using Counts = std::pair<std::uint64_t, std::uint64_t>;
-    // One before the passes, and one for each of the steps.
-    EXPECT_EQ(counts({false, false}), Counts(1 + 5, 3));
-    EXPECT_EQ(counts({true, true}), Counts(1 + 3, 1));
-    // Tiles of 16, 16 and 8 by 16 and 14 by 16 and 4. Each slice of a tile travels alone, as it has gaps in the image.
-    // Only the output's buffer is made anew, at each change of height or depth.
-    EXPECT_EQ(counts({false, false, {16, 16, 16}}), Counts(12 * 3 + 2 * 6 * (16 + 4), 1 + 1 + 4));
-}
-
-TEST(GaussianFilterStream, OfTheCallerNeedsItsDevice) {
+TEST(GaussianFilterStreamTest, OfTheCallerNeedsItsDevice) {
     HostImage image = randomImage<std::uint16_t>({16, 16, 4}, 3);
     GaussianFilterRun run(image, VoxelTypes::uint16, {}, {});
     cudaStream_t stream = nullptr;
@@ -125,7 +85,7 @@ TEST(GaussianFilterStream, OfTheCallerNeedsItsDevice) {
     EXPECT_NO_THROW(run.filter.run());
 }
 
-TEST(GaussianFilterTypes, WithoutAnInstanceAreNamedByTheirCode) {
+TEST(GaussianFilterTypesTest, WithoutAnInstanceAreNamedByTheirCode) {
     HostImage image(VoxelTypes::int64, {4, 4, 4});
     GaussianFilterRun run(image, VoxelTypes::float32, {}, {});
     Runnable* const runner = cuda::CudaGaussianFilter3d::getClassInfo()->availableRunner();

@@ -1,0 +1,74 @@
+// Peak device memory of the filters, by formula.
+
+#include <gtest/gtest.h>
+#include <host_device.h>
+
+#include <algorithm>
+
+#include "BoxFilterRun.h"
+#include "DeviceChecks.h"
+#include "GaussianFilterRun.h"
+#include "MorphologyRun.h"
+
+using namespace zel;
+using namespace zel::cuda;
+using namespace zel::test;
+
+TEST(BoxFilterMemoryTest, HoldsTwoBuffersAndOnlyWhatItNeeds) {
+    HostImage image = randomImage<std::uint8_t>({512, 300}, 2);
+    const auto peak = [&](const Placement& placement) { return peakBytesOf(BoxFilterRun(image, 5, 5, placement)); };
+    EXPECT_EQ(peak({false, false}), 2U * 512 * 300);
+    EXPECT_EQ(peak({true, false}), 512U * 300);
+    EXPECT_EQ(peak({true, true}), 0U);
+    EXPECT_LE(peak({false, false, {256, 100}}), 2U * 256 * 100);
+}
+
+TEST(MorphologyMemoryTest, IsOneScratchImageAtMost) {
+    HostImage image = randomImage<std::uint8_t>({512, 300}, 2);
+    const auto peak = [&]<typename Algo>(unsigned radius, const Placement& placement) {
+        return peakBytesOf(MorphologyRun<Algo>(image, radius, true, placement));
+    };
+    EXPECT_EQ(peak.operator()<CudaErosion2d>(1, {true, true}), 0U);
+    EXPECT_EQ(peak.operator()<CudaErosion2d>(5, {true, true}), 512U * 300);
+    EXPECT_EQ(peak.operator()<CudaOpening2d>(1, {true, true}), 512U * 300);
+    EXPECT_EQ(peak.operator()<CudaOpening2d>(4, {false, false}), 3U * 512 * 300);
+}
+
+TEST(GaussianFilterMemoryTest, HoldsBuffersKernelsAndTheScratchOfOnePass) {
+    constexpr std::uint64_t width = 64, height = 40, depth = 20, taps = 5, blocks = 132;
+    HostImage image = randomImage<std::uint16_t>({width, height, depth}, 2);
+    const auto peak = [&](const Placement3d& placement, bool direct) {
+        return peakBytesOf(GaussianFilterRun(image, VoxelTypes::uint16, {{1, 1, 1}, 2, direct}, placement));
+    };
+    // Each block has a line, mirrored at both ends, and as many offsets of 8 bytes.
+    const auto scratch = [&](std::uint64_t lines, std::uint64_t length, std::uint64_t voxelBytes) {
+        return std::min(lines, blocks) * (length + taps - 1) * (voxelBytes + 8);
+    };
+    const auto largestScratch = [&](std::uint64_t workBytes) {
+        return std::max(
+            {scratch(height, width, 2), scratch(width, height, workBytes), scratch(width, depth, workBytes)});
+    };
+    constexpr std::uint64_t kernels = 3 * taps * 4, volume = width * height * depth;
+    EXPECT_EQ(peak({true, true}, true), kernels + largestScratch(2));
+    EXPECT_EQ(peak({true, true}, false), kernels + largestScratch(4) + 4 * volume);
+    EXPECT_EQ(peak({false, true}, true), kernels + largestScratch(2) + 2 * volume);
+    EXPECT_EQ(peak({false, false}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume);
+    EXPECT_LE(peak({false, false, {32, 20, 10}}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume / 8);
+}
+
+TEST(GaussianFilterCallsTest, SynchroniseAtEachStepAndReuseBuffers) {
+    HostImage image = randomImage<std::uint8_t>({40, 30, 20}, 2);
+    const auto counts = [&](const Placement3d& placement) {
+        GaussianFilterRun run(image, VoxelTypes::uint8, {{0, 0, 0}, 1}, placement);
+        host::resetCallCounts();
+        run.filter.run();
+        return std::pair(host::callCount("cudaDeviceSynchronize"), host::callCount("cudaMalloc3D"));
+    };
+    using Counts = std::pair<std::uint64_t, std::uint64_t>;
+    // One before the passes, and one for each of the steps.
+    EXPECT_EQ(counts({false, false}), Counts(1 + 5, 3));
+    EXPECT_EQ(counts({true, true}), Counts(1 + 3, 1));
+    // Tiles of 16, 16 and 8 by 16 and 14 by 16 and 4. Each slice of a tile travels alone, as it has gaps in the image.
+    // Only the output's buffer is made anew, at each change of height or depth.
+    EXPECT_EQ(counts({false, false, {16, 16, 16}}), Counts(12 * 3 + 2 * 6 * (16 + 4), 1 + 1 + 4));
+}

@@ -1,0 +1,98 @@
+// What the host device tells of every filter: its calls, its memory, what it makes of faults.
+
+#include <cuda_runtime.h>
+#include <gtest/gtest.h>
+#include <host_device.h>
+
+#include "DeviceChecks.h"
+#include "Messages.h"
+#include "SmallFilterRuns.h"
+#include "zel/AlgoInfo.h"
+
+using namespace zel;
+using namespace zel::test;
+
+namespace {
+
+template <typename Filter>
+class FilterFaultsTest : public SmallFilterRunTest<Filter> {
+protected:
+    using Disturbed = DisturbedRun<Filter, typename Filter::Pixel>;
+};
+TYPED_TEST_SUITE(FilterFaultsTest, SmallFilterRuns);
+
+}  // namespace
+
+TYPED_TEST(FilterFaultsTest, SynchronisesAtEachStepAndMakesOneStreamAtMost) {
+    this->onAllPlacements([](TypeParam& run, const auto&) {
+        host::resetCallCounts();
+        const std::uint64_t steps = stepsOf(run);
+        EXPECT_GE(host::callCount("cudaDeviceSynchronize"), steps);
+        EXPECT_EQ(host::callCount("cudaStreamCreate"), 1U);
+        cudaStream_t stream = nullptr;
+        ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+        CudaContext context{0, stream};
+        run.filter.cudaContext = &context;
+        host::resetCallCounts();
+        run.filter.run();
+        EXPECT_EQ(host::callCount("cudaStreamCreate"), 0U) << "the caller's is used";
+        EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    });
+}
+
+TYPED_TEST(FilterFaultsTest, LeavesNothingBehindWhenCancelled) {
+    this->onAllPlacements([](TypeParam& run, const auto& placement) {
+        typename TestFixture::Disturbed disturbed(run);
+        expectCancelledAtEachStep(run, !placement.tiled() && !placement.outputOnDevice);
+        disturbed.expectUnharmed();
+    });
+}
+
+TYPED_TEST(FilterFaultsTest, ReportsEachRefusedCallAndLeavesNothing) {
+    std::vector<const char*> calls{"cudaGetDeviceCount",     "cudaGetDevice",        "cudaGetDeviceProperties",
+                                   "cudaDeviceGetAttribute", "cudaStreamCreate",     "cudaStreamGetFlags",
+                                   "cudaStreamSynchronize",  "cudaMalloc",           "cudaMallocPitch",
+                                   "cudaMalloc3D",           "cudaMemcpyAsync",      "cudaMemcpy2DAsync",
+                                   "cudaMemcpy3DAsync",      "cudaDeviceSynchronize"};
+    if constexpr (TypeParam::passes == 1) {  // a Gaussian's launches go unchecked
+        calls.insert(calls.end(), {"cudaLaunchKernelEx", TypeParam::work, "nppiDilate3x3Border_8u_C1R_Ctx",
+                                   "nppiDilateBorder_16u_C1R_Ctx", "nppiErodeBorder_32f_C1R_Ctx"});
+    }
+    this->onAllPlacements(
+        [&](TypeParam& run, const auto&) { typename TestFixture::Disturbed(run).refuseEachCall(calls); });
+}
+
+TYPED_TEST(FilterFaultsTest, ReportsAFailedDeviceUntilItIsReset) {
+    TypeParam run(this->image_, {});
+    typename TestFixture::Disturbed(run).failDeviceAtEach(TypeParam::work);
+}
+
+TYPED_TEST(FilterFaultsTest, ReportsAFullOrMissingDevice) {
+    TypeParam run(this->image_, {});
+    const auto message = [&] { return messageOf<RuntimeError>([&] { run.filter.run(); }); };
+    const std::uint64_t peak = peakBytesOf(run), liveBefore = host::deviceUse().liveBytes;
+    {
+        const host::ScopedDevices small(1, peak - 1);
+        EXPECT_THAT(message(), testing::HasSubstr("out of memory"));
+        EXPECT_EQ(host::deviceUse().liveBytes, liveBefore);
+        TypeParam tiled(this->image_, {false, false, TypeParam::tile});
+        EXPECT_NO_THROW(tiled.filter.run()) << "tiles fit";
+    }
+    const host::ScopedDevices none(0, 0);
+    EXPECT_EQ(message(), "No runner is available for " + run.filter.classInfo()->className());
+}
+
+TYPED_TEST(FilterFaultsTest, PassesUnderEveryTestMode) {
+    TypeParam plain(this->image_, {});
+    plain.filter.run();
+    const host::TestModes modes[] = {{.deferredStreams = true},
+                                     {.protectedMemory = true},
+                                     {.poison = true, .redZones = true},
+                                     {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}};
+    for (const host::TestModes& mode : modes) {
+        const host::ScopedTestModes scoped(mode);
+        expectEverywhere(plain.template result<typename TestFixture::Pixel>(),
+                         std::vector{typename TestFixture::Tile{}, TypeParam::tile},
+                         [&](const auto& placement) { return TypeParam(this->image_, placement); });
+    }
+}

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "BoxFilterRun.h"
+#include "GaussianFilterRun.h"
+#include "MorphologyRun.h"
+
+namespace zel::test {
+
+// Small runs that take each of their filters' ways. `blocks` is how many the image is cut into with the margins that
+// the filter needs, counted by hand; `work` is a call that does the filtering.
+
+struct Box : BoxFilterRun {
+    using Pixel = std::int16_t;
+    static constexpr ImageSize size{60, 50};
+    static constexpr Vector2<unsigned> tile{22, 18};
+    static constexpr std::uint64_t blocks = 4 * 3, passes = 1;
+    static constexpr auto work = "nppiFilterBoxBorder_16s_C1R_Ctx";
+
+    Box(HostImage& image, const Placement& placement) : BoxFilterRun(image, 5, 3, placement) {}
+};
+
+template <typename Algo, typename T, unsigned radius, bool square>
+struct Morphology : MorphologyRun<Algo> {
+    using Pixel = T;
+    static constexpr ImageSize size{60, 50};
+    static constexpr std::uint64_t passes = 1;
+
+    Morphology(HostImage& image, const Placement& placement) : MorphologyRun<Algo>(image, radius, square, placement) {}
+};
+
+struct SquareErosion : Morphology<cuda::CudaErosion2d, std::uint8_t, 2, true> {
+    static constexpr Vector2<unsigned> tile{22, 20};
+    static constexpr std::uint64_t blocks = 4 * 3;
+    static constexpr auto work = "nppiErode3x3Border_8u_C1R_Ctx";
+
+    using Morphology::Morphology;
+};
+
+struct DiamondOpening : Morphology<cuda::CudaOpening2d, std::uint16_t, 2, false> {
+    static constexpr Vector2<unsigned> tile{34, 30};
+    static constexpr std::uint64_t blocks = 2 * 2;
+    static constexpr auto work = "nppiErodeBorder_16u_C1R_Ctx";
+
+    using Morphology::Morphology;
+};
+
+struct DiamondClosing : Morphology<cuda::CudaClosing2d, float, 3, false> {
+    static constexpr Vector2<unsigned> tile{34, 30};
+    static constexpr std::uint64_t blocks = 3 * 3;
+    static constexpr auto work = "nppiDilateBorder_32f_C1R_Ctx";
+
+    using Morphology::Morphology;
+};
+
+struct Gaussian : GaussianFilterRun {
+    using Pixel = std::int16_t;
+    static constexpr ImageSize size{20, 11, 7};
+    static constexpr Vector3<unsigned> tile{12, 7, 5};
+    static constexpr std::uint64_t blocks = 2 * 2 * 2, passes = 3;
+    static constexpr auto work = "cudaLaunchKernelEx";
+
+    Gaussian(HostImage& image, const Placement3d& placement)
+        : GaussianFilterRun(image, image.getDataType(), {{1, 0.5, 0.7}, 2}, placement) {}
+};
+
+struct FlatGaussian : Gaussian {
+    static constexpr ImageSize size{20, 11, 1};
+    static constexpr Vector3<unsigned> tile{8, 11, 1};
+    static constexpr std::uint64_t blocks = 4;
+
+    using Gaussian::Gaussian;
+};
+
+/// All of them, each law and each fault is tried on.
+using SmallFilterRuns = ::testing::Types<Box, SquareErosion, DiamondOpening, DiamondClosing, Gaussian, FlatGaussian>;
+
+/// A typed test over them.
+template <typename Filter>
+class SmallFilterRunTest : public ::testing::Test {
+protected:
+    using Pixel = typename Filter::Pixel;
+    using Tile = std::remove_const_t<decltype(Filter::tile)>;
+    using Place = PlacementOf<Tile>;
+
+    /// check(run, placement) with the images in each placement, whole and in tiles.
+    template <typename Check>
+    void onAllPlacements(const Check& check) {
+        for (const Tile& tile : {Tile{}, Filter::tile}) {
+            for (const Place& placement : allPlacements<Tile>(tile)) {
+                SCOPED_TRACE(testing::Message() << "device " << placement.inputOnDevice << placement.outputOnDevice
+                                                << ", tiled " << placement.tiled());
+                Filter run(image_, placement);
+                check(run, placement);
+            }
+        }
+    }
+
+    HostImage image_ = randomImage<Pixel>(Filter::size, 8);
+};
+
+}  // namespace zel::test
