@@ -80,7 +80,7 @@ std::shared_ptr<CudaImageView> CudaImageView::allocate(const ImageInfoProperty& 
     std::size_t pitch = 0;
     const std::size_t widthBytes = rowBytes(info);
     if (!succeeded(cudaMallocPitch(&address, &pitch, widthBytes, rowCount(info, widthBytes)))) throw std::bad_alloc();
-    std::shared_ptr<void> owner(address, [](void* memory) { cudaFree(memory); });
+    std::shared_ptr<void> owner(address, [](void* memory) { succeeded(cudaFree(memory)); });
     return std::shared_ptr<CudaImageView>(new CudaImageView(info, std::move(owner), pitch));
 }
 

@@ -116,6 +116,22 @@ TEST_F(TestModesTest, PoisonFillsFreshMemory) {
     for (int i = 0; i < 5000; ++i) ASSERT_EQ(array.get()[i], 0xCD);
 }
 
+TEST_F(TestModesTest, StrictReleasesReportWhatAResetHasEnded) {
+    for (const bool strict : {false, true}) {
+        SCOPED_TRACE(strict);
+        const ScopedTestModes modes({.strictReleases = strict});
+        void* memory = nullptr;
+        cudaStream_t stream = nullptr;
+        ASSERT_EQ(cudaMalloc(&memory, 1), cudaSuccess);
+        ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+        ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
+        EXPECT_EQ(cudaFree(memory), cudaErrorInvalidValue);
+        EXPECT_EQ(cudaGetLastError(), strict ? cudaErrorInvalidValue : cudaSuccess);
+        EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
+        EXPECT_EQ(cudaGetLastError(), strict ? cudaErrorInvalidResourceHandle : cudaSuccess);
+    }
+}
+
 TEST_F(TestModesTest, ModesLastForTheirScope) {
     {
         const ScopedTestModes outer({.redZones = true, .blockShuffleSeed = 3});

@@ -83,6 +83,7 @@ TEST(DeviceAllocatorTest, ExhaustedMemoryThrowsAndLeavesNoTrace) {
 }
 
 TEST(DeviceAllocatorTest, FreeingAfterAResetIsSilent) {
+    const host::ScopedTestModes modes({.strictReleases = true});
     {
         const DeviceVector<int> vector(100);
         ASSERT_EQ(cudaDeviceReset(), cudaSuccess);

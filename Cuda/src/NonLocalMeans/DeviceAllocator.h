@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "Utilities_CUDA/StatusChecks_CUDA.h"
+
 namespace amnlm {
 
 /// Allocator of Thrust's device vectors over cudaMalloc and cudaFree. Thrust's own would end the process when a vector
@@ -44,8 +46,7 @@ public:
         return thrust::device_pointer_cast(static_cast<T*>(memory));
     }
 
-    /// Ignores the status: it runs while unwinding, possibly after a reset.
-    void deallocate(pointer memory, size_type) noexcept { static_cast<void>(cudaFree(memory.get())); }
+    void deallocate(pointer memory, size_type) noexcept { zel::cuda::ignoreCudaStatus(cudaFree(memory.get())); }
 
     static constexpr size_type max_size() { return std::numeric_limits<size_type>::max() / sizeof(T); }
 

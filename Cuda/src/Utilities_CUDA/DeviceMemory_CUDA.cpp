@@ -11,8 +11,7 @@ namespace zel::cuda {
 namespace {
 
 std::shared_ptr<void> ownDeviceMemory(void* address) {
-    // The status is ignored: this may run while unwinding, or after a reset that took the memory already.
-    return std::shared_ptr<void>(address, [](void* memory) { cudaFree(memory); });
+    return std::shared_ptr<void>(address, [](void* memory) { ignoreCudaStatus(cudaFree(memory)); });
 }
 
 struct CoreCount {

@@ -37,7 +37,7 @@ std::shared_ptr<ChangeCurrentGpu> makeChangeCurrentGpu(int deviceId) {
 
 std::shared_ptr<cudaStream_t> makeCudaStream() {
     std::shared_ptr<cudaStream_t> stream(new cudaStream_t(nullptr), [](cudaStream_t* held) {
-        if (*held != nullptr) cudaStreamDestroy(*held);
+        if (*held != nullptr) ignoreCudaStatus(cudaStreamDestroy(*held));
         delete held;
     });
     checkCudaStatus(cudaStreamCreate(stream.get()));
@@ -48,7 +48,7 @@ namespace {
 
 std::shared_ptr<NppStreamContext> makeContextWithOwnStream() {
     std::shared_ptr<NppStreamContext> result(new NppStreamContext(), [](NppStreamContext* held) {
-        if (held->hStream != nullptr) cudaStreamDestroy(held->hStream);
+        if (held->hStream != nullptr) ignoreCudaStatus(cudaStreamDestroy(held->hStream));
         delete held;
     });
     checkCudaStatus(cudaStreamCreate(&result->hStream));

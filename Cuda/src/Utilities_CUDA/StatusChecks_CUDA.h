@@ -14,4 +14,10 @@ void checkCudaStatus(cudaError_t status);
 void checkNppStatus(NppStatus status);
 void checkCufftStatus(cufftResult status);
 
+/// For deleters: they run while unwinding, or after a reset that took the resource already. What fails there is
+/// nobody's failure, and must not stay pending for the next check to find.
+inline void ignoreCudaStatus(cudaError_t status) noexcept {
+    if (status != cudaSuccess) cudaGetLastError();
+}
+
 }  // namespace zel::cuda

@@ -21,22 +21,23 @@ struct DeviceUse {
 DeviceUse deviceUse();
 void resetPeakBytes();
 
-/// Calls since resetCallCounts(), by the vendor's name of the function ("cudaMalloc", "nppiFilterBoxBorder_8u_C1R_Ctx").
-/// All launches count as "cudaLaunchKernelEx".
+/// Calls since resetCallCounts(), by the vendor's name of the function ("cudaMalloc",
+/// "nppiFilterBoxBorder_8u_C1R_Ctx"). All launches count as "cudaLaunchKernelEx".
 std::uint64_t callCount(std::string_view name);
 /// Calls of all functions together.
 std::uint64_t callCount();
 void resetCallCounts();
 
-/// A refused call returns its status, and the next cudaGetLastError() gives it once. A failed call is sticky: each later
-/// call returns the status too, until cudaDeviceReset().
+/// A refused call returns its status, and the next cudaGetLastError() gives it once. A failed call is sticky: each
+/// later call returns the status too, until cudaDeviceReset().
 enum class FaultKind { refused, failed };
 
 struct Fault {
     std::string call;       ///< the vendor's name; empty for any call
     std::uint64_t nth = 1;  ///< counted from injectFault() on, the next one being 1
     FaultKind kind = FaultKind::refused;
-    int status = 0;  ///< the cudaError_t, NppStatus or cufftResult to return; 0 picks a fitting one by the call's family
+    int status =
+        0;  ///< the cudaError_t, NppStatus or cufftResult to return; 0 picks a fitting one by the call's family
 };
 
 /// Arms one fault in place of any other. It fires once.
@@ -48,11 +49,12 @@ bool faultFired();
 
 /// Modes that bring out faults which a CPU hides. Switch them while no allocation is alive.
 struct TestModes {
-    bool deferredStreams = false;  ///< queued work runs only when a synchronisation or a blocking call needs it
-    bool protectedMemory = false;  ///< the host cannot touch device memory outside launches and copies
-    bool poison = false;           ///< fresh and freed device memory is filled with 0xCD / 0xDD
-    bool redZones = false;         ///< a written byte beside an allocation ends the process with a message
+    bool deferredStreams = false;        ///< queued work runs only when a synchronisation or a blocking call needs it
+    bool protectedMemory = false;        ///< the host cannot touch device memory outside launches and copies
+    bool poison = false;                 ///< fresh and freed device memory is filled with 0xCD / 0xDD
+    bool redZones = false;               ///< a written byte beside an allocation ends the process with a message
     std::uint64_t blockShuffleSeed = 0;  ///< not 0: blocks run in an order drawn from it
+    bool strictReleases = false;         ///< giving back what a reset has ended leaves a pending error, as on a GPU
 };
 TestModes testModes();
 

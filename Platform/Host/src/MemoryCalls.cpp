@@ -41,10 +41,9 @@ cudaError_t allocatePitched(void** address, std::size_t* pitch, cudaExtent exten
     return status;
 }
 
-/// A holder of memory that a reset has ended is on its way out after an error, and must not leave a second one.
 cudaError_t freeMemory(void* address) {
     if (address == nullptr) return cudaSuccess;
-    if (allocations().isRetired(address)) return cudaErrorInvalidValue;
+    if (allocations().isRetired(address)) return releasedTooLate(cudaErrorInvalidValue);
     runAllDeferredWork();  // as on a GPU, freeing waits for the work that may use the memory
     return report(allocations().free(address));
 }

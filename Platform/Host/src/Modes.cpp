@@ -16,12 +16,14 @@ void setModes(const TestModes& wanted) {
     modes.poison = wanted.poison;
     modes.redZones = wanted.redZones;
     modes.blockShuffleSeed = wanted.blockShuffleSeed;
+    modes.strictReleases = wanted.strictReleases;
 }
 
 }  // namespace
 
 TestModes testModes() {
-    return {modes.deferredStreams, modes.protectedMemory, modes.poison, modes.redZones, modes.blockShuffleSeed};
+    return {modes.deferredStreams, modes.protectedMemory,  modes.poison,
+            modes.redZones,        modes.blockShuffleSeed, modes.strictReleases};
 }
 
 ScopedTestModes::ScopedTestModes(const TestModes& wanted) : previous_(testModes()) {

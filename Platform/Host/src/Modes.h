@@ -12,6 +12,7 @@ struct Modes {
     std::atomic<bool> poison = false;
     std::atomic<bool> redZones = false;
     std::atomic<std::uint64_t> blockShuffleSeed = 0;
+    std::atomic<bool> strictReleases = false;
 };
 
 extern constinit Modes modes;

@@ -2,6 +2,7 @@
 
 #include "DeviceCall.h"
 #include "Devices.h"
+#include "Modes.h"
 
 namespace zel::host {
 
@@ -35,6 +36,12 @@ cudaError_t releasingCall(const char* name, Body body) {
     const auto fault = enterCall(name);
     const cudaError_t status = body();
     return fault ? static_cast<cudaError_t>(*fault) : status;
+}
+
+/// The status of giving back what a reset has ended. Its holder is on its way out after an error, and must not leave a
+/// second one; under strict releases it is the holder who has to see to that, as on a GPU.
+inline cudaError_t releasedTooLate(cudaError_t status) {
+    return modes.strictReleases ? report(status) : status;
 }
 
 }  // namespace zel::host

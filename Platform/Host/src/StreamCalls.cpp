@@ -13,8 +13,7 @@ cudaError_t cudaStreamCreate(cudaStream_t* stream) {
 
 cudaError_t cudaStreamDestroy(cudaStream_t stream) {
     return releasingCall("cudaStreamDestroy", [&] {
-        // Its holder is on its way out after an error, and must not leave a second one.
-        if (isRetiredStream(stream)) return cudaErrorInvalidResourceHandle;
+        if (isRetiredStream(stream)) return releasedTooLate(cudaErrorInvalidResourceHandle);
         if (stream == nullptr || !isStream(stream)) return report(cudaErrorInvalidResourceHandle);
         destroyStream(stream);
         return cudaSuccess;

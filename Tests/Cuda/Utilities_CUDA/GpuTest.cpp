@@ -3,6 +3,11 @@
 #include <gtest/gtest.h>
 #include <host_device.h>
 
+#include <functional>
+#include <memory>
+
+#include "Utilities_CUDA/DeviceMemory_CUDA.h"
+#include "tarnway_cuda/CudaImageView.h"
 #include "zel/Exceptions.h"
 
 using namespace zel;
@@ -86,6 +91,26 @@ TEST_F(GpuTest, GuardSelectsADeviceAndPutsTheFormerOneBack) {
     host::injectFault({.call = "cudaSetDevice"});
     EXPECT_NO_THROW(guard.reset()) << "an error in a destructor is swallowed";
     cudaGetLastError();
+}
+
+// A release that fails sets the pending error on a GPU, and the next checked launch would raise it.
+TEST_F(GpuTest, OwnersThatOutliveAResetLeaveNoErrorPending) {
+    const host::ScopedTestModes modes({.strictReleases = true});
+    std::size_t pitch = 0;
+    const std::function<std::shared_ptr<const void>()> makers[] = {
+        [] { return allocateDeviceMemory(1); },
+        [&] { return allocateDevicePitched(pitch, 8, 2, 1); },
+        [&] { return allocateDevicePitched(pitch, 8, 2, 2); },
+        [] { return makeCudaStream(); },
+        [] { return makeNppStreamContext(nullptr); },
+        [] { return tarnway_cuda::CudaImageView::allocate(tarnway::ElementType::uint8, 4, 3, 2); },
+    };
+    for (const auto& make : makers) {
+        auto owner = make();
+        ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
+        owner.reset();
+        EXPECT_EQ(cudaGetLastError(), cudaSuccess) << "owner " << &make - makers;
+    }
 }
 
 TEST_F(GpuTest, CountsDevicesAndReportsWhenItCannot) {

@@ -18,7 +18,7 @@ ZEL_HOST_API cudaError_t cudaGetDeviceProperties(cudaDeviceProp* properties, int
 ZEL_HOST_API cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr attribute, int device);
 ZEL_HOST_API cudaError_t cudaDeviceSynchronize();
 /// Ends every allocation, stream and plan of the current device. Giving one back afterwards returns an error and
-/// leaves no pending one.
+/// leaves no pending one, unless a test mode wants it as on a GPU.
 ZEL_HOST_API cudaError_t cudaDeviceReset();
 
 ZEL_HOST_API cudaError_t cudaMalloc(void** address, std::size_t bytes);
