@@ -56,9 +56,9 @@ public:
         if (square) {
             checkCudaStatus(cudaMemsetAsync(data(), 1, bytes(), stream));
         } else {
-            fillKernelV4(data(), radius, stream);
-            // A refused launch shows nowhere else, and passes by an unwritten mask would look like a result.
-            checkCudaStatus(cudaGetLastError());
+            // Passes by an unwritten mask would look like a result. The launch's own status: the pending error may be
+            // an old one of the caller's.
+            checkCudaStatus(fillKernelV4(data(), radius, stream));
         }
     }
 

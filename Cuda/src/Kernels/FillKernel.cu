@@ -17,12 +17,12 @@ __global__ void helper::fillKernelV4Kernel(unsigned char* mask, int radius) {
     });
 }
 
-void fillKernelV4(unsigned char* mask, int radius, cudaStream_t stream) {
+cudaError_t fillKernelV4(unsigned char* mask, int radius, cudaStream_t stream) {
     cudaLaunchConfig_t config{};
     config.gridDim = dim3(1, 1, 1);
     config.blockDim = dim3(1, 1, 1);
     config.stream = stream;
-    cudaLaunchKernelEx(&config, helper::fillKernelV4Kernel, mask, radius);
+    return cudaLaunchKernelEx(&config, helper::fillKernelV4Kernel, mask, radius);
 }
 
 }  // namespace zel::cuda

@@ -9,8 +9,9 @@ namespace zel::cuda {
 ///
 /// @param mask    device memory, (2 radius + 1) rows of (2 radius + 1) bytes without padding.
 /// @param radius  a negative one writes nothing.
-/// @param stream  queues here; unchecked: cudaGetLastError() tells the caller when the launch was refused.
-void fillKernelV4(unsigned char* mask, int radius, cudaStream_t stream);
+/// @param stream  queues here.
+/// @return        the launch's status, for the caller to check.
+cudaError_t fillKernelV4(unsigned char* mask, int radius, cudaStream_t stream);
 
 namespace helper {
 

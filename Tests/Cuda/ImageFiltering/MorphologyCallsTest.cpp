@@ -9,6 +9,7 @@
 #include "MorphologyRun.h"
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
+#include "zel/Exceptions.h"
 
 using namespace zel;
 using namespace zel::cuda;
@@ -109,6 +110,17 @@ TEST(MorphologyPassesTest, TakeThePathThatTheWorkAreaAllows) {
     EXPECT_EQ(passes.dilate(2, true, source), (Calls{0, 1, 0, 1, 1, 1}));
     EXPECT_EQ(passes.dilate(1, false, none), (Calls{0, 1, 1, 0, 1, 1}));
     EXPECT_EQ(passes.dilate(4, false, source), (Calls{0, 1, 1, 0, 1, 1}));
+}
+
+// An application's pending error is none of the mask's launch; a refusal of that launch is.
+TEST(MorphologyPassesTest, ReportTheMasksLaunchAndNoErrorFromBefore) {
+    Passes passes;
+    EXPECT_NE(cudaSetDevice(-1), cudaSuccess);
+    EXPECT_NO_THROW(passes.dilate(2, false, Passes::WorkArea::own));
+    EXPECT_EQ(cudaPeekAtLastError(), cudaErrorInvalidDevice) << "it is the application's to fetch";
+    host::injectFault({.call = "cudaLaunchKernelEx", .status = cudaErrorLaunchOutOfResources});
+    EXPECT_THROW(passes.dilate(2, false, Passes::WorkArea::own), RuntimeError);
+    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
 }
 
 TEST(MorphologyPassesTest, OfARunNeedNoLargeMask) {
