@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <host_device.h>
 #include <nppi_filtering_functions.h>
 #include <nppi_morphological_operations.h>
@@ -102,6 +103,13 @@ TEST_F(NppArgumentsTest, GoUnreadInACallThatIsMadeToFail) {
     EXPECT_EQ(host::callCount("nppiFilterBoxBorder_16u_C1R_Ctx"), 3u);
     cudaGetLastError();
     host::clearFault();
+}
+
+// An application may link the vendor's library too, whose functions must not take the place of ours.
+TEST(NppNamesTest, AreNotTheVendorsAtLinking) {
+    for (const char* name : {"nppiFilterBoxBorder_8u_C1R_Ctx", "nppiErode3x3Border_8u_C1R_Ctx",
+                             "nppiDilateBorder_32f_C1R_Ctx", "cudaMalloc"})
+        EXPECT_EQ(dlsym(RTLD_DEFAULT, name), nullptr) << name;
 }
 
 }  // namespace

@@ -17,7 +17,6 @@
 /// @param eBorderType  NPP_BORDER_REPLICATE, else NPP_NOT_SUPPORTED_MODE_ERROR.
 /// @return             queued work's status, with the first fault found among: null pointers, sizes, steps, alignment,
 ///                     region, mask, anchor, border, addresses outside live device memory.
-extern "C" {
 ZEL_HOST_API NppStatus nppiFilterBoxBorder_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
                                                       NppiPoint oSrcOffset, Npp8u* pDst, Npp32s nDstStep,
                                                       NppiSize oSizeROI, NppiSize oMaskSize, NppiPoint oAnchor,
@@ -34,4 +33,3 @@ ZEL_HOST_API NppStatus nppiFilterBoxBorder_32f_C1R_Ctx(const Npp32f* pSrc, Npp32
                                                        NppiPoint oSrcOffset, Npp32f* pDst, Npp32s nDstStep,
                                                        NppiSize oSizeROI, NppiSize oMaskSize, NppiPoint oAnchor,
                                                        NppiBorderType eBorderType, NppStreamContext nppStreamCtx);
-}

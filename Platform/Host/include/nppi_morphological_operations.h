@@ -17,7 +17,6 @@
 ///                     region, mask size, anchor, border, addresses outside live device memory.
 
 // The square of 3 by 3 pixels around the output pixel.
-extern "C" {
 ZEL_HOST_API NppStatus nppiErode3x3Border_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
                                                      NppiPoint oSrcOffset, Npp8u* pDst, Npp32s nDstStep,
                                                      NppiSize oSizeROI, NppiBorderType eBorderType,
@@ -78,4 +77,3 @@ ZEL_HOST_API NppStatus nppiDilateBorder_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s n
                                                     NppiSize oSizeROI, const Npp8u* pMask, NppiSize oMaskSize,
                                                     NppiPoint oAnchor, NppiBorderType eBorderType,
                                                     NppStreamContext nppStreamCtx);
-}
