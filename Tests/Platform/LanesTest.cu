@@ -75,10 +75,10 @@ TEST_F(LanesTest, LanesTogetherWalkOverAllItems) {
 // More and fewer blocks than lines or bundles; each line is one block's.
 TEST_F(LanesTest, BlocksTogetherWalkOverAllLines) {
     for (const std::uint64_t count : {1, 64, 100, 150})
-        for (const unsigned int blocks : {1, 3, 500}) {
-            SCOPED_TRACE(::testing::Message() << count << " lines, " << blocks << " blocks");
+        for (const dim3 grid : {dim3(1), dim3(3), dim3(500), dim3(2, 3), dim3(3, 2, 5)}) {
+            SCOPED_TRACE(::testing::Message() << count << " lines, " << grid.x << " x " << grid.y << " x " << grid.z);
             auto config = oneBlock();
-            config.gridDim = dim3(blocks);
+            config.gridDim = grid;
             std::vector<int> visits(7 * count), bundleVisits(7 * count);
             ASSERT_EQ(
                 cudaLaunchKernelEx(&config, linesKernel, visits.data(), bundleVisits.data(), std::uint64_t{7}, count),

@@ -22,10 +22,18 @@ __device__ __forceinline__ T* dynamicShared() {
     return reinterpret_cast<T*>(zelDynamicSharedMemory);
 }
 
+/// The block's place among all blocks of the grid, and how many there are.
+__device__ __forceinline__ std::uint64_t blockNumber() {
+    return blockIdx.x + std::uint64_t{gridDim.x} * (blockIdx.y + std::uint64_t{gridDim.y} * blockIdx.z);
+}
+__device__ __forceinline__ std::uint64_t blockCount() {
+    return std::uint64_t{gridDim.x} * gridDim.y * gridDim.z;
+}
+
 /// Calls body() once a block.
 template <class Body>
 __device__ __forceinline__ void onFirstLane(Body body) {
-    if (threadIdx.x == 0) body();
+    if (threadIdx.x == 0 && threadIdx.y == 0 && threadIdx.z == 0) body();
 }
 
 /// For device functions that walk over items themselves: the lane's first item, and the way to its next.

@@ -14,7 +14,7 @@ namespace zel::cuda {
 template <class Body>
 __device__ __forceinline__ void forEachLine(std::uint64_t outer, std::uint64_t count, Body body) {
     for (std::uint64_t o = 0; o < outer; ++o)
-        for (std::uint64_t l = blockIdx.x; l < count; l += gridDim.x) body(o, l);
+        for (std::uint64_t l = blockNumber(); l < count; l += blockCount()) body(o, l);
 }
 
 /// As forEachLine() for lines that lie side by side: calls body(o, bundle) for bundles of adjacent lines.

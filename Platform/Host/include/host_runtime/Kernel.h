@@ -27,9 +27,6 @@ ZEL_BLOCK_VARIABLE void* blockSharedMemory;
 }  // namespace zel::host
 #undef ZEL_BLOCK_VARIABLE
 
-/// The thread that runs a block stands for all its lanes, which is the business of lanes.h.
-inline constexpr uint3 threadIdx{0, 0, 0};
-
 /// Adds 1 and wraps to 0 past the limit; returns the value before. The read-modify-write is acquire and release, so
 /// that it orders what blocks publish with __threadfence(): a fence of its own would be unknown to ThreadSanitizer.
 inline unsigned int atomicInc(unsigned int* address, unsigned int limit) {

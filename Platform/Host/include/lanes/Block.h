@@ -19,6 +19,14 @@ __forceinline__ T* dynamicShared() {
     return static_cast<T*>(zel::host::blockSharedMemory);
 }
 
+/// The block's place among all blocks of the grid, and how many there are.
+__forceinline__ std::uint64_t blockNumber() {
+    return blockIdx.x + std::uint64_t{gridDim.x} * (blockIdx.y + std::uint64_t{gridDim.y} * blockIdx.z);
+}
+__forceinline__ std::uint64_t blockCount() {
+    return std::uint64_t{gridDim.x} * gridDim.y * gridDim.z;
+}
+
 /// Calls body() once a block.
 template <class Body>
 __forceinline__ void onFirstLane(Body body) {

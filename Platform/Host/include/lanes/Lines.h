@@ -2,6 +2,7 @@
 
 #include <cuda_runtime.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -17,8 +18,13 @@ namespace zel::cuda {
 struct BlockShare {
     std::uint64_t begin, end;
 
-    explicit BlockShare(std::uint64_t count)
-        : begin(count * blockIdx.x / gridDim.x), end(count * (blockIdx.x + std::uint64_t{1}) / gridDim.x) {}
+    explicit BlockShare(std::uint64_t count) {
+        const std::uint64_t block = blockNumber();
+        const std::uint64_t each = count / blockCount();
+        const std::uint64_t rest = count % blockCount();  // one more for each of the first blocks
+        begin = each * block + std::min(block, rest);
+        end = begin + each + (block < rest ? 1 : 0);
+    }
 };
 
 /// Calls body(o, l) for l = 0 ... count - 1 of each o = 0 ... outer - 1, dealt to the blocks: each line is one block's.
