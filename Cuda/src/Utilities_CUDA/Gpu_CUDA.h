@@ -33,11 +33,9 @@ std::shared_ptr<ChangeCurrentGpu> makeChangeCurrentGpu(int deviceId);
 /// A new stream on the current device, destroyed with its last owner.
 std::shared_ptr<cudaStream_t> makeCudaStream();
 
-/// Device and stream of a run, as NPP wants them.
-/// @param context  what the caller asks for; may be null. Without a stream in it a new one is made on the current
-/// device
-///                 and destroyed with the last owner of the result. An id that is no GPU's stands for the current
-///                 device.
+/// Device and stream of a run, as NPP wants them. Without a stream in what the caller asks for, one is made on the
+/// current device and destroyed with the last owner of the result.
+/// @param context  what the caller asks for; may be null. An id that is no GPU's stands for the current device.
 std::shared_ptr<NppStreamContext> makeNppStreamContext(const CudaContext* context);
 
 }  // namespace zel::cuda
