@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "ThrustPolicy.h"
 #include "Utilities_CUDA/StatusChecks_CUDA.h"
 
 namespace amnlm {

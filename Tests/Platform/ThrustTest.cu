@@ -1,0 +1,119 @@
+#include <thrust/system_error.h>
+
+#include <functional>
+
+#include "DeviceFixture.h"
+#include "DeviceVectorOperations.h"
+
+namespace zel::test {
+namespace {
+
+using ThrustTest = host::DeviceTest;
+
+TEST_F(ThrustTest, IsWorkOfTheDeviceInEveryTestMode) {
+    const host::TestModes modes[] = {
+        {},
+        {.deferredStreams = true},
+        {.protectedMemory = true, .poison = true, .redZones = true},
+        {.deferredStreams = true, .protectedMemory = true, .redZones = true, .strictReleases = true}};
+    for (const host::TestModes& mode : modes) {
+        const host::ScopedTestModes scoped(mode);
+        for (const VectorOperation& operation : vectorOperations) {
+            SCOPED_TRACE(testing::Message() << operation.name << " in mode " << &mode - modes);
+            operation.run();
+        }
+    }
+}
+
+__global__ void addKernel(float* place, float value) {
+    *place += value;
+}
+
+cudaError_t add(DeviceVector<float>& vector, float value, unsigned int blocks = 1) {
+    cudaLaunchConfig_t config{};
+    config.gridDim = dim3(blocks);
+    config.blockDim = dim3(1);
+    return cudaLaunchKernelEx(&config, addKernel, thrust::raw_pointer_cast(vector.data()), value);
+}
+
+TEST_F(ThrustTest, ComesInTheOrderOfTheDefaultStream) {
+    const host::ScopedTestModes late({.deferredStreams = true});
+    DeviceVector<float> vector(1, 0.0f), other(1);
+    float expected = 0;
+    const auto afterKernel = [&](const std::function<float()>& value) {
+        ASSERT_EQ(add(vector, 1), cudaSuccess);
+        EXPECT_EQ(value(), ++expected);
+    };
+    afterKernel([&] { return thrust::reduce(vector.begin(), vector.end(), 0.0f); });
+    afterKernel([&] { return static_cast<float>(vector[0]); });
+    afterKernel([&] { return onHost(vector)[0]; });
+    afterKernel([&] {
+        other = vector;
+        return *static_cast<const volatile float*>(thrust::raw_pointer_cast(other.data()));
+    });
+    afterKernel([&] {
+        thrust::transform(vector.begin(), vector.end(), other.begin(), thrust::negate<float>());
+        return -onHost(other)[0];
+    });
+    ASSERT_EQ(add(vector, 1), cudaSuccess);
+    vector[0] = 50;
+    ASSERT_EQ(add(vector, 1), cudaSuccess);
+    EXPECT_EQ(vector[0], 51);
+}
+
+int codeOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const thrust::system::system_error& error) {
+        return error.code().value();
+    }
+    return cudaSuccess;
+}
+
+TEST_F(ThrustTest, IsCountedAndFailsAsTheVendorsDoes) {
+    DeviceVector<float> vector(3, 1.0f);
+    const Floats host(3);
+    const std::pair<const char*, std::function<void()>> calls[] = {
+        {"thrust::for_each", [&] { DeviceVector<float>(3, 1.0f); }},
+        {"thrust::for_each", [&] { thrust::fill(vector.begin(), vector.end(), 1.0f); }},
+        {"thrust::for_each", [&] { thrust::transform(vector.begin(), vector.end(), vector.begin(), Square()); }},
+        {"thrust::reduce", [&] { thrust::reduce(vector.begin(), vector.end()); }},
+        {"thrust::reduce", [&] { thrust::inner_product(vector.begin(), vector.end(), vector.begin(), 0.0f); }},
+        {"thrust::copy", [&] { DeviceVector<float>{vector}; }},
+        {"thrust::copy", [&] { vector = host; }},
+        {"thrust::copy", [&] { onHost(vector); }},
+        {"thrust::copy", [&] { vector[0] = 1; }},
+        {"thrust::copy", [&] { static_cast<void>(static_cast<float>(vector[0])); }},
+    };
+    const host::DeviceUse before = host::deviceUse();
+    for (const auto& entry : calls) {
+        const auto& [name, call] = entry;
+        SCOPED_TRACE(testing::Message() << name << ", case " << &entry - calls);
+        host::resetCallCounts();
+        EXPECT_EQ(codeOf(call), cudaSuccess);
+        EXPECT_EQ(host::callCount(name), 1u);
+        host::injectFault({.call = name, .status = cudaErrorLaunchTimeout});
+        EXPECT_EQ(codeOf(call), cudaErrorLaunchTimeout);
+        EXPECT_EQ(cudaGetLastError(), cudaSuccess);
+        host::injectFault({.call = name, .kind = host::FaultKind::failed});
+        EXPECT_EQ(codeOf(call), cudaErrorLaunchFailure);
+        EXPECT_ANY_THROW(call()) << "the error is sticky";
+        host::clearFault();
+        EXPECT_EQ(codeOf(call), cudaSuccess);
+        EXPECT_EQ(host::deviceUse().liveBytes, before.liveBytes);
+    }
+}
+
+// An error from before comes to light at the next launch of Thrust's; a copy loses it.
+TEST_F(ThrustTest, TakesThePendingErrorAway) {
+    DeviceVector<float> vector(1, 1.0f);
+    EXPECT_NE(add(vector, 1, 0), cudaSuccess);
+    EXPECT_EQ(codeOf([&] { thrust::reduce(vector.begin(), vector.end()); }), cudaErrorInvalidConfiguration);
+    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
+    EXPECT_NE(add(vector, 1, 0), cudaSuccess);
+    EXPECT_EQ(vector[0], 1);
+    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
+}
+
+}  // namespace
+}  // namespace zel::test
