@@ -27,9 +27,9 @@ fi
 say "configuring and building for compute capability $architecture"
 cd "$root"
 cmake --preset cuda -DCMAKE_CUDA_ARCHITECTURES="$architecture"
-cmake --build --preset cuda --target brontal_zel_cuda zel zel_kernels_test zel_device_vector_test
+cmake --build --preset cuda --target brontal_zel_cuda zel zel_kernels_test zel_filters_test zel_device_vector_test
 
-linked=(lib/libbrontal_zel_cuda.so bin/zel tests/zel_kernels_test tests/zel_device_vector_test)
+linked=(lib/libbrontal_zel_cuda.so bin/zel tests/zel_kernels_test tests/zel_filters_test tests/zel_device_vector_test)
 for product in "${linked[@]}"; do
     [ -f "$folder/$product" ] || die "the CUDA build made no $product"
 done
