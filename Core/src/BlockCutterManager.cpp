@@ -26,7 +26,7 @@ BlockCutterManager::Axis::Axis(unsigned image, unsigned block, unsigned previous
         return;
     }
     stride = length - static_cast<unsigned>(overlaps);
-    // The last block is the first whose end reaches the image's.
+    // The last tile is the first whose end reaches the image's.
     count = 1 + (image - length + stride - 1) / stride;
 }
 

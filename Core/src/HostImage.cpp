@@ -60,8 +60,8 @@ void* allocateZeroed(std::size_t bytes) {
 /// short rows fill.
 void prefetch(const std::byte* memory, std::size_t bytes) {
     constexpr std::size_t cacheLine = 64;
-    constexpr std::size_t most = 4096;
-    for (std::size_t i = 0; i < std::min(bytes, most); i += cacheLine) __builtin_prefetch(memory + i);
+    constexpr std::size_t maxBytes = 4096;
+    for (std::size_t i = 0; i < std::min(bytes, maxBytes); i += cacheLine) __builtin_prefetch(memory + i);
 }
 
 }  // namespace

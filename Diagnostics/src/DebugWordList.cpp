@@ -16,7 +16,7 @@ std::unique_ptr<char[]> copyOf(const char* word, std::size_t length) {
 
 DebugWordList::DebugWordList(const char* text) {
     const char* const blank = " ";
-    for (text += std::strspn(text, blank); *text != '\0' && count_ < maximalCount; text += std::strspn(text, blank)) {
+    for (text += std::strspn(text, blank); *text != '\0' && count_ < maxCount; text += std::strspn(text, blank)) {
         const std::size_t length = std::strcspn(text, blank);
         words_[static_cast<std::size_t>(count_++)] = copyOf(text, length);
         text += length;

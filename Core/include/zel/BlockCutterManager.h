@@ -8,26 +8,26 @@
 
 namespace zel {
 
-/// Cuts an image into overlapping blocks. A block's size includes its overlaps, and the parts of the blocks without
-/// their overlaps (the cores) cover the image exactly once.
+/// Cuts an image into overlapping tiles, which its interface calls blocks. A tile's size includes its margins (the
+/// overlaps), and the tiles without their margins cover the image exactly once.
 ///
-/// Along an axis let e be the asked size, but at least previous + next + 1 and at most the image's size. Blocks start
-/// at k (e - previous - next) and are e long; the first that reaches the image's end takes all up to there and is the
-/// last. The first block has no previous overlap and the last no next one.
+/// Along an axis let e be the asked size, but at least previous + next + 1 and at most the image's size. Tiles start at
+/// k (e - previous - next) and are e long; the first that reaches the image's end takes all up to there and is the last.
+/// The first tile has no previous margin and the last no next one.
 class ZEL_API BlockCutterManager {
 public:
     using Size = Vector3<unsigned>;
 
-    /// Makes the cutter into `owner`, in place of what was there.
-    /// @param unit  blocks are whole multiples of it in every direction; (1, 1, 1).
-    /// @return      the number of blocks, at least 1.
-    /// @throws RuntimeError when a component of the image or block size is 0, or the unit is not (1, 1, 1).
+    /// Replaces `owner` by a new cutter.
+    /// @param unit  tiles are whole multiples of it in every direction; (1, 1, 1).
+    /// @return      the number of tiles, at least 1.
+    /// @throws RuntimeError when a component of the image or tile size is 0, or the unit is not (1, 1, 1).
     static std::uint64_t allocateAndInitialize(std::unique_ptr<BlockCutterManager>& owner, const Size& imageSize,
                                                const Size& blockSize, const Size& unit, const Size& previousOverlap,
                                                const Size& nextOverlap);
     ~BlockCutterManager();
 
-    /// Blocks along each axis.
+    /// Tiles along each axis.
     Size getNumOfBlocks() const;
     Size getBlockOrigin(unsigned i, unsigned j, unsigned k) const;
     Size getBlockSize(unsigned i, unsigned j, unsigned k) const;
@@ -47,7 +47,7 @@ private:
         unsigned imageSize;
         unsigned previous;
         unsigned next;
-        unsigned length;  // of all blocks but the last
+        unsigned length;  // of all tiles but the last
         unsigned stride;
         unsigned count;
     };

@@ -13,7 +13,7 @@ ZEL_DEFINE_ALGORITHM(CudaAdaptiveManifoldNlmFilter)
 
 namespace {
 
-constexpr float maximalTreeHeight = 16;
+constexpr float maxTreeHeight = 16;
 
 /// Height of the tree of manifolds: fewer levels for a wide range, more for a wide neighbourhood.
 float treeHeight(float rangeSigma, float spatialSigma) {
@@ -30,10 +30,10 @@ void CudaAdaptiveManifoldNlmFilter::validate() const {
     requireAllowedAsFloat(spatialSigma);
     requireAllowedAsFloat(rangeSigma);
     const float height = treeHeight(static_cast<float>(rangeSigma.get()), static_cast<float>(spatialSigma.get()));
-    if (!(height <= maximalTreeHeight)) {
+    if (!(height <= maxTreeHeight)) {
         raise<RuntimeError>("Core/src/algorithms/CudaAdaptiveManifoldNlmFilter", __LINE__, spatialSigma.name(), " is ",
                             spatialSigma.get(), "; with rangeSigma ", rangeSigma.get(), " the tree of manifolds has ",
-                            height, " levels, and at most ", maximalTreeHeight, " are allowed");
+                            height, " levels, and at most ", maxTreeHeight, " are allowed");
     }
     requireAllowed(haloRadius);
     requireAllowed(patchRadius);

@@ -14,15 +14,15 @@ ZEL_DEFINE_ALGORITHM(CudaGaussianFilter3d)
 namespace {
 
 /// Beyond it a float, in which the taps are summed, can no longer count them.
-constexpr std::uint64_t maximalTapCount = 16777215;
+constexpr std::uint64_t maxTapCount = 16777215;
 
 /// @param length  of the image along the deviation's axis.
 void requireTaps(const char* name, double sigma, double kernelSizeFactor, std::size_t length) {
     constexpr const char* thisFile = "Core/src/algorithms/CudaGaussianFilter3d";
     const double asked = std::ceil(2 * kernelSizeFactor * sigma);
-    if (asked > static_cast<double>(maximalTapCount)) {
+    if (asked > static_cast<double>(maxTapCount)) {
         raise<RuntimeError>(thisFile, __LINE__, name, " is ", sigma, "; with kernelSizeFactor ", kernelSizeFactor,
-                            " the kernel has ", asked, " coefficients, and at most ", maximalTapCount, " are allowed");
+                            " the kernel has ", asked, " coefficients, and at most ", maxTapCount, " are allowed");
     }
     const std::uint64_t tapCount = static_cast<std::uint64_t>(asked) | 1;
     if (length + tapCount - 1 > maxLength) {

@@ -10,7 +10,7 @@ namespace zel::diagnostics {
 /// Words of a filter, each an own zero-terminated copy.
 class DebugWordList {
 public:
-    static constexpr std::int32_t maximalCount = 49;
+    static constexpr std::int32_t maxCount = 49;
 
     DebugWordList() = default;
     /// The words of a text, separated by one or more blanks. What comes behind the 49th is left out.
@@ -24,7 +24,7 @@ public:
 
 private:
     std::int32_t count_ = 0;
-    std::array<std::unique_ptr<char[]>, maximalCount> words_;
+    std::array<std::unique_ptr<char[]>, maxCount> words_;
 };
 
 }  // namespace zel::diagnostics
