@@ -22,11 +22,14 @@
     ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) \
     X(float32, 8, float)                \
     X(float64, 9, double)
+/// All whose voxels are one number:
+#define ZEL_FOR_EACH_REAL_TYPE(X) \
+    ZEL_FOR_EACH_KERNEL_TYPE(X)   \
+    X(uint64, 3, std::uint64_t)   \
+    X(int64, 7, std::int64_t)
 /// And all, codes from 0 on without a gap. A complex number is its real and its imaginary part.
 #define ZEL_FOR_EACH_VOXEL_TYPE(X)        \
-    ZEL_FOR_EACH_KERNEL_TYPE(X)           \
-    X(uint64, 3, std::uint64_t)           \
-    X(int64, 7, std::int64_t)             \
+    ZEL_FOR_EACH_REAL_TYPE(X)             \
     X(complex64, 10, std::complex<float>) \
     X(complex128, 11, std::complex<double>)
 
@@ -55,6 +58,7 @@ using TypesBehind = TypeList<T...>;
 
 #define ZEL_COMMA_TYPE(name, code, type) , type
 using KernelTypes = detail::TypesBehind<void ZEL_FOR_EACH_KERNEL_TYPE(ZEL_COMMA_TYPE)>;
+using RealTypes = detail::TypesBehind<void ZEL_FOR_EACH_REAL_TYPE(ZEL_COMMA_TYPE)>;
 using AllTypes = detail::TypesBehind<void ZEL_FOR_EACH_VOXEL_TYPE(ZEL_COMMA_TYPE)>;
 #undef ZEL_COMMA_TYPE
 
@@ -72,6 +76,11 @@ ZEL_FOR_EACH_VOXEL_TYPE(ZEL_VOXEL_TYPE_OF)
 template <typename... T, typename Body>
 bool visitVoxelType(VoxelTypes type, TypeList<T...>, const Body& body) {
     return ((type == voxelTypeOf<T> && (body.template operator()<T>(), true)) || ...);
+}
+
+/// Whether a voxel is a pair of numbers, its real and its imaginary part.
+inline bool isComplex(VoxelTypes type) {
+    return !visitVoxelType(type, RealTypes{}, []<typename T>() {});
 }
 
 /// All types, in the order of their codes.
