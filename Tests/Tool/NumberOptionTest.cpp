@@ -1,4 +1,4 @@
-#include "Cli/NumberOption.h"
+#include "Runs/NumberOption.h"
 
 #include <gtest/gtest.h>
 

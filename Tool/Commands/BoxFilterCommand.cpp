@@ -1,6 +1,6 @@
-#include "Cli/NumberOption.h"
 #include "Commands/Commands.h"
-#include "Commands/FilterFile.h"
+#include "Runs/FilterFile.h"
+#include "Runs/NumberOption.h"
 #include "zel/algorithms/CudaBoxFilter2d.h"
 
 namespace zel::tool {

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
-#include "Cli/Command.h"
+#include "Commands/Command.h"
 
 namespace zel::tool {
 
@@ -15,5 +16,8 @@ std::unique_ptr<Command> makeGaussianFilterCommand();
 std::unique_ptr<Command> makeInfoCommand();
 std::unique_ptr<Command> makeConvertCommand();
 std::unique_ptr<Command> makeDemoCommand();
+
+/// All subcommands, in the order of --help.
+std::vector<std::unique_ptr<Command>> makeCommands();
 
 }  // namespace zel::tool

@@ -1,10 +1,10 @@
-#include "Cli/Output.h"
-#include "Cli/VoxelTypeOption.h"
 #include "Commands/Commands.h"
-#include "Commands/Description.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageFiles/Rows.h"
 #include "ImageFiles/VoxelRounding.h"
+#include "Runs/Description.h"
+#include "Runs/VoxelTypeOption.h"
+#include "System/Output.h"
 
 namespace zel::tool {
 

@@ -4,14 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "Cli/Output.h"
 #include "Commands/Commands.h"
-#include "Commands/Description.h"
 #include "Demo/ContactSheet.h"
 #include "Demo/DemoCases.h"
-#include "ImageFiles/FileError.h"
+#include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageFiles/Rows.h"
+#include "Runs/Description.h"
+#include "System/ErrorText.h"
+#include "System/Output.h"
 
 namespace zel::tool {
 

@@ -1,7 +1,7 @@
-#include "Cli/NumberOption.h"
-#include "Cli/VoxelTypeOption.h"
 #include "Commands/Commands.h"
-#include "Commands/FilterFile.h"
+#include "Runs/FilterFile.h"
+#include "Runs/NumberOption.h"
+#include "Runs/VoxelTypeOption.h"
 #include "zel/algorithms/CudaGaussianFilter3d.h"
 
 namespace zel::tool {

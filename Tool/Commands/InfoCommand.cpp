@@ -1,14 +1,13 @@
 #include <array>
 #include <vector>
 
-#include "Cli/Output.h"
 #include "Commands/Commands.h"
-#include "Commands/Description.h"
-#include "ImageFiles/FileError.h"
+#include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/NumberText.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageFiles/NumberText.h"
-#include "ImageFiles/Rows.h"
-#include "ImageFiles/VoxelVisit.h"
+#include "Runs/Description.h"
+#include "System/Output.h"
 
 namespace zel::tool {
 
@@ -44,13 +43,9 @@ ValueRange rangeOf(const ImageModel& image) {
 
 /// Complex numbers have no order, so there is no range of them.
 ValueRange rangeOf(const ImageModel& image) {
-    return visitVoxelType(image.getDataType(), [&]<typename T>(T) -> ValueRange {
-        if constexpr (isComplex<T>) {
-            return {};
-        } else {
-            return rangeOf<T>(image);
-        }
-    });
+    ValueRange range;
+    visitVoxelType(image.getDataType(), RealTypes{}, [&]<typename T>() { range = rangeOf<T>(image); });
+    return range;
 }
 
 struct ImageDescription {

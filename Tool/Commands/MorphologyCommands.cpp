@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "Cli/NumberOption.h"
 #include "Commands/Commands.h"
-#include "Commands/FilterFile.h"
+#include "Runs/FilterFile.h"
+#include "Runs/NumberOption.h"
 #include "zel/algorithms/Morphology2d.h"
 
 namespace zel::tool {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Commands/FilterRun.h"
+#include "Runs/FilterRun.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
