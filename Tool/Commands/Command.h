@@ -12,7 +12,7 @@ public:
 
     virtual std::string name() const = 0;
     virtual std::string description() const = 0;
-    /// Adds the subcommand's options to its parser; values go to members.
+    /// Adds the subcommand's options to its parser, which sets members of this object.
     virtual void addOptions(CLI::App& app) = 0;
     /// Does the work, after the options were parsed. Most failures are exceptions.
     /// @return the exit code.

@@ -7,12 +7,12 @@
 
 namespace zel::tool {
 
-/// "512 x 512", "64 x 64 x 32": sizes from x on, at least two.
+/// "512 x 512", "64 x 64 x 32": at least two sizes, x first.
 std::string toText(const ImageSize& size);
 /// The same as a JSON array.
 nlohmann::ordered_json sizeToJson(const ImageSize& size);
 
-/// Three digits that matter: "0.0123".
+/// With three significant digits: "0.0123".
 std::string secondsToText(double seconds);
 
 }  // namespace zel::tool

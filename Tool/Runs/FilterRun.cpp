@@ -8,6 +8,7 @@
 #include "ImageFiles/Common/Rows.h"
 #include "Runs/Description.h"
 #include "Runs/ProgressBar.h"
+#include "System/Interrupt.h"
 #include "tarnway_cuda/CudaImageView.h"
 #include "zel/ImageModelSizeProxy.h"
 #include "zel/TarnwayImage.h"
@@ -28,7 +29,7 @@ TarnwayImage makeDeviceImage(VoxelTypes type, const ImageSize& size) {
     }
 }
 
-/// Images in the memory of the device that stand for one part after the other.
+/// Images in the memory of the device, used for one part after the other.
 class DeviceParts {
 public:
     DeviceParts(VoxelTypes inputType, VoxelTypes outputType, const ImageSize& size)
@@ -46,42 +47,46 @@ private:
     TarnwayImage output_;
 };
 
-/// The part of so many slices that the row begins.
+/// The part of that number: `depth` slices, counted through all volumes.
 template <typename Image>
-ImageModelSizeProxy partOf(Image& image, const RowIndex& row, std::size_t depth) {
-    return {&image, 0, image.getDimension(0), 0, image.getDimension(1), row.z, depth, row.i3, 1, row.i4, 1};
+ImageModelSizeProxy partOf(Image& image, std::size_t depth, std::size_t part) {
+    const std::size_t partsPerVolume = image.getDimension(2) / depth;
+    const std::size_t volume = part / partsPerVolume;
+    const std::size_t z = part % partsPerVolume * depth;
+    const std::size_t i3 = volume % image.getDimension(3), i4 = volume / image.getDimension(3);
+    return {&image, 0, image.getDimension(0), 0, image.getDimension(1), z, depth, i3, 1, i4, 1};
 }
 
 }  // namespace
 
 RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, const RunOptions& options,
-                   const PartWork& work) {
+                   const PartRun& run) {
     const ImageSize size = imageSizeOf(input);
-    const bool inSlices = part == RunPart::slice;
-    const std::size_t depth = inSlices ? 1 : size.z;
+    const std::size_t depth = part == RunPart::slice ? 1 : size.z;
+    const std::size_t partCount = size.z / depth * size.i3 * size.i4;
     std::optional<DeviceParts> device;
     if (options.placement == Placement::device) {
         device.emplace(input.getDataType(), output.getDataType(), ImageSize{size.x, size.y, depth});
     }
 
-    const ImageSize partOrigins{.x = 1, .y = 1, .z = inSlices ? size.z : 1, .i3 = size.i3, .i4 = size.i4};
-    ProgressBar bar(options.isQuiet, partOrigins.z * size.i3 * size.i4);
+    ProgressBar bar(options.isQuiet, partCount);
     RunReport report;
-    const auto timedWork = [&](const ImageModel& source, ImageModel& result) {
+    const auto timedRun = [&](const ImageModel& source, ImageModel& result) {
         const auto start = std::chrono::steady_clock::now();
-        work(source, result, &bar);
+        run(source, result, &bar);
         report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     };
-    forEachRow(partOrigins, [&](const RowIndex& index) {
-        const ImageModelSizeProxy source = partOf(input, index, depth);
-        ImageModelSizeProxy result = partOf(output, index, depth);
+    for (std::size_t number = 0; number < partCount; ++number) {
+        checkInterrupt();
+        const ImageModelSizeProxy source = partOf(input, depth, number);
+        ImageModelSizeProxy result = partOf(output, depth, number);
         if (device) {
-            device->run(source, result, timedWork);
+            device->run(source, result, timedRun);
         } else {
-            timedWork(source, result);
+            timedRun(source, result);
         }
         bar.finishRun();
-    });
+    }
     report.steps = bar.steps();
     return report;
 }

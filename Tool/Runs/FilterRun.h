@@ -5,33 +5,32 @@
 
 #include "Runs/CancelOnInterrupt.h"
 #include "Runs/RunOptions.h"
-#include "zel/CudaContext.h"
-#include "zel/ImageModel.h"
+#include "zel/HostImage.h"
 #include "zel/InteractionInterface.h"
 #include "zel/Property.h"
 #include "zel/Vector.h"
 
 namespace zel::tool {
 
-/// What came of running an algorithm.
+/// What a run of an algorithm took.
 struct RunReport {
-    double seconds = 0;       ///< in the algorithm, without files and without bringing images to the device
+    double seconds = 0;       ///< in the algorithm, without files and without copies to and from the device
     std::uint64_t steps = 0;  ///< of progress, as the algorithm counted them
 };
 
-/// What one run of an algorithm covers.
+/// The part of an image that one run of an algorithm covers: (x, y) or (x, y, z).
 enum class RunPart { slice, volume };
 
 /// One run of an algorithm on one part.
-using PartWork = std::function<void(const ImageModel& input, ImageModel& output, InteractionInterface* progress)>;
+using PartRun = std::function<void(const ImageModel& input, ImageModel& output, InteractionInterface* progress)>;
 
-/// Calls work for each slice (x, y), or each volume (x, y, z), of input, with the part of output that belongs to it.
-/// Both images have the same size. Where the options say so, work gets parts in the memory of the device.
+/// Calls run for each part of input, with the same part of output; both images have the same size. Where the options
+/// say so, the parts are copied to the memory of the device for it.
 /// @throws Interrupted between parts, after a signal.
 RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, const RunOptions& options,
-                   const PartWork& work);
+                   const PartRun& run);
 
-/// An algorithm's tile has the dimensions of the images that it takes.
+/// An algorithm's tile has as many dimensions as the images that it takes.
 inline RunPart partFor(const Property<Vector2<unsigned>>&) {
     return RunPart::slice;
 }
@@ -47,21 +46,14 @@ inline void setTile(Property<Vector3<unsigned>>& tileSize, const TileOption& til
 }
 
 /// Runs an algorithm on an image: one for 2D images on each slice, one for 3D images on each volume.
-/// @param configure  sets the properties of its own: configure(algorithm).
+/// @param algorithm  with the properties of its own set; those of images and tiles are set here.
 /// @throws what the algorithm throws; ExceptionCancelation or Interrupted after a signal.
-template <typename Algorithm, typename Configure>
-RunReport runFilter(const ImageModel& input, ImageModel& output, const RunOptions& options,
-                    const Configure& configure) {
-    CudaContext context;
-    if (options.device) context.deviceId = static_cast<int>(*options.device);
-    Algorithm algorithm;
-    algorithm.cudaContext = &context;
+template <typename Algorithm>
+RunReport runFilter(Algorithm& algorithm, const ImageModel& input, ImageModel& output, const RunOptions& options) {
     if (options.tile) {
         algorithm.tilingMode = 1;
         setTile(algorithm.tileSize, *options.tile, input);
     }
-    configure(algorithm);
-
     const CancelOnInterrupt cancelOnInterrupt(algorithm);
     return runParts(partFor(algorithm.tileSize), input, output, options,
                     [&](const ImageModel& source, ImageModel& result, InteractionInterface* progress) {

@@ -1,46 +1,73 @@
 #include "Runs/NumberOption.h"
 
+#include <array>
 #include <charconv>
 
 namespace zel::tool {
 
+namespace {
+
+std::string countText(std::size_t count) {
+    constexpr std::array words{"no", "a", "two", "three"};
+    return words.at(count);
+}
+
+/// For the help: empty where the option takes all numbers of its type.
 template <typename Number>
-std::optional<std::vector<Number>> parseNumbers(std::string_view text, const NumberCount& count) {
+std::string rangeText(const Allowed<Number>& allowed) {
+    const Allowed<Number> all{};
+    if (allowed.low == all.low && allowed.high == all.high) return {};
+    return toText(allowed) + (allowed.unit.empty() ? "" : " " + std::string(allowed.unit));
+}
+
+}  // namespace
+
+template <typename Number>
+std::optional<std::vector<Number>> parseNumbers(std::string_view text, const NumberFormat<Number>& format) {
     std::vector<Number> numbers;
     const char* position = text.data();
     const char* const end = position + text.size();
-    while (numbers.size() < count.most) {
+    while (numbers.size() < format.maxCount) {
         Number number{};
         const auto [next, status] = std::from_chars(position, end, number);
-        if (status != std::errc()) return std::nullopt;
+        if (status != std::errc() || !format.allowed.contains(number)) return std::nullopt;
         numbers.push_back(number);
         position = next;
         if (position == end) break;
-        if (*position != ',' || numbers.size() == count.most) return std::nullopt;
+        if (*position != ',' || numbers.size() == format.maxCount) return std::nullopt;
         ++position;
     }
-    if (numbers.size() < count.least) return std::nullopt;
+    if (numbers.size() < format.minCount) return std::nullopt;
     return numbers;
 }
 
-template std::optional<Numbers> parseNumbers(std::string_view text, const NumberCount& count);
-template std::optional<RealNumbers> parseNumbers(std::string_view text, const NumberCount& count);
-
 template <typename Number>
-CLI::Option* addNumberOption(CLI::App& app, const std::string& name, const NumberCount& count,
-                             const std::string& allowed, const std::string& description,
-                             const std::type_identity_t<std::function<void(const std::vector<Number>&)>>& take) {
-    const auto parse = [=](const std::string& text) {
-        const std::optional<std::vector<Number>> numbers = parseNumbers<Number>(text, count);
-        if (!numbers) throw CLI::ValidationError(name + " is '" + text + "', but takes " + allowed);
-        take(*numbers);
-    };
-    return app.add_option_function<std::string>(name, parse, description);
+std::string toText(const NumberFormat<Number>& format) {
+    const bool isOne = format.maxCount == 1;
+    return (format.minCount == format.maxCount ? "" : countText(format.minCount) + " or ") +
+           countText(format.maxCount) + (std::is_integral_v<Number> ? " whole number" : " number") +
+           (isOne ? " " : "s ") + toText(format.allowed) +
+           (format.example.empty() ? "" : ", such as " + format.example);
 }
 
-template CLI::Option* addNumberOption<unsigned>(CLI::App&, const std::string&, const NumberCount&, const std::string&,
-                                                const std::string&, const std::function<void(const Numbers&)>&);
-template CLI::Option* addNumberOption<double>(CLI::App&, const std::string&, const NumberCount&, const std::string&,
-                                              const std::string&, const std::function<void(const RealNumbers&)>&);
+template <typename Number>
+CLI::Option* addNumberOption(CLI::App& app, const OptionWords& words, const NumberFormat<Number>& format,
+                             const std::type_identity_t<std::function<void(const std::vector<Number>&)>>& set) {
+    const auto parse = [=, name = words.name](const std::string& text) {
+        const auto numbers = parseNumbers(text, format);
+        if (!numbers) throw wrongValue(name, text, toText(format));
+        set(*numbers);
+    };
+    return addOption(app, words, rangeText(format.allowed), parse);
+}
+
+#define ZEL_INSTANCES(Number)                                                                                 \
+    template std::optional<std::vector<Number>> parseNumbers(std::string_view, const NumberFormat<Number>&);  \
+    template std::string toText(const NumberFormat<Number>&);                                                 \
+    template CLI::Option* addNumberOption<Number>(CLI::App&, const OptionWords&, const NumberFormat<Number>&, \
+                                                  const std::function<void(const std::vector<Number>&)>&);
+ZEL_INSTANCES(unsigned)
+ZEL_INSTANCES(double)
+#undef ZEL_INSTANCES
 
 }  // namespace zel::tool

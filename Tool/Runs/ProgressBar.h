@@ -6,11 +6,11 @@
 
 namespace zel::tool {
 
-/// A bar on the terminal that standard error is; nothing is drawn when it is none. One bar goes over several runs of
-/// an algorithm. It is gone when the object goes, so that a message can follow.
+/// A bar on standard error, drawn only where that is a terminal. One bar covers several runs of an algorithm. The
+/// destructor erases it, so that a message can follow.
 class ProgressBar final : public InteractionInterface {
 public:
-    /// @param isQuiet  draws nothing anywhere.
+    /// @param isQuiet   draws nothing anywhere.
     /// @param runCount  runs that share the bar in equal parts.
     ProgressBar(bool isQuiet, std::uint64_t runCount);
     ~ProgressBar() override;
@@ -18,7 +18,7 @@ public:
     ProgressBar& operator=(const ProgressBar&) = delete;
 
     void progress(std::uint64_t done, std::uint64_t total) override;
-    /// To be called after each run.
+    /// Call it after each run.
     void finishRun();
 
     /// Of all finished runs.

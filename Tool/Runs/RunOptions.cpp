@@ -6,17 +6,12 @@
 #include <stdexcept>
 #include <string>
 
+#include "Runs/ChoiceOption.h"
 #include "Runs/NumberOption.h"
 
 namespace zel::tool {
 
 namespace {
-
-Placement parsePlacement(const std::string& text) {
-    if (text == "host") return Placement::host;
-    if (text == "device") return Placement::device;
-    throw CLI::ValidationError("--placement is '" + text + "', but takes host or device");
-}
 
 void selectDevice(unsigned device) {
     int count = 0;
@@ -36,35 +31,49 @@ void selectDevice(unsigned device) {
 
 void RunOptions::addTo(CLI::App& app) {
     constexpr const char* group = "Options of all algorithms";
-    addNumberOption(app, "--tile", {2, 3}, "two or three whole numbers from 1, such as 1024,1024",
-                    "Work in tiles of that size, for images larger than the device's memory. D is for 3D algorithms, "
-                    "the image's whole depth without it",
-                    [this](const Numbers& numbers) {
-                        tile = {numbers[0], numbers[1], {}};
-                        if (numbers.size() > 2) tile->depth = numbers[2];
-                    })
-        ->type_name("W,H[,D]")
+    using Numbers = std::vector<unsigned>;
+    const NumberFormat<unsigned> number;
+    addNumberOption(
+        app,
+        {.name = "--tile",
+         .values = "W,H[,D]",
+         .description = "Size of tiles, for images larger than the device's memory; D is for 3D algorithms, without it "
+                        "tiles have the image's depth",
+         .defaultText = "the whole image"},
+        NumberFormat<unsigned>{2, 3, tileLength, "1024,1024"},
+        [this](const Numbers& numbers) {
+            tile = {numbers[0], numbers[1], {}};
+            if (numbers.size() > 2) tile->depth = numbers[2];
+        })
         ->group(group);
-    app.add_option_function<std::string>(
-           "--placement", [this](const std::string& text) { placement = parsePlacement(text); },
-           "Where input and output lie: host, the default, or device")
-        ->type_name("PLACE")
+    addChoiceOption<Placement>(app,
+                               {.name = "--placement",
+                                .values = "PLACE",
+                                .description = "Memory that input and output lie in during the run: host or device",
+                                .defaultText = "host"},
+                               {{"host", Placement::host}, {"device", Placement::device}},
+                               [this](Placement chosen) { placement = chosen; })
         ->group(group);
-    addNumberOption(app, "--device", 1, "a whole number from 0", "Device to run on",
-                    [this](const Numbers& numbers) { device = numbers[0]; })
-        ->type_name("N")
+    addNumberOption(app,
+                    {.name = "--device",
+                     .values = "N",
+                     .description = "Number of the device to run on",
+                     .defaultText = "the current one"},
+                    number, [this](const Numbers& numbers) { device = numbers[0]; })
         ->group(group);
-    addNumberOption(app, "--threads", 1, "a whole number from 0",
-                    "CPU threads of the host platform; 0, the default, for one on each core",
-                    [this](const Numbers& numbers) { threads_ = numbers[0]; })
-        ->type_name("N")
+    addNumberOption(app,
+                    {.name = "--threads",
+                     .values = "N",
+                     .description = "CPU threads of the host platform; 0 for one on each core",
+                     .defaultText = std::to_string(threads_)},
+                    number, [this](const Numbers& numbers) { threads_ = numbers[0]; })
         ->group(group);
-    app.add_flag("--quiet", isQuiet, "Neither progress bar nor summary")->group(group);
-    app.add_flag("--json", isJson, "Tell what was done as an object of JSON on standard output")->group(group);
+    app.add_flag("--quiet", isQuiet, "Print neither progress bar nor summary")->group(group);
+    app.add_flag("--json", isJson, "Print the summary as a JSON object on standard output")->group(group);
 }
 
 void RunOptions::apply() const {
-    // The host platform looks at its environment when it is first used.
+    // The host platform reads its environment when it is first used.
     if (threads_ != 0) setenv("ZEL_HOST_THREADS", std::to_string(threads_).c_str(), 1);
     if (device) selectDevice(*device);
 }

@@ -5,7 +5,7 @@
 
 namespace zel::tool {
 
-/// Where an algorithm finds its input and leaves its output.
+/// The memory that an algorithm's input and output lie in.
 enum class Placement { host, device };
 
 /// The size of tiles, in voxels.
@@ -17,7 +17,7 @@ struct TileOption {
 
 /// The options that all algorithms have.
 struct RunOptions {
-    std::optional<TileOption> tile;  ///< without it, the image as a whole
+    std::optional<TileOption> tile;  ///< without it, the image is one tile
     Placement placement = Placement::host;
     std::optional<unsigned> device;
     bool isQuiet = false;
@@ -26,7 +26,7 @@ struct RunOptions {
     /// The object has to outlive the parser.
     void addTo(CLI::App& app);
 
-    /// Makes the threads and the device of the options those of the process. Before anything uses a device.
+    /// Sets the process's number of threads and current device. Call it before anything uses a device.
     /// @throws std::runtime_error when there is no such device.
     void apply() const;
 

@@ -1,17 +1,13 @@
 #include "Runs/VoxelTypeOption.h"
 
+#include "Runs/ChoiceOption.h"
+
 namespace zel::tool {
 
-CLI::Option* addVoxelTypeOption(CLI::App& app, const std::string& name, const std::string& description,
-                                std::optional<VoxelTypes>& type) {
-    const auto parse = [name, &type](const std::string& text) {
-        type = voxelTypeFromName(text);
-        if (type) return;
-        std::string known;
-        for (const VoxelTypes one : allVoxelTypes) known.append(known.empty() ? "" : ", ").append(voxelTypeName(one));
-        throw CLI::ValidationError(name + " is '" + text + "', but takes one of " + known);
-    };
-    return app.add_option_function<std::string>(name, parse, description)->type_name("TYPE");
+CLI::Option* addVoxelTypeOption(CLI::App& app, const OptionWords& words, std::optional<VoxelTypes>& type) {
+    std::vector<Choice<VoxelTypes>> choices;
+    for (const VoxelTypes one : allVoxelTypes) choices.push_back({std::string(voxelTypeName(one)), one});
+    return addChoiceOption(app, words, choices, [&type](VoxelTypes chosen) { type = chosen; });
 }
 
 }  // namespace zel::tool

@@ -1,5 +1,7 @@
-#include "Runs/FilterFile.h"
+#include "Runs/FilterFiles.h"
 
+#include "ImageFiles/Common/Rows.h"
+#include "ImageFiles/ImageFile.h"
 #include "Runs/Description.h"
 #include "System/Output.h"
 
@@ -7,7 +9,7 @@ namespace zel::tool {
 
 void FilterFiles::addTo(CLI::App& app) {
     app.add_option("INPUT", input, "Image to read: " + imageFileExtensions())->required()->type_name("");
-    app.add_option("OUTPUT", output, "Image to write; what it was before is replaced when all is done")
+    app.add_option("OUTPUT", output, "Image to write; an existing file is replaced when the run has succeeded")
         ->required()
         ->type_name("");
 }
