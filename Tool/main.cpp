@@ -1,4 +1,4 @@
-#include "Cli/Application.h"
+#include "Application.h"
 
 int main(int argc, char** argv) {
     return zel::tool::runApplication(argc, argv);

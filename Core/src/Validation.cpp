@@ -35,18 +35,14 @@ void requireDimension(const NamedImage& image, int axis, std::size_t low, std::s
 }
 
 void requireComponents(const Property<int>& tilingMode, std::string_view name, std::initializer_list<unsigned> tile) {
-    if (tilingMode.get() != 1 || std::find(tile.begin(), tile.end(), 0U) == tile.end()) return;
+    if (tilingMode.get() != 1 || std::ranges::all_of(tile, [](unsigned c) { return tileLength.contains(c); })) return;
     std::string text;
     for (const unsigned component : tile) text.append(text.empty() ? "" : ", ").append(std::to_string(component));
     refuse(name, " is (", text, "); with tilingMode 1 each component must be at least 1");
 }
 
-bool isAllowed(double value, const Allowed<double>& allowed) {
-    return (allowed.excludesLow ? value > allowed.low : value >= allowed.low) && value <= allowed.high;
-}
-
 void requireNumber(std::string_view name, double value, const Allowed<double>& allowed) {
-    if (isAllowed(value, allowed)) return;
+    if (allowed.contains(value)) return;
     refuse(name, " is ", value, "; it must be a finite number ", toText(allowed));
 }
 
@@ -113,10 +109,8 @@ void requireFilterImages2d(const NamedImage& input, const NamedImage& output, co
 }
 
 void requireAllowed(const Property<unsigned>& property) {
-    const unsigned value = property.get();
-    const Allowed<unsigned>& allowed = property.allowed();
-    if (value >= allowed.low && value <= allowed.high) return;
-    refuse(property.name(), " is ", value, "; it must be ", toText(allowed));
+    if (property.allowed().contains(property)) return;
+    refuse(property.name(), " is ", property.get(), "; it must be ", toText(property.allowed()));
 }
 
 void requireAllowed(const Property<double>& property) {
@@ -133,7 +127,7 @@ void requireAllowed(const Property<Vector3<double>>& property) {
 void requireAllowedAsFloat(const Property<double>& property) {
     requireAllowed(property);
     const auto narrowed = static_cast<float>(property.get());
-    if (isAllowed(narrowed, property.allowed())) return;
+    if (property.allowed().contains(narrowed)) return;
     refuse(property.name(), " is ", property.get(), "; as a float it must be a finite number ",
            toText(property.allowed()));
 }

@@ -27,10 +27,6 @@ void convertRow(const void* source, void* target, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) to[i] = convertVoxel<To>(from[i]);
 }
 
-bool isComplex(VoxelTypes type) {
-    return type == VoxelTypes::complex64 || type == VoxelTypes::complex128;
-}
-
 }  // namespace
 
 bool isConvertible(VoxelTypes from, VoxelTypes to) {
@@ -42,10 +38,8 @@ void convertVoxels(const void* source, VoxelTypes from, void* target, VoxelTypes
         std::memcpy(target, source, count * helper::getSizeOf(from));
         return;
     }
-    visitVoxelType(from, AllTypes{}, [&]<typename From>() {
-        if constexpr (std::is_arithmetic_v<From>) {
-            visitVoxelType(to, AllTypes{}, [&]<typename To>() { convertRow<From, To>(source, target, count); });
-        }
+    visitVoxelType(from, RealTypes{}, [&]<typename From>() {
+        visitVoxelType(to, AllTypes{}, [&]<typename To>() { convertRow<From, To>(source, target, count); });
     });
 }
 

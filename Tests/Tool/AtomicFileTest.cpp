@@ -1,10 +1,10 @@
-#include "ImageFiles/AtomicFile.h"
+#include "ImageFiles/Common/AtomicFile.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ImageFiles/FileError.h"
+#include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/ImageFile.h"
 #include "Messages.h"
 #include "TemporaryFolder.h"

@@ -4,9 +4,9 @@
 
 #include <cstring>
 
-#include "ImageFiles/FileError.h"
+#include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageFiles/Rows.h"
 #include "Messages.h"
 #include "TemporaryFolder.h"
 #include "TestImages.h"

@@ -4,15 +4,9 @@ namespace zel::tool {
 
 std::vector<std::unique_ptr<Command>> makeCommands() {
     std::vector<std::unique_ptr<Command>> commands;
-    commands.push_back(makeBoxFilterCommand());
-    commands.push_back(makeErosionCommand());
-    commands.push_back(makeDilationCommand());
-    commands.push_back(makeOpeningCommand());
-    commands.push_back(makeClosingCommand());
-    commands.push_back(makeGaussianFilterCommand());
-    commands.push_back(makeInfoCommand());
-    commands.push_back(makeConvertCommand());
-    commands.push_back(makeDemoCommand());
+#define ZEL_MAKE(Name) commands.push_back(make##Name##Command());
+    ZEL_FOR_EACH_COMMAND(ZEL_MAKE)
+#undef ZEL_MAKE
     return commands;
 }
 

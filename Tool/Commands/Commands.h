@@ -1,19 +1,29 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
-#include "Cli/Command.h"
+#include "Commands/Command.h"
+
+/// All commands, in the order of --help. Each NAME stands for makeNAMECommand() in a file of the command's own.
+#define ZEL_FOR_EACH_COMMAND(X) \
+    X(BoxFilter)                \
+    X(Erosion)                  \
+    X(Dilation)                 \
+    X(Opening)                  \
+    X(Closing)                  \
+    X(GaussianFilter)           \
+    X(Info)                     \
+    X(Convert)                  \
+    X(Demo)
 
 namespace zel::tool {
 
-std::unique_ptr<Command> makeBoxFilterCommand();
-std::unique_ptr<Command> makeErosionCommand();
-std::unique_ptr<Command> makeDilationCommand();
-std::unique_ptr<Command> makeOpeningCommand();
-std::unique_ptr<Command> makeClosingCommand();
-std::unique_ptr<Command> makeGaussianFilterCommand();
-std::unique_ptr<Command> makeInfoCommand();
-std::unique_ptr<Command> makeConvertCommand();
-std::unique_ptr<Command> makeDemoCommand();
+#define ZEL_DECLARE_MAKER(Name) std::unique_ptr<Command> make##Name##Command();
+ZEL_FOR_EACH_COMMAND(ZEL_DECLARE_MAKER)
+#undef ZEL_DECLARE_MAKER
+
+/// One of each.
+std::vector<std::unique_ptr<Command>> makeCommands();
 
 }  // namespace zel::tool

@@ -1,10 +1,10 @@
-#include "Cli/Output.h"
-#include "Cli/VoxelTypeOption.h"
 #include "Commands/Commands.h"
-#include "Commands/Description.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageFiles/Rows.h"
 #include "ImageFiles/VoxelRounding.h"
+#include "Runs/Description.h"
+#include "Runs/VoxelTypeOption.h"
+#include "System/Output.h"
 
 namespace zel::tool {
 
@@ -17,16 +17,21 @@ public:
 
     void addOptions(CLI::App& app) override {
         app.add_option("INPUT", input_, "Image to read: " + imageFileExtensions())->required()->type_name("");
-        app.add_option("OUTPUT", output_, "Image to write; its extension decides on the format")
+        app.add_option("OUTPUT", output_, "Image to write; the extension decides on the format")
             ->required()
             ->type_name("");
-        addVoxelTypeOption(app, "--type", "Voxel type of the output, such as uint8 or float32; the input's without",
+        addVoxelTypeOption(app,
+                           {.name = "--type",
+                            .values = "TYPE",
+                            .description = "Voxel type of the output, such as uint8 or float32",
+                            .defaultText = "the input's type"},
                            type_);
-        app.add_flag("--quiet", isQuiet_, "No summary");
-        app.add_flag("--json", isJson_, "Tell what was done as an object of JSON on standard output");
+        app.add_flag("--quiet", isQuiet_, "Print no summary");
+        app.add_flag("--json", isJson_, "Print the summary as a JSON object on standard output");
         app.footer(
-            "Values go to the nearest one that the type has, ties to the even one. Values beyond the range of an\n"
-            "integer type go to its bounds, NaN becomes 0 in them. Complex numbers stay complex.");
+            "Values are rounded to the nearest one of the type, ties to even. In integer types, values beyond the "
+            "range\n"
+            "become its bounds and NaN becomes 0. Complex numbers can only become complex ones.");
     }
 
     int run() override {

@@ -1,30 +1,46 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "Cli/Output.h"
 #include "Commands/Commands.h"
-#include "Commands/Description.h"
+#include "Commands/FilterCommand.h"
 #include "Demo/ContactSheet.h"
 #include "Demo/DemoCases.h"
-#include "ImageFiles/FileError.h"
+#include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageFiles/Rows.h"
+#include "Runs/Description.h"
+#include "System/ErrorText.h"
+#include "System/Output.h"
 
 namespace zel::tool {
 
 namespace {
 
-/// A line of the table.
+/// A line of the table. That of a subject's own image has no command.
 struct DemoResult {
     std::string subject;
-    std::string algorithm;
-    std::string parameters;
-    RunReport report;
-    std::string file;
+    std::string command{};
+    std::string parameters{};
+    RunReport report{};
+    std::string file{};
 };
+
+/// The case's command, with its parameters parsed as those of a command line are.
+std::unique_ptr<AnyFilterCommand> parseCase(const DemoCase& demo) {
+    for (auto& command : makeCommands()) {
+        auto* const filter = dynamic_cast<AnyFilterCommand*>(command.get());
+        if (filter == nullptr || filter->name() != demo.command) continue;
+        CLI::App parser;
+        filter->addParameters(parser);
+        parser.parse(demo.parameters);
+        command.release();  // NOLINT(bugprone-unused-return-value): it is filter
+        return std::unique_ptr<AnyFilterCommand>(filter);
+    }
+    throw std::logic_error(std::string("there is no filter command ") + demo.command);
+}
 
 class DemoCommand final : public Command {
 public:
@@ -32,7 +48,7 @@ public:
     std::string description() const override { return "Run the algorithms on a generated picture and volume"; }
 
     void addOptions(CLI::App& app) override {
-        app.add_option("FOLDER", folder_, "Where the files go; made when missing")
+        app.add_option("FOLDER", folder_, "Folder for the files; made when missing")
             ->capture_default_str()
             ->type_name("");
         options_.addTo(app);
@@ -53,8 +69,8 @@ private:
     static constexpr const char* sheetFile = "contact-sheet.png";
 
     std::string inFolder(const std::string& file) const { return (std::filesystem::path(folder_) / file).string(); }
-    std::string fileOf(const DemoSubject& subject, const std::string& what) const {
-        return inFolder(subject.prefix + what + subject.extension);
+    std::string fileOf(const DemoSubject& subject, const std::string& title) const {
+        return inFolder(subject.prefix + title + subject.extension);
     }
 
     void makeFolder() const {
@@ -66,17 +82,16 @@ private:
     void runSection(const DemoSection& section, ContactSheet& sheet, std::vector<DemoResult>& results) const {
         const DemoSubject& subject = section.subject;
         const HostImage input = subject.make();
-        results.push_back({subject.name, "", "", {}, fileOf(subject, "input")});
+        results.push_back({.subject = subject.name, .file = fileOf(subject, "input")});
         writeImageFile(results.back().file, input);
         sheet.add(input, subject.name);
         for (const DemoCase& demo : section.cases) {
-            HostImage output = makeImageLike(input, input.getDataType());
-            const RunReport report = demo.run(input, output, options_);
-            const bool isOneOfMany = !demo.variant.empty();
-            results.push_back({subject.name, demo.algorithm, demo.parameters, report,
-                               fileOf(subject, demo.algorithm + (isOneOfMany ? "-" + demo.variant : ""))});
+            const auto filter = parseCase(demo);
+            HostImage output = filter->makeOutput(input);
+            const RunReport report = filter->filter(input, output, options_);
+            results.push_back({subject.name, demo.command, demo.parameters, report, fileOf(subject, demo.title("-"))});
             writeImageFile(results.back().file, output);
-            sheet.add(output, demo.algorithm + (isOneOfMany ? " " + demo.variant : ""));
+            sheet.add(output, demo.title(" "));
         }
     }
 
@@ -85,7 +100,7 @@ private:
             auto list = nlohmann::ordered_json::array();
             for (const DemoResult& result : results) {
                 list.push_back({{"subject", result.subject},
-                                {"algorithm", result.algorithm},
+                                {"algorithm", result.command},
                                 {"parameters", result.parameters},
                                 {"seconds", result.report.seconds},
                                 {"steps", result.report.steps},
@@ -95,8 +110,8 @@ private:
         } else if (!options_.isQuiet) {
             printRow({"subject", "algorithm", "parameters", "seconds", "steps", "file"});
             for (const DemoResult& result : results) {
-                const bool isRun = !result.algorithm.empty();
-                printRow({result.subject, result.algorithm, result.parameters,
+                const bool isRun = !result.command.empty();
+                printRow({result.subject, result.command, result.parameters,
                           isRun ? secondsToText(result.report.seconds) : "",
                           isRun ? std::to_string(result.report.steps) : "", result.file});
             }

@@ -1,14 +1,13 @@
 #include <array>
 #include <vector>
 
-#include "Cli/Output.h"
 #include "Commands/Commands.h"
-#include "Commands/Description.h"
-#include "ImageFiles/FileError.h"
+#include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/NumberText.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageFiles/NumberText.h"
-#include "ImageFiles/Rows.h"
-#include "ImageFiles/VoxelVisit.h"
+#include "Runs/Description.h"
+#include "System/Output.h"
 
 namespace zel::tool {
 
@@ -16,9 +15,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// Smallest and largest value, exact in every type, NaN left out.
+/// Smallest and largest value, exact in every type; NaN is ignored.
 struct ValueRange {
-    Json minimum;  ///< null when there is none
+    Json minimum;  ///< null where there is none: complex numbers have no order
     Json maximum;
     std::string text;  ///< "0 to 255"
 };
@@ -42,15 +41,10 @@ ValueRange rangeOf(const ImageModel& image) {
     return {minimum, maximum, numberToText(minimum) + " to " + numberToText(maximum)};
 }
 
-/// Complex numbers have no order, so there is no range of them.
 ValueRange rangeOf(const ImageModel& image) {
-    return visitVoxelType(image.getDataType(), [&]<typename T>(T) -> ValueRange {
-        if constexpr (isComplex<T>) {
-            return {};
-        } else {
-            return rangeOf<T>(image);
-        }
-    });
+    ValueRange range;
+    visitVoxelType(image.getDataType(), RealTypes{}, [&]<typename T>() { range = rangeOf<T>(image); });
+    return range;
 }
 
 struct ImageDescription {
@@ -93,14 +87,14 @@ Json toJson(const ImageDescription& image) {
 class InfoCommand final : public Command {
 public:
     std::string name() const override { return "info"; }
-    std::string description() const override { return "Tell the size, type, spacing and range of image files"; }
+    std::string description() const override { return "Show the size, type, spacing and value range of image files"; }
 
     void addOptions(CLI::App& app) override {
         app.add_option("FILE", files_, "Images: " + imageFileExtensions())->required()->type_name("");
-        app.add_flag("--json", isJson_, "As an object of JSON, with one entry a file in its list \"images\"");
+        app.add_flag("--json", isJson_, "Print a JSON object with an entry for each file in its list \"images\"");
     }
 
-    /// A file that cannot be read does not keep the others from being told of.
+    /// A file that cannot be read does not keep the others from being shown.
     int run() override {
         Json images = Json::array();
         bool hasFailed = false;

@@ -1,25 +1,18 @@
-// Erosion, dilation, opening and closing: four commands that differ in nothing but the algorithm.
+// Erosion, dilation, opening and closing: four commands that differ only in the algorithm.
 
 #include <utility>
 
-#include "Cli/NumberOption.h"
 #include "Commands/Commands.h"
-#include "Commands/FilterFile.h"
+#include "Commands/FilterCommand.h"
+#include "Runs/PropertyOption.h"
 #include "zel/algorithms/Morphology2d.h"
 
 namespace zel::tool {
 
 namespace {
 
-/// The algorithm's value for a neighbourhood.
-int parseNeighborhood(const std::string& text) {
-    if (text == "square") return 1;
-    if (text == "diamond") return 0;
-    throw CLI::ValidationError("--neighborhood is '" + text + "', but takes square or diamond");
-}
-
 template <typename Algorithm>
-class MorphologyCommand final : public Command {
+class MorphologyCommand final : public FilterCommand<Algorithm> {
 public:
     MorphologyCommand(std::string name, std::string description)
         : name_(std::move(name)), description_(std::move(description)) {}
@@ -27,36 +20,25 @@ public:
     std::string name() const override { return name_; }
     std::string description() const override { return description_ + "; volumes slice by slice"; }
 
-    void addOptions(CLI::App& app) override {
-        files_.addTo(app);
-        addNumberOption(app, "--radius", 1, "a whole number from 1",
-                        "Pixels from the neighbourhood's centre to its edge",
-                        [this](const Numbers& numbers) { radius_ = numbers[0]; })
-            ->type_name("R")
-            ->required();
-        app.add_option_function<std::string>(
-               "--neighborhood", [this](const std::string& text) { neighborhood_ = parseNeighborhood(text); },
-               "square of 2 R + 1 pixels a side, or diamond: pixels at most R steps along x and y away")
-            ->type_name("SHAPE")
-            ->required();
-        options_.addTo(app);
-    }
-
-    int run() override {
-        filterFile<Algorithm>(name(), files_, options_, [this](Algorithm& filter) {
-            filter.kernelRadius = radius_;
-            filter.neighborhood = neighborhood_;
-        });
-        return 0;
+    void addParameters(CLI::App& app) override {
+        addPropertyOption(app,
+                          {.name = "--radius",
+                           .values = "R",
+                           .description = "Distance from the neighbourhood's centre to its edge",
+                           .isRequired = true},
+                          this->algorithm_.kernelRadius);
+        addPropertyChoice(
+            app,
+            {.name = "--neighborhood",
+             .values = "SHAPE",
+             .description = "square: 2 R + 1 pixels a side; diamond: pixels up to R steps along x and y away",
+             .isRequired = true},
+            this->algorithm_.neighborhood, {{"square", 1}, {"diamond", 0}});
     }
 
 private:
     const std::string name_;
     const std::string description_;
-    FilterFiles files_;
-    RunOptions options_;
-    unsigned radius_ = 0;
-    int neighborhood_ = 0;
 };
 
 }  // namespace
@@ -71,12 +53,12 @@ std::unique_ptr<Command> makeDilationCommand() {
 
 std::unique_ptr<Command> makeOpeningCommand() {
     return std::make_unique<MorphologyCommand<cuda::CudaOpening2d>>(
-        "opening", "Erosion, then dilation: takes away what is bright and small");
+        "opening", "Erosion, then dilation: removes small bright details");
 }
 
 std::unique_ptr<Command> makeClosingCommand() {
     return std::make_unique<MorphologyCommand<cuda::CudaClosing2d>>(
-        "closing", "Dilation, then erosion: takes away what is dark and small");
+        "closing", "Dilation, then erosion: removes small dark details");
 }
 
 }  // namespace zel::tool

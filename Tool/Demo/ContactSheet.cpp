@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Demo/BitmapFont.h"
-#include "ImageFiles/Rows.h"
+#include "ImageFiles/Common/Rows.h"
 #include "zel/ImageModelAdapter.h"
 
 namespace zel::tool {

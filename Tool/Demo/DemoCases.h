@@ -1,36 +1,36 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "Commands/FilterRun.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
 
-/// What the algorithms are shown on.
+/// An image that filters are shown on.
 struct DemoSubject {
     const char* name;
-    const char* prefix;     ///< of its files
-    const char* extension;  ///< of its files; a format that holds it
+    const char* prefix;     ///< of its files' names
+    const char* extension;  ///< of its files: of a format that can hold it
     HostImage (*make)();
 };
 
-/// One algorithm on one subject.
+/// One filter on one subject: a command line without files.
 struct DemoCase {
-    std::string algorithm;
-    std::string variant;     ///< tells the cases of an algorithm apart; empty where there is one
-    std::string parameters;  ///< as on the command line
-    std::function<RunReport(const ImageModel& input, ImageModel& output, const RunOptions& options)> run;
+    const char* command;
+    const char* parameters;
+    const char* variant = "";  ///< distinguishes the cases of one command in file names; empty where there is one
+
+    /// The command and, behind the separator, the variant.
+    std::string title(const char* separator) const;
 };
 
 struct DemoSection {
-    const DemoSubject& subject;
+    DemoSubject subject;
     std::vector<DemoCase> cases;
 };
 
-/// All that the demonstration shows, in its order.
+/// Everything that the demonstration shows, in its order.
 std::vector<DemoSection> demoSections();
 
 }  // namespace zel::tool

@@ -8,16 +8,19 @@
 #include <new>
 #include <vector>
 
-#include "ImageFiles/FileError.h"
-#include "ImageFiles/ImageFormat.h"
-#include "ImageFiles/Rows.h"
+#include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/Rows.h"
+#include "ImageFiles/Mrc/MrcFile.h"
+#include "ImageFiles/Npy/NpyFile.h"
+#include "ImageFiles/Png/PngFile.h"
+#include "ImageFiles/Tiff/TiffFile.h"
 #include "zel/Exceptions.h"
 
 namespace zel::tool {
 
 namespace {
 
-// A new format needs its own file and a line here.
+// A new format needs a folder of its own and a line here.
 std::array<const ImageFormat*, 4> formats() {
     return {&npyFormat(), &pngFormat(), &tiffFormat(), &mrcFormat()};
 }
@@ -73,7 +76,7 @@ HostImage readImageFile(const std::string& path) {
     if (format == nullptr) throw FileError::reading(path, unknownExtension());
     try {
         return format->read(file);
-    } catch (const RuntimeError& error) {  // of the image that does not come about
+    } catch (const RuntimeError& error) {  // HostImage could not be made
         throw FileError::reading(path, error.what());
     } catch (const std::bad_alloc&) {
         throw FileError::reading(path, "there is not enough memory for it");

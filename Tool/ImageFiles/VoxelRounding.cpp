@@ -1,26 +1,27 @@
 #include "ImageFiles/VoxelRounding.h"
 
 #include <cmath>
-#include <complex>
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "ImageFiles/Rows.h"
-#include "ImageFiles/VoxelVisit.h"
+#include "ImageFiles/Common/Rows.h"
 
 namespace zel::tool {
 
 namespace {
+
+template <typename T>
+inline constexpr bool isComplexNumber = !std::is_arithmetic_v<T>;
 
 template <typename To>
 To roundToInteger(double value) {
     using Limits = std::numeric_limits<To>;
     if (std::isnan(value)) return 0;
     const double rounded = std::nearbyint(value);
-    // 2^digits is exact in double, the bound itself may not be.
+    // Compared with 2^digits, which a double holds exactly, unlike the largest 64-bit integers.
     if (rounded >= std::ldexp(1.0, Limits::digits)) return Limits::max();
     if (rounded <= static_cast<double>(Limits::lowest())) return Limits::lowest();
     return static_cast<To>(rounded);
@@ -28,10 +29,10 @@ To roundToInteger(double value) {
 
 template <typename To, typename From>
 To nearest(From value) {
-    if constexpr (isComplex<To> && isComplex<From>) {
+    if constexpr (isComplexNumber<To> && isComplexNumber<From>) {
         return To(static_cast<typename To::value_type>(value.real()),
                   static_cast<typename To::value_type>(value.imag()));
-    } else if constexpr (isComplex<To>) {
+    } else if constexpr (isComplexNumber<To>) {
         return To(static_cast<typename To::value_type>(value));
     } else if constexpr (std::is_floating_point_v<To>) {
         return static_cast<To>(value);
@@ -60,9 +61,9 @@ void convertRows(const ImageModel& image, HostImage& result) {
 
 HostImage convertVoxels(const ImageModel& image, VoxelTypes type) {
     HostImage result = makeImageLike(image, type);
-    visitVoxelType(image.getDataType(), [&]<typename From>(From) {
-        visitVoxelType(type, [&]<typename To>(To) {
-            if constexpr (isComplex<From> && !isComplex<To>) {
+    visitVoxelType(image.getDataType(), AllTypes{}, [&]<typename From>() {
+        visitVoxelType(type, AllTypes{}, [&]<typename To>() {
+            if constexpr (isComplexNumber<From> && !isComplexNumber<To>) {
                 throw std::runtime_error("complex numbers do not convert to " + std::string(voxelTypeName(type)));
             } else {
                 convertRows<From, To>(image, result);

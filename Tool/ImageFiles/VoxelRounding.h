@@ -4,10 +4,10 @@
 
 namespace zel::tool {
 
-/// Copies an image into another voxel type, to the nearest value that the type has: ties go to the even neighbour,
-/// values beyond the range of an integer type to its bounds, NaN to integer 0. Real numbers become complex ones with an
-/// imaginary part of 0.
-/// @throws std::runtime_error for complex to real, where no value is the nearest.
+/// Copies an image into another voxel type, rounding to the nearest value of the type, ties to even. In integer types,
+/// values beyond the range become its bounds and NaN becomes 0. Real numbers become complex ones with the imaginary
+/// part 0.
+/// @throws std::runtime_error for complex to real, which has no nearest value.
 HostImage convertVoxels(const ImageModel& image, VoxelTypes type);
 
 }  // namespace zel::tool

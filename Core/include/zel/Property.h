@@ -47,6 +47,8 @@ requires(std::is_arithmetic_v<T> && !std::is_same_v<T, bool>) struct Allowed<T> 
     T high = detail::highest<T>;
     bool excludesLow = false;
     std::string_view unit{};  ///< in the plural; empty for a mere number
+
+    constexpr bool contains(T value) const { return (excludesLow ? value > low : value >= low) && value <= high; }
 };
 
 /// The range in words that stand behind "a number": "from 1 to 9", "of at least 0", "above 0".
@@ -90,5 +92,8 @@ using PropertySingleChoice = Property<int>;
 
 /// The longest axis, mask or step: positions along a line, and NPP's fields, are signed 32-bit numbers.
 inline constexpr unsigned maxLength = 2147483647;
+
+/// What each component of a tile size takes where tiling is on.
+inline constexpr Allowed<unsigned> tileLength{.low = 1};
 
 }  // namespace zel

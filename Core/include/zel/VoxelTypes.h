@@ -8,11 +8,15 @@
 #include "tarnway/ElementTypes.h"
 #include "zel/export.h"
 
-// The table is that of the views. These are the types that the back ends have kernels for, and all.
+// The table is that of the views. These are the types that the back ends have kernels for, those whose voxels are one
+// number, and all.
 #define ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) TARNWAY_FOR_EACH_INTEGER_OF_32_BITS(X)
 #define ZEL_FOR_EACH_KERNEL_TYPE(X)     \
     ZEL_FOR_EACH_INTEGER_KERNEL_TYPE(X) \
     TARNWAY_FOR_EACH_FLOAT(X)
+#define ZEL_FOR_EACH_REAL_TYPE(X) \
+    ZEL_FOR_EACH_KERNEL_TYPE(X)   \
+    TARNWAY_FOR_EACH_INTEGER_OF_64_BITS(X)
 #define ZEL_FOR_EACH_VOXEL_TYPE(X) TARNWAY_FOR_EACH_ELEMENT_TYPE(X)
 
 namespace zel {
@@ -40,6 +44,7 @@ using TypesBehind = TypeList<T...>;
 
 #define ZEL_COMMA_TYPE(name, code, type) , type
 using KernelTypes = detail::TypesBehind<void ZEL_FOR_EACH_KERNEL_TYPE(ZEL_COMMA_TYPE)>;
+using RealTypes = detail::TypesBehind<void ZEL_FOR_EACH_REAL_TYPE(ZEL_COMMA_TYPE)>;
 using AllTypes = detail::TypesBehind<void ZEL_FOR_EACH_VOXEL_TYPE(ZEL_COMMA_TYPE)>;
 #undef ZEL_COMMA_TYPE
 
@@ -57,6 +62,11 @@ ZEL_FOR_EACH_VOXEL_TYPE(ZEL_VOXEL_TYPE_OF)
 template <typename... T, typename Body>
 bool visitVoxelType(VoxelTypes type, TypeList<T...>, const Body& body) {
     return ((type == voxelTypeOf<T> && (body.template operator()<T>(), true)) || ...);
+}
+
+/// Whether a voxel is a pair of numbers, its real and its imaginary part.
+inline bool isComplex(VoxelTypes type) {
+    return !visitVoxelType(type, RealTypes{}, []<typename T>() {});
 }
 
 /// All types, in the order of their codes.

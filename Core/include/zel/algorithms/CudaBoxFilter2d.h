@@ -23,7 +23,7 @@ public:
     Property<unsigned> kernelSizeX{"kernelSizeX", 3, {.low = 1, .high = maxLength, .unit = "pixels"}};
     Property<unsigned> kernelSizeY{"kernelSizeY", 3, {.low = 1, .high = maxLength, .unit = "pixels"}};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
-    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}};
+    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}, tileLength};
     Property<CudaContext*> cudaContext{"cudaContext"};
     PropertyWriteImage outputImage{"outputImage"};  ///< size and type of the input; not the same memory
 

@@ -20,7 +20,7 @@ public:
     PropertyReadImage inputTemplate{"inputTemplate"};            ///< type of the input; no larger than it
     PropertySingleChoice correlationMode{"correlationMode", 0};  ///< 0 plain, 1 local means removed
     Property<int> tilingMode{"tilingMode", 0};                   ///< 1 cuts the image into tiles of tileSize
-    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}};
+    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}, tileLength};
     Property<CudaContext*> cudaContext{"cudaContext"};
     PropertyWriteImage outputImage{"outputImage"};  ///< size of the input, float32; no memory of an input
     Property<CrossCorrelation2dMsr*> outputMeasurement{"outputMeasurement"};  ///< may be null

@@ -23,7 +23,7 @@ public:
     /// output itself: takes less memory, but truncates integers between the axes too.
     Property<bool> voxelTypeIntermediate{"voxelTypeIntermediate", false};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
-    Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}};
+    Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}, tileLength};
     Property<CudaContext*> cudaContext{"cudaContext"};  ///< deviceId beside a stream: that of a GPU
     PropertyWriteImage outputImage{"outputImage"};      ///< size of the input, its type or float32; not the same memory
 

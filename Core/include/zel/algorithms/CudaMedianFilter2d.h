@@ -20,7 +20,7 @@ public:
     /// The mask of 2 radius + 1 pixels has to fit NPP's sizes.
     Property<unsigned> kernelRadius{"kernelRadius", 1, {.high = maxLength / 2, .unit = "pixels"}};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
-    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}};
+    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}, tileLength};
     Property<CudaContext*> cudaContext{"cudaContext"};
     PropertyWriteImage outputImage{"outputImage"};  ///< size and type of the input; not the same memory
 

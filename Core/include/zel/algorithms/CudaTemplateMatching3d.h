@@ -25,7 +25,7 @@ public:
     /// Columns of TemplateTransformationInfo; null for the template as it is.
     Property<std::shared_ptr<const tarnway::DataFrameView>> transformationTable{"transformationTable"};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
-    Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}};
+    Property<Vector3<unsigned>> tileSize{"tileSize", {256, 256, 256}, tileLength};
     Property<CudaContext*> cudaContext{"cudaContext"};
     PropertyWriteImage outputScoreImage{"outputScoreImage"};  ///< size of the input, float32
     PropertyWriteImage outputIndexImage{"outputIndexImage"};  ///< size of the input; uint8, uint16 or uint32

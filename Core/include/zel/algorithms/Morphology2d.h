@@ -19,7 +19,7 @@ public:
     /// 1 for the square of (2 kernelRadius + 1) pixels; any other value for the diamond |dx| + |dy| <= kernelRadius.
     PropertySingleChoice neighborhood{"neighborhood", 1};
     Property<int> tilingMode{"tilingMode", 0};  ///< 1 cuts the image into tiles of tileSize
-    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}};
+    Property<Vector2<unsigned>> tileSize{"tileSize", {1024, 1024}, tileLength};
     Property<CudaContext*> cudaContext{"cudaContext"};
     PropertyWriteImage outputImage{"outputImage"};  ///< size and type of the input; not the same memory
 

@@ -1,0 +1,96 @@
+#include "Application.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Commands/Commands.h"
+#include "System/Interrupt.h"
+#include "System/Output.h"
+#include "zel/Exceptions.h"
+
+namespace zel::tool {
+
+namespace {
+
+constexpr int exitFailure = 1;
+constexpr int exitUsage = 2;
+
+/// CLI11's message, but where it does not name the wrong word a message that does.
+std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining();
+    if (!app.get_subcommands().empty() || unknown.empty()) return error.what();
+    std::string known;
+    for (const CLI::App* const command : app.get_subcommands({})) {
+        known += (known.empty() ? "" : ", ") + command->get_name();
+    }
+    return "'" + unknown.front() + "' is none of its commands " + known;
+}
+
+/// Prints one line: what is wrong and how to see the help.
+int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
+    std::string helpCommand = "zel";
+    for (const CLI::App* const command : app.get_subcommands()) helpCommand += " " + command->get_name();
+    printError(usageMessage(app, error) + " (see " + helpCommand + " --help)");
+    return exitUsage;
+}
+
+int parseAndRun(int argc, const char* const* argv) {
+    CLI::App app("Filters images on a GPU, or on the CPU where there is none.", "zel");
+    app.set_version_flag("--version", "zel " ZEL_VERSION);
+    app.require_subcommand(1);
+    app.failure_message(CLI::FailureMessage::simple);
+
+    const auto commands = makeCommands();
+    std::vector<std::pair<CLI::App*, Command*>> subcommands;
+    for (const auto& command : commands) {
+        CLI::App* const subcommand = app.add_subcommand(command->name(), command->description());
+        command->addOptions(*subcommand);
+        subcommands.emplace_back(subcommand, command.get());
+    }
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // --help and --version arrive here too, as success.
+        if (error.get_exit_code() == 0) return app.exit(error);
+        return reportUsage(app, error);
+    }
+    for (const auto& [subcommand, command] : subcommands) {
+        if (subcommand->parsed()) return command->run();
+    }
+    return 0;
+}
+
+int reportFailure() {
+    try {
+        checkInterrupt();  // after a signal, whatever failed then failed because of it
+        throw;
+    } catch (const Interrupted& interrupted) {
+        printError(interrupted.what());
+        return interrupted.exitCode();
+    } catch (const std::bad_alloc&) {
+        printError("not enough memory");
+    } catch (const std::exception& error) {
+        printError(error.what());
+    } catch (...) {
+        printError("failed for an unknown reason");
+    }
+    return exitFailure;
+}
+
+}  // namespace
+
+int runApplication(int argc, const char* const* argv) noexcept {
+    try {
+        installSignalHandlers();
+        return parseAndRun(argc, argv);
+    } catch (...) {
+        return reportFailure();
+    }
+}
+
+}  // namespace zel::tool

@@ -1,0 +1,29 @@
+#include "Commands/FilterCommand.h"
+
+#include "ImageFiles/Common/Rows.h"
+#include "ImageFiles/ImageFile.h"
+
+namespace zel::tool {
+
+void AnyFilterCommand::addOptions(CLI::App& app) {
+    files_.addTo(app);
+    addParameters(app);
+    options_.addTo(app);
+}
+
+HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
+    return makeImageLike(input, outputType_.value_or(input.getDataType()));
+}
+
+int AnyFilterCommand::run() {
+    options_.apply();
+    const HostImage input = files_.read();
+    checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
+    HostImage output = makeOutput(input);
+    const RunReport report = filter(input, output, options_);
+    writeImageFile(files_.output, output);
+    printReport(name(), files_, output, report, options_);
+    return 0;
+}
+
+}  // namespace zel::tool

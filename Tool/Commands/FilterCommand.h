@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+
+#include "Commands/Command.h"
+#include "Runs/FilterFiles.h"
+#include "Runs/FilterRun.h"
+
+namespace zel::tool {
+
+/// A command that filters an image file, whatever its algorithm.
+class AnyFilterCommand : public Command {
+public:
+    void addOptions(CLI::App& app) final;
+    int run() final;
+
+    /// Adds the options that set the algorithm's own parameters.
+    virtual void addParameters(CLI::App& app) = 0;
+
+    /// An image for the result: of the input's size and position, and of the type that the options ask for.
+    HostImage makeOutput(const ImageModel& input) const;
+    /// Filters an image in memory. @throws as runFilter does.
+    virtual RunReport filter(const ImageModel& input, ImageModel& output, const RunOptions& options) = 0;
+
+protected:
+    std::optional<VoxelTypes> outputType_;  ///< default: the input's type
+
+private:
+    FilterFiles files_;
+    RunOptions options_;
+};
+
+/// A filter's command says its name, its description and its parameters' options, which set the algorithm's properties
+/// directly.
+template <typename Algorithm>
+class FilterCommand : public AnyFilterCommand {
+public:
+    RunReport filter(const ImageModel& input, ImageModel& output, const RunOptions& options) final {
+        return runFilter(algorithm_, input, output, options);
+    }
+
+protected:
+    Algorithm algorithm_;
+};
+
+}  // namespace zel::tool

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ImageFiles/Common/AtomicFile.h"
+#include "ImageFiles/Common/InputFile.h"
+#include "zel/HostImage.h"
+
+namespace zel::tool {
+
+/// A format of image files.
+class ImageFormat {
+public:
+    virtual ~ImageFormat() = default;
+
+    virtual std::string_view name() const = 0;
+    /// In lower case, with the dot; the usual one first.
+    virtual std::vector<std::string_view> extensions() const = 0;
+    /// @throws FileError when the file is of another format, is damaged, or holds what HostImage cannot hold.
+    virtual HostImage read(InputFile& file) const = 0;
+    /// Why the format cannot hold an image of that type and size, and what to do about it; empty when it can.
+    virtual std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const = 0;
+    /// Writes an image that the format can hold.
+    virtual void write(AtomicFile& file, const ImageModel& image) const = 0;
+};
+
+}  // namespace zel::tool

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace zel::tool {
+
+/// A file open for reading, from its beginning to its end or at any offset.
+class InputFile {
+public:
+    /// @throws FileError when the file is missing, not readable, or a folder.
+    explicit InputFile(std::string path);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    const std::string& path() const { return path_; }
+
+    /// Reads `count` bytes, fewer only at the end of the file.
+    /// @throws FileError, and Interrupted after a signal.
+    std::size_t read(void* buffer, std::size_t count);
+
+    /// Reads exactly `count` bytes.
+    /// @param ifShort  the error's text when the file ends before.
+    void readExactly(void* buffer, std::size_t count, const std::string& ifShort = "its end is missing");
+
+    /// Reads at an offset as read does, for files with a size only. Does not move the position of read.
+    std::size_t readAt(void* buffer, std::size_t count, std::size_t offset) const;
+
+    /// Nothing where the size is not known, as for a pipe.
+    std::optional<std::size_t> size() const { return size_; }
+    /// Bytes not read yet; nothing where the size is not known.
+    std::optional<std::size_t> remaining() const;
+
+    /// @param what  the bytes, for the error's text: "bytes of voxels".
+    /// @throws FileError when the file is known to have fewer than `count` bytes left, though its header promises them.
+    void requireRemaining(std::size_t count, const std::string& what) const;
+    /// @throws FileError when an image of that many bytes does not fit into this machine's free memory.
+    void requireMemory(unsigned long long imageBytes) const;
+
+private:
+    /// Calls readPart(bytes, count) until the buffer is full or the file at its end.
+    template <typename ReadPart>
+    std::size_t fill(void* buffer, std::size_t count, ReadPart&& readPart) const;
+
+    std::string path_;
+    int descriptor_;
+    std::optional<std::size_t> size_;
+    std::size_t position_ = 0;
+};
+
+}  // namespace zel::tool

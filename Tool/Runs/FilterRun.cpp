@@ -1,0 +1,94 @@
+#include "Runs/FilterRun.h"
+
+#include <chrono>
+#include <new>
+#include <optional>
+#include <stdexcept>
+
+#include "ImageFiles/Common/Rows.h"
+#include "Runs/Description.h"
+#include "Runs/ProgressBar.h"
+#include "System/Interrupt.h"
+#include "tarnway_cuda/CudaImageView.h"
+#include "zel/ImageModelSizeProxy.h"
+#include "zel/TarnwayImage.h"
+
+namespace zel::tool {
+
+namespace {
+
+static_assert(static_cast<int>(VoxelTypes::complex128) == static_cast<int>(tarnway::ElementType::complex128));
+
+TarnwayImage makeDeviceImage(VoxelTypes type, const ImageSize& size) {
+    try {
+        return TarnwayImage(
+            tarnway_cuda::CudaImageView::allocate(static_cast<tarnway::ElementType>(type), size.x, size.y, size.z));
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error("the device has not enough memory for images of " + toText(size) +
+                                 "; leave them on the host and use --tile");
+    }
+}
+
+/// Images in the memory of the device, used for one part after the other.
+class DeviceParts {
+public:
+    DeviceParts(VoxelTypes inputType, VoxelTypes outputType, const ImageSize& size)
+        : input_(makeDeviceImage(inputType, size)), output_(makeDeviceImage(outputType, size)) {}
+
+    void run(const ImageModel& input, ImageModel& output,
+             const std::function<void(const ImageModel&, ImageModel&)>& work) {
+        copyVoxels(input, input_);
+        work(input_, output_);
+        copyVoxels(output_, output);
+    }
+
+private:
+    TarnwayImage input_;
+    TarnwayImage output_;
+};
+
+/// The part of that number: `depth` slices, counted through all volumes.
+template <typename Image>
+ImageModelSizeProxy partOf(Image& image, std::size_t depth, std::size_t part) {
+    const std::size_t partsPerVolume = image.getDimension(2) / depth;
+    const std::size_t volume = part / partsPerVolume;
+    const std::size_t z = part % partsPerVolume * depth;
+    const std::size_t i3 = volume % image.getDimension(3), i4 = volume / image.getDimension(3);
+    return {&image, 0, image.getDimension(0), 0, image.getDimension(1), z, depth, i3, 1, i4, 1};
+}
+
+}  // namespace
+
+RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, const RunOptions& options,
+                   const PartRun& run) {
+    const ImageSize size = imageSizeOf(input);
+    const std::size_t depth = part == RunPart::slice ? 1 : size.z;
+    const std::size_t partCount = size.z / depth * size.i3 * size.i4;
+    std::optional<DeviceParts> device;
+    if (options.placement == Placement::device) {
+        device.emplace(input.getDataType(), output.getDataType(), ImageSize{size.x, size.y, depth});
+    }
+
+    ProgressBar bar(options.isQuiet, partCount);
+    RunReport report;
+    const auto timedRun = [&](const ImageModel& source, ImageModel& result) {
+        const auto start = std::chrono::steady_clock::now();
+        run(source, result, &bar);
+        report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    for (std::size_t number = 0; number < partCount; ++number) {
+        checkInterrupt();
+        const ImageModelSizeProxy source = partOf(input, depth, number);
+        ImageModelSizeProxy result = partOf(output, depth, number);
+        if (device) {
+            device->run(source, result, timedRun);
+        } else {
+            timedRun(source, result);
+        }
+        bar.finishRun();
+    }
+    report.steps = bar.steps();
+    return report;
+}
+
+}  // namespace zel::tool

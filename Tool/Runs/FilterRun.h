@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "Runs/CancelOnInterrupt.h"
+#include "Runs/RunOptions.h"
+#include "zel/HostImage.h"
+#include "zel/InteractionInterface.h"
+#include "zel/Property.h"
+#include "zel/Vector.h"
+
+namespace zel::tool {
+
+/// What a run of an algorithm took.
+struct RunReport {
+    double seconds = 0;       ///< in the algorithm, without files and without copies to and from the device
+    std::uint64_t steps = 0;  ///< of progress, as the algorithm counted them
+};
+
+/// The part of an image that one run of an algorithm covers: (x, y) or (x, y, z).
+enum class RunPart { slice, volume };
+
+/// One run of an algorithm on one part.
+using PartRun = std::function<void(const ImageModel& input, ImageModel& output, InteractionInterface* progress)>;
+
+/// Calls run for each part of input, with the same part of output; both images have the same size. Where the options
+/// say so, the parts are copied to the memory of the device for it.
+/// @throws Interrupted between parts, after a signal.
+RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, const RunOptions& options,
+                   const PartRun& run);
+
+/// An algorithm's tile has as many dimensions as the images that it takes.
+inline RunPart partFor(const Property<Vector2<unsigned>>&) {
+    return RunPart::slice;
+}
+inline RunPart partFor(const Property<Vector3<unsigned>>&) {
+    return RunPart::volume;
+}
+
+inline void setTile(Property<Vector2<unsigned>>& tileSize, const TileOption& tile, const ImageModel&) {
+    tileSize = {tile.width, tile.height};
+}
+inline void setTile(Property<Vector3<unsigned>>& tileSize, const TileOption& tile, const ImageModel& image) {
+    tileSize = {tile.width, tile.height, tile.depth.value_or(static_cast<unsigned>(image.getDimension(2)))};
+}
+
+/// Runs an algorithm on an image: one for 2D images on each slice, one for 3D images on each volume.
+/// @param algorithm  with the properties of its own set; those of images and tiles are set here.
+/// @throws what the algorithm throws; ExceptionCancelation or Interrupted after a signal.
+template <typename Algorithm>
+RunReport runFilter(Algorithm& algorithm, const ImageModel& input, ImageModel& output, const RunOptions& options) {
+    if (options.tile) {
+        algorithm.tilingMode = 1;
+        setTile(algorithm.tileSize, *options.tile, input);
+    }
+    const CancelOnInterrupt cancelOnInterrupt(algorithm);
+    return runParts(partFor(algorithm.tileSize), input, output, options,
+                    [&](const ImageModel& source, ImageModel& result, InteractionInterface* progress) {
+                        algorithm.inputImage = &source;
+                        algorithm.outputImage = &result;
+                        algorithm.run(progress);
+                    });
+}
+
+}  // namespace zel::tool

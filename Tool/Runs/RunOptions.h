@@ -1,0 +1,37 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+
+namespace zel::tool {
+
+/// The memory that an algorithm's input and output lie in.
+enum class Placement { host, device };
+
+/// The size of tiles, in voxels.
+struct TileOption {
+    unsigned width = 0;
+    unsigned height = 0;
+    std::optional<unsigned> depth;  ///< for 3D algorithms; without it, the whole depth of the image
+};
+
+/// The options that all algorithms have.
+struct RunOptions {
+    std::optional<TileOption> tile;  ///< without it, the image is one tile
+    Placement placement = Placement::host;
+    std::optional<unsigned> device;
+    bool isQuiet = false;
+    bool isJson = false;
+
+    /// The object has to outlive the parser.
+    void addTo(CLI::App& app);
+
+    /// Sets the process's number of threads and current device. Call it before anything uses a device.
+    /// @throws std::runtime_error when there is no such device.
+    void apply() const;
+
+private:
+    unsigned threads_ = 0;  // 0: one on each core
+};
+
+}  // namespace zel::tool
