@@ -14,4 +14,15 @@ struct BoxFilterRun : FilterRun<cuda::CudaBoxFilter2d> {
     }
 };
 
+/// See SmallFilterRuns.h.
+struct SmallBoxFilter : BoxFilterRun {
+    using Pixel = std::int16_t;
+    static constexpr ImageSize size{60, 50};
+    static constexpr Vector2<unsigned> tile{22, 18};
+    static constexpr std::uint64_t blocks = 4 * 3, passes = 1;
+    static constexpr auto work = "nppiFilterBoxBorder_16s_C1R_Ctx";
+
+    SmallBoxFilter(HostImage& image, const Placement& placement) : BoxFilterRun(image, 5, 3, placement) {}
+};
+
 }  // namespace zel::test
