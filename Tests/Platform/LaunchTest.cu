@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -81,6 +83,45 @@ TEST_F(LaunchTest, StreamBelongsToItsDevice) {
     ASSERT_EQ(cudaSetDevice(0), cudaSuccess);
     EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
     EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
+}
+
+/// Its scratch is more than there is, or else it fails by itself.
+__global__ void failingKernel(bool withScratch) {
+    if (withScratch) threadScratch(std::size_t{1} << 60);
+    throw std::runtime_error("a kernel's own");
+}
+
+cudaError_t launchFailing(bool withScratch, unsigned int blocks, cudaStream_t stream = nullptr) {
+    const auto config = shape(dim3(blocks), dim3(64), stream);
+    return cudaLaunchKernelEx(&config, failingKernel, withScratch);
+}
+
+TEST_F(LaunchTest, ExceptionOfAKernelIsTheStatusOfItsLaunch) {
+    for (const unsigned int blocks : {1u, 1000u}) {
+        EXPECT_EQ(launchFailing(true, blocks), cudaErrorMemoryAllocation);
+        EXPECT_EQ(cudaGetLastError(), cudaErrorMemoryAllocation);
+        EXPECT_EQ(launchFailing(false, blocks), cudaErrorUnknown);
+        EXPECT_EQ(cudaGetLastError(), cudaErrorUnknown);
+        EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    }
+}
+
+// Each later synchronisation ran the work again. Freeing and ending go on all the same.
+TEST_F(LaunchTest, QueuedWorkThatFailsIsToldOnce) {
+    const ScopedTestModes modes({.deferredStreams = true});
+    cudaStream_t stream = nullptr;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    void* memory = nullptr;
+    ASSERT_EQ(cudaMalloc(&memory, 8), cudaSuccess);
+    const std::function<cudaError_t()> calls[] = {
+        [&] { return cudaStreamSynchronize(stream); }, [&] { return cudaDeviceSynchronize(); },
+        [&] { return cudaFree(memory); }, [&] { return cudaStreamDestroy(stream); }};
+    for (const auto& call : calls) {
+        EXPECT_EQ(launchFailing(true, 1, stream), cudaSuccess);
+        EXPECT_EQ(launchFailing(false, 1, stream), cudaSuccess);
+        EXPECT_EQ(call(), cudaErrorMemoryAllocation) << "the first one's";
+        EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    }
 }
 
 /// Reverses a row by way of shared memory.

@@ -142,8 +142,7 @@ using namespace zel::host;
 cudaError_t cudaMemcpy(void* dst, const void* src, std::size_t bytes, cudaMemcpyKind kind) {
     return deviceCall("cudaMemcpy", [&] {
         const cudaError_t status = startCopy(linearCopy(dst, src, bytes), kind, nullptr);
-        if (status == cudaSuccess) synchronizeStream(streamOf(nullptr));
-        return status;
+        return status == cudaSuccess ? synchronizeStream(streamOf(nullptr)) : status;
     });
 }
 

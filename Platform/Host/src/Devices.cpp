@@ -144,9 +144,9 @@ cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr attribute, int dev
 
 cudaError_t cudaDeviceSynchronize() {
     return deviceCall("cudaDeviceSynchronize", [] {
-        synchronizeDevice(currentDevice());
+        const cudaError_t status = synchronizeDevice(currentDevice());
         allocations().checkRedZones();
-        return cudaSuccess;
+        return status;
     });
 }
 

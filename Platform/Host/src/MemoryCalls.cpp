@@ -44,8 +44,10 @@ cudaError_t allocatePitched(void** address, std::size_t* pitch, cudaExtent exten
 cudaError_t freeMemory(void* address) {
     if (address == nullptr) return cudaSuccess;
     if (allocations().isRetired(address)) return releasedTooLate(cudaErrorInvalidValue);
-    runAllDeferredWork();  // as on a GPU, freeing waits for the work that may use the memory
-    return report(allocations().free(address));
+    // As on a GPU, freeing waits for the work that may use the memory, and tells of its failure.
+    const cudaError_t worked = runAllDeferredWork();
+    const cudaError_t freed = report(allocations().free(address));
+    return worked == cudaSuccess ? freed : worked;
 }
 
 }  // namespace

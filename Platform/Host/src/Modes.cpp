@@ -10,7 +10,7 @@ constinit Modes modes;
 namespace {
 
 void setModes(const TestModes& wanted) {
-    runAllDeferredWork();
+    static_cast<void>(runAllDeferredWork());
     modes.deferredStreams = wanted.deferredStreams;
     modes.protectedMemory = wanted.protectedMemory;
     modes.poison = wanted.poison;

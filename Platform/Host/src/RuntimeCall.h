@@ -13,11 +13,10 @@ cudaError_t report(cudaError_t status);
 cudaError_t takePendingError();
 cudaError_t pendingError();
 
-/// The shape of a runtime call: counted, stopped by faults, its status reported.
+/// A call of the runtime: its status is reported.
 template <class Body>
 cudaError_t runtimeCall(const char* name, Body body) {
-    if (const auto fault = enterCall(name)) return static_cast<cudaError_t>(*fault);
-    return report(body());
+    return vendorCall<CallFamily::runtime>(name, [&] { return report(body()); });
 }
 
 /// A runtime call that needs a current device.
@@ -33,9 +32,11 @@ cudaError_t deviceCall(const char* name, Body body) {
 /// finds alive is what the system under test forgot.
 template <class Body>
 cudaError_t releasingCall(const char* name, Body body) {
-    const auto fault = enterCall(name);
-    const cudaError_t status = body();
-    return fault ? static_cast<cudaError_t>(*fault) : status;
+    return guarded<CallFamily::runtime>([&] {
+        const auto fault = enterCall(name);
+        const cudaError_t status = body();
+        return fault ? static_cast<cudaError_t>(*fault) : status;
+    });
 }
 
 /// The status of giving back what a reset has ended. Its holder is on its way out after an error, and must not leave a

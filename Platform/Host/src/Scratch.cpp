@@ -32,7 +32,9 @@ void* threadScratch(std::size_t bytes) {
     thread_local Scratch scratch;
     if (!scratch.suits(bytes)) {
         scratch = {};
-        scratch.memory.reset(new (alignment) std::byte[bytes]);
+        scratch.memory.reset(new (alignment, std::nothrow) std::byte[bytes]);
+        // Not left to `new`, which under a sanitizer ends the process.
+        if (scratch.memory == nullptr) throw std::bad_alloc();
         scratch.bytes = bytes;
     }
     return scratch.memory.get();

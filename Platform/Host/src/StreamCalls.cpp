@@ -15,8 +15,7 @@ cudaError_t cudaStreamDestroy(cudaStream_t stream) {
     return releasingCall("cudaStreamDestroy", [&] {
         if (isRetiredStream(stream)) return releasedTooLate(cudaErrorInvalidResourceHandle);
         if (stream == nullptr || !isStream(stream)) return report(cudaErrorInvalidResourceHandle);
-        destroyStream(stream);
-        return cudaSuccess;
+        return destroyStream(stream);
     });
 }
 
@@ -32,8 +31,8 @@ cudaError_t cudaStreamGetFlags(cudaStream_t stream, unsigned int* flags) {
 cudaError_t cudaStreamSynchronize(cudaStream_t stream) {
     return deviceCall("cudaStreamSynchronize", [&] {
         if (!isStream(stream)) return cudaErrorInvalidResourceHandle;
-        synchronizeStream(streamOf(stream));
+        const cudaError_t status = synchronizeStream(streamOf(stream));
         allocations().checkRedZones();
-        return cudaSuccess;
+        return status;
     });
 }

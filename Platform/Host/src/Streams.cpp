@@ -47,15 +47,26 @@ DeviceQueue& queueOf(const CUstream_st& stream) {
     return *table().devices[stream.device];
 }
 
-void runFront(DeviceQueue& device, std::list<QueuedWork>::iterator item) {
-    const OpenMemory opened;
-    item->work();
-    device.queue.erase(item);
+void keepFirst(cudaError_t& status, cudaError_t next) {
+    if (status == cudaSuccess) status = next;
 }
 
-void runAll(DeviceQueue& device) {
+/// Takes one piece of work off the queue and runs it.
+cudaError_t runQueued(DeviceQueue& device, std::list<QueuedWork>::iterator item) {
+    const std::function<void()> work = std::move(item->work);
+    device.queue.erase(item);
+    return guarded<CallFamily::runtime>([&] {
+        const OpenMemory opened;
+        work();
+        return cudaSuccess;
+    });
+}
+
+cudaError_t runAll(DeviceQueue& device) {
     const std::lock_guard lock(device.mutex);
-    while (!device.queue.empty()) runFront(device, device.queue.begin());
+    cudaError_t status = cudaSuccess;
+    while (!device.queue.empty()) keepFirst(status, runQueued(device, device.queue.begin()));
+    return status;
 }
 
 }  // namespace
@@ -73,10 +84,11 @@ cudaStream_t createStream(int device) {
     return handle;
 }
 
-void destroyStream(cudaStream_t stream) {
-    synchronizeStream(*stream);
+cudaError_t destroyStream(cudaStream_t stream) {
+    const cudaError_t status = synchronizeStream(*stream);
     const std::lock_guard lock(table().mutex);
     table().live.erase(stream);
+    return status;
 }
 
 bool isRetiredStream(cudaStream_t stream) {
@@ -106,28 +118,32 @@ void defer(CUstream_st& stream, std::function<void()> work) {
 
 // The default stream waits for all earlier work of the device, and all later work for it. So all that was queued before
 // the last default work which this stream waits for runs in order, and behind it only the stream's own.
-void synchronizeStream(CUstream_st& stream) {
+cudaError_t synchronizeStream(CUstream_st& stream) {
     DeviceQueue& device = queueOf(stream);
     const std::lock_guard lock(device.mutex);
+    cudaError_t status = cudaSuccess;
     auto& queue = device.queue;
     const auto ofStream = [&](const QueuedWork& item) { return item.stream == &stream; };
     const auto ofDefault = [&](const QueuedWork& item) { return item.stream == &device.defaultStream; };
     const auto last = std::find_if(queue.rbegin(), queue.rend(), ofStream);
     const auto barrier = std::find_if(last, queue.rend(), ofDefault).base();
-    while (queue.begin() != barrier) runFront(device, queue.begin());
+    while (queue.begin() != barrier) keepFirst(status, runQueued(device, queue.begin()));
     for (auto item = queue.begin(); item != queue.end();) {
         const auto next = std::next(item);
-        if (ofStream(*item)) runFront(device, item);
+        if (ofStream(*item)) keepFirst(status, runQueued(device, item));
         item = next;
     }
+    return status;
 }
 
-void synchronizeDevice(int device) {
-    runAll(*table().devices[device]);
+cudaError_t synchronizeDevice(int device) {
+    return runAll(*table().devices[device]);
 }
 
-void runAllDeferredWork() {
-    for (const auto& device : table().devices) runAll(*device);
+cudaError_t runAllDeferredWork() {
+    cudaError_t status = cudaSuccess;
+    for (const auto& device : table().devices) keepFirst(status, runAll(*device));
+    return status;
 }
 
 void discardStreams(int device) {

@@ -21,8 +21,8 @@ namespace zel::host {
 std::uint64_t liveStreams();
 
 cudaStream_t createStream(int device);
-/// Runs the stream's queued work and ends it.
-void destroyStream(cudaStream_t stream);
+/// Runs the stream's queued work and ends it, even where the work fails.
+[[nodiscard]] cudaError_t destroyStream(cudaStream_t stream);
 /// Whether a handle was that of a stream which a reset has ended.
 bool isRetiredStream(cudaStream_t stream);
 
@@ -34,11 +34,12 @@ CUstream_st& streamOf(cudaStream_t stream);
 /// Ends a device's streams and drops their queued work. Their handles name no stream from then on.
 void discardStreams(int device);
 
+// These run queued work, each piece once, and give the status of the first that fails.
 /// Waits for a device's work, or for all devices'.
-void synchronizeDevice(int device);
-void runAllDeferredWork();
+[[nodiscard]] cudaError_t synchronizeDevice(int device);
+[[nodiscard]] cudaError_t runAllDeferredWork();
 /// Waits for the work of one stream, and for what that has to wait for.
-void synchronizeStream(CUstream_st& stream);
+[[nodiscard]] cudaError_t synchronizeStream(CUstream_st& stream);
 
 /// Queues work for a later synchronisation.
 void defer(CUstream_st& stream, std::function<void()> work);

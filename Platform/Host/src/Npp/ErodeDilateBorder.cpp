@@ -49,26 +49,30 @@ void runMask(const FilterJob<typename Order::Pixel>& job, const StructuringEleme
 template <typename Order>
 NppStatus filterSquare(const char* name, const FilterArguments& arguments, cudaStream_t stream) {
     using Pixel = typename Order::Pixel;
-    if (const auto status = enterCall(name, CallFamily::npp)) return static_cast<NppStatus>(*status);
-    if (const auto status = checkFilterArguments(arguments, sizeof(Pixel), NPP_BORDER_REPLICATE)) return status;
-    enqueue(stream, [job = FilterJob<Pixel>(arguments)] { runSquare<Order>(job); });
-    return NPP_SUCCESS;
+    return vendorCall<CallFamily::npp>(name, [&] {
+        const NppStatus status = checkFilterArguments(arguments, sizeof(Pixel), NPP_BORDER_REPLICATE);
+        if (status != NPP_SUCCESS) return status;
+        enqueue(stream, [job = FilterJob<Pixel>(arguments)] { runSquare<Order>(job); });
+        return NPP_SUCCESS;
+    });
 }
 
 template <typename Order>
 NppStatus filterMask(const char* name, const FilterArguments& arguments, const Npp8u* mask, cudaStream_t stream) {
     using Pixel = typename Order::Pixel;
-    if (const auto status = enterCall(name, CallFamily::npp)) return static_cast<NppStatus>(*status);
-    if (mask == nullptr) return NPP_NULL_POINTER_ERROR;
-    if (const auto status = checkFilterArguments(arguments, sizeof(Pixel), NPP_BORDER_REPLICATE)) return status;
-    const NppiSize maskSize = arguments.mask;
-    if (!isDeviceRange(mask, static_cast<std::size_t>(maskSize.width) * static_cast<std::size_t>(maskSize.height))) {
-        return NPP_INVALID_DEVICE_POINTER_ERROR;
-    }
-    enqueue(stream, [job = FilterJob<Pixel>(arguments), mask, maskSize, anchor = arguments.anchor] {
-        runMask<Order>(job, StructuringElement(mask, maskSize, anchor, job.size));
+    return vendorCall<CallFamily::npp>(name, [&] {
+        if (mask == nullptr) return NPP_NULL_POINTER_ERROR;
+        const NppStatus status = checkFilterArguments(arguments, sizeof(Pixel), NPP_BORDER_REPLICATE);
+        if (status != NPP_SUCCESS) return status;
+        const NppiSize size = arguments.mask;
+        if (!isDeviceRange(mask, static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height))) {
+            return NPP_INVALID_DEVICE_POINTER_ERROR;
+        }
+        enqueue(stream, [job = FilterJob<Pixel>(arguments), mask, size, anchor = arguments.anchor] {
+            runMask<Order>(job, StructuringElement(mask, size, anchor, job.size));
+        });
+        return NPP_SUCCESS;
     });
-    return NPP_SUCCESS;
 }
 
 }  // namespace

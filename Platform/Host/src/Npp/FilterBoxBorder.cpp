@@ -15,14 +15,16 @@ std::size_t rowGrain(const BoxJob<T>& job) {
 
 template <typename T>
 NppStatus filterBoxBorder(const char* name, const FilterArguments& arguments, cudaStream_t stream) {
-    if (const auto status = enterCall(name, CallFamily::npp)) return static_cast<NppStatus>(*status);
-    if (const NppStatus status = checkFilterArguments(arguments, sizeof(T), NPP_BORDER_REPLICATE)) return status;
-    enqueue(stream, [job = BoxJob<T>(arguments)] {
-        parallelFor(static_cast<std::size_t>(job.roi.height), rowGrain(job), [&](std::size_t begin, std::size_t end) {
-            filterBoxRows(job, static_cast<std::ptrdiff_t>(begin), static_cast<std::ptrdiff_t>(end));
+    return vendorCall<CallFamily::npp>(name, [&] {
+        const NppStatus status = checkFilterArguments(arguments, sizeof(T), NPP_BORDER_REPLICATE);
+        if (status != NPP_SUCCESS) return status;
+        enqueue(stream, [job = BoxJob<T>(arguments)] {
+            parallelFor(static_cast<std::size_t>(job.roi.height), rowGrain(job), [&](auto begin, auto end) {
+                filterBoxRows(job, static_cast<std::ptrdiff_t>(begin), static_cast<std::ptrdiff_t>(end));
+            });
         });
+        return NPP_SUCCESS;
     });
-    return NPP_SUCCESS;
 }
 
 }  // namespace
