@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "DeviceFixture.h"
+#include "ProcessMemory.h"
 
 namespace zel::host {
 namespace {
@@ -106,6 +107,18 @@ TEST_F(MemoryTest, ResetEndsAllAndOldAddressesFailQuietly) {
     EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
     EXPECT_EQ(cudaGetLastError(), cudaSuccess);
     EXPECT_EQ(cudaMemsetAsync(old[1], 0, 1), cudaErrorInvalidValue);
+}
+
+TEST_F(MemoryTest, ResetGivesFreedMemoryBack) {
+    constexpr std::int64_t bytes = 64 * mebibyte;
+    const test::ProcessMemory before;
+    if (before.isSanitized()) GTEST_SKIP() << "nothing is given back";
+    void* memory = nullptr;
+    ASSERT_EQ(cudaMalloc(&memory, bytes), cudaSuccess);
+    ASSERT_EQ(cudaMemsetAsync(memory, 1, bytes), cudaSuccess);
+    EXPECT_EQ(cudaFree(memory), cudaSuccess);
+    EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
+    EXPECT_LT(test::ProcessMemory().residentBytes - before.residentBytes, bytes / 2);
 }
 
 }  // namespace

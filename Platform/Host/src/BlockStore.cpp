@@ -135,7 +135,7 @@ Block acquireBlock(std::size_t bytes) {
     }
     Block block = freshBlock(bytes, kind);
     if (block.base == nullptr) {
-        keptBlocks().drop();
+        dropKeptBlocks();
         block = freshBlock(bytes, kind);
     }
     return block;
@@ -146,6 +146,10 @@ void releaseBlock(const Block& block) {
         keptBlocks().keep(block);
     else
         giveToMachine(block);
+}
+
+void dropKeptBlocks() {
+    keptBlocks().drop();
 }
 
 void retireBlock(const Block& block) {

@@ -35,6 +35,7 @@ void resetDevice(int device) {
     discardStreams(device);
     discardPlans(device);
     allocations().retire(device);
+    dropKeptBlocks();
     clearStickyError();  // of a fault that fired on the reset itself
     takePendingError();
 }
