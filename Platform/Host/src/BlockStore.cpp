@@ -94,7 +94,7 @@ private:
     std::mutex mutex_;
     std::vector<Block> blocks_;
     std::size_t bytes_ = 0;
-    const std::size_t bound_ = std::min<std::size_t>(std::size_t{2} << 30, machineBytes() / 8);
+    const std::size_t bound_ = std::min<std::size_t>(std::size_t{2} << 30, usableBytes() / 8);
 };
 
 KeptBlocks& keptBlocks() {

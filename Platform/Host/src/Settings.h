@@ -4,13 +4,13 @@
 
 namespace zel::host {
 
-/// Bytes of the machine's memory.
-std::uint64_t machineBytes();
+/// Bytes of memory that this process may use: the machine's, or those of a container with fewer.
+std::uint64_t usableBytes();
 
 /// What the environment asks for, or else the defaults. Read at each call.
 int deviceCountSetting();            ///< ZEL_HOST_DEVICES, 0 to maxDevices, 1 by default
-std::uint64_t deviceBytesSetting();  ///< ZEL_HOST_DEVICE_MIB, three quarters of the machine's by default
-int threadsSetting();                ///< ZEL_HOST_THREADS, all of the machine's by default
+std::uint64_t deviceBytesSetting();  ///< ZEL_HOST_DEVICE_MIB, three quarters of usableBytes() by default
+int threadsSetting();  ///< ZEL_HOST_THREADS, by default all of the machine's or as many as a container may use
 
 inline constexpr int maxDevices = 64;
 
