@@ -19,7 +19,7 @@ struct Scratch {
     std::size_t bytes = 0;
 
     bool suits(std::size_t wanted) const {
-        constexpr std::size_t alwaysKept = std::size_t{8} << 20;
+        constexpr std::size_t alwaysKept = std::size_t{32} << 20;
         // Of just the size asked for, so that AddressSanitizer sees overruns.
         if (underAddressSanitizer) return bytes == wanted;
         return bytes >= wanted && (bytes <= alwaysKept || bytes == wanted);

@@ -1,14 +1,12 @@
 #pragma once
 
+#include <host_runtime/Scratch.h>
+
 #include <cstddef>
-#include <cstdlib>
-#include <memory>
-#include <new>
 
 namespace zel::host {
 
-/// Work memory of the calling thread, kept for its next filter: fresh pages in each call would cost more than the
-/// filters themselves. One at a time on a thread.
+/// The calling thread's scratch memory, cut into arrays for one filter. One at a time on a thread.
 class Scratch {
 public:
     static constexpr std::size_t alignment = 64;
@@ -19,44 +17,20 @@ public:
         return (count * sizeof(T) + 2 * alignment - 1) / alignment * alignment;
     }
 
-    explicit Scratch(std::size_t bytes) {
-        if (bytes <= kept().bytes) return;
-        kept() = {};
-        kept().memory.reset(static_cast<std::byte*>(std::aligned_alloc(alignment, bytes)));
-        if (!kept().memory) throw std::bad_alloc();
-        kept().bytes = bytes;
-    }
-
-    ~Scratch() {
-        constexpr std::size_t keptAtMost = std::size_t{32} << 20;
-        if (kept().bytes > keptAtMost) kept() = {};
-    }
-
+    explicit Scratch(std::size_t bytes) : next_(static_cast<std::byte*>(threadScratch(bytes))) {}
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
     /// The next `count` items, not initialised.
     template <typename T>
     T* take(std::size_t count) {
-        T* const items = reinterpret_cast<T*>(kept().memory.get() + used_);
-        used_ += bytesFor<T>(count);
+        T* const items = reinterpret_cast<T*>(next_);
+        next_ += bytesFor<T>(count);
         return items;
     }
 
 private:
-    struct Free {
-        void operator()(std::byte* memory) const { std::free(memory); }
-    };
-    struct Kept {
-        std::unique_ptr<std::byte, Free> memory;
-        std::size_t bytes = 0;
-    };
-    static Kept& kept() {
-        thread_local Kept memory;
-        return memory;
-    }
-
-    std::size_t used_ = 0;
+    std::byte* next_;
 };
 
 }  // namespace zel::host
