@@ -23,7 +23,7 @@ void expectEachItemOnce(std::size_t count, std::size_t grain) {
 
 }  // namespace
 
-// One caller after the other finds threads that wait for it; of several at once all but one go another way.
+// One caller after the other finds workers that wait for it; several at once find some of them busy.
 TEST(Parallel, ComesToEachItemOnceForAnyNumberOfCallers) {
     const auto loops = [](unsigned seed) {
         std::mt19937 random(seed);

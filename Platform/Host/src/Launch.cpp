@@ -4,10 +4,10 @@
 #include <random>
 #include <vector>
 
-#include "Gang.h"
-#include "Parallel.h"
+#include "Arena.h"
 #include "RuntimeCall.h"
 #include "Streams.h"
+#include "Team.h"
 #include "Ticks.h"
 
 constinit thread_local uint3 blockIdx{};
@@ -87,7 +87,8 @@ std::uint64_t tryBlocks(const Launch& launch, Pace& pace) {
 void runBlocks(const Launch& launch) {
     constexpr double worthSharing = 4000 * ticksPerNanosecond;
     Pace pace{launch.kernel.kernel, launch.blocks(), latestPace.perBlock};
-    if (pace.blocks == 1 || deviceThreads() == 1) return launch.run(0, pace.blocks);
+    const std::size_t threads = pace.blocks == 1 ? 1 : usableThreads();
+    if (threads == 1) return launch.run(0, pace.blocks);
 
     const bool known = latestPace.kernel == pace.kernel && latestPace.blocks == pace.blocks;
     const std::uint64_t done = known ? 0 : tryBlocks(launch, pace);
@@ -97,11 +98,11 @@ void runBlocks(const Launch& launch) {
             launch.run(done, left);
             pace.perBlock = std::max(1.0, static_cast<double>(ticks() - start)) / static_cast<double>(left);
         } else {
-            const double piece = (isGangWaiting() ? 1000 : 4000) * ticksPerNanosecond;
-            parallelRange(done, pace.blocks, static_cast<std::size_t>(std::max(1.0, piece / pace.perBlock)),
-                          [&](std::size_t begin, std::size_t end) { launch.run(begin, end - begin); });
+            const double piece = (isWorkerWaiting() ? 1000 : 4000) * ticksPerNanosecond;
+            parallelFor(left, static_cast<std::size_t>(std::max(1.0, piece / pace.perBlock)),
+                        [&](std::size_t begin, std::size_t end) { launch.run(done + begin, end - begin); });
             // With the cost of sharing in it the pace can only be overrated.
-            const double spent = deviceThreads() * static_cast<double>(ticks() - start);
+            const double spent = static_cast<double>(threads) * static_cast<double>(ticks() - start);
             pace.perBlock = std::min(pace.perBlock, std::max(1.0, spent) / static_cast<double>(left));
         }
     }

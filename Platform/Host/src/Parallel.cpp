@@ -1,64 +1,98 @@
-#include "Parallel.h"
+#include "host_runtime/Parallel.h"
 
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <optional>
+#include <vector>
 
-#include "Dealing.h"
-#include "DeviceCall.h"
-#include "Settings.h"
+#include "Arena.h"
+#include "Team.h"
 
 namespace zel::host {
 namespace {
 
 using Body = std::function<void(std::size_t, std::size_t)>;
 
-/// One loop, and the order between its caller and its pieces: what was written before is seen by the pieces, and what
-/// they write by what comes after. The scheduler sees to that too, but not in the sight of ThreadSanitizer.
-class Loop {
-public:
-    explicit Loop(const Body& body) : body_(body) {}
+struct Piece {
+    std::size_t begin, end;
+};
 
-    void run(std::size_t begin, std::size_t end, std::size_t grain) {
-        order_.store(1, std::memory_order_release);
-        if (!runInGang(begin, end, grain, runPiece, this)) dealPieces(begin, end, grain, runPiece, this);
-        order_.load(std::memory_order_acquire);
-        if (failure_) std::rethrow_exception(failure_);
+/// A worker's part of a loop's items, in a cache line of its own.
+class alignas(64) Share {
+public:
+    void set(std::size_t begin, std::size_t end) {
+        next_.store(begin, std::memory_order_relaxed);
+        end_ = end;
+    }
+
+    /// Half of what is left, so that others find something to help with until the end.
+    std::optional<Piece> take(std::size_t grain) {
+        std::size_t begin = next_.load(std::memory_order_relaxed);
+        while (begin < end_) {
+            const std::size_t left = end_ - begin;
+            const std::size_t end = begin + (left < 2 * grain ? left : std::max(grain, left / 2));
+            if (next_.compare_exchange_weak(begin, end, std::memory_order_relaxed)) return Piece{begin, end};
+        }
+        return std::nullopt;
     }
 
 private:
-    static void runPiece(void* loop, std::size_t begin, std::size_t end) {
-        Loop& self = *static_cast<Loop*>(loop);
-        self.order_.load(std::memory_order_acquire);
-        try {
-            self.body_(begin, end);
-        } catch (...) {
-            if (!self.failed_.exchange(true)) self.failure_ = std::current_exception();
-        }
-        self.order_.fetch_add(1, std::memory_order_release);
+    std::atomic<std::size_t> next_{0};
+    std::size_t end_ = 0;
+};
+
+/// A worker has the same items in each loop of that length: what it wrote in the loop before is still in its own
+/// caches. When it is done with its share it helps with the others'.
+class Loop final : public OpenLoop {
+public:
+    /// @param threads  at most `usable` ones.
+    Loop(std::size_t count, std::size_t grain, std::size_t threads, std::size_t usable, const Body& body)
+        : OpenLoop(threads - 1, usable - 1), shares_(threads), grain_(grain), body_(body) {
+        for (std::size_t i = 0; i < threads; ++i) shares_[i].set(count * i / threads, count * (i + 1) / threads);
     }
 
-    std::atomic<unsigned int> order_{0};
-    std::atomic<bool> failed_{false};
-    std::exception_ptr failure_;  ///< the first that a piece threw
+    void run() {
+        callWorkers();
+        work(0);
+        close();
+        if (failure_) std::rethrow_exception(failure_);
+    }
+
+    void work(std::size_t worker) override {
+        try {
+            while (const auto piece = take(worker)) {
+                body_(piece->begin, piece->end);
+                if (worker == 0) callWorkers();  // others may have become free
+            }
+        } catch (...) {
+            if (!failed_.exchange(true)) failure_ = std::current_exception();
+        }
+    }
+
+private:
+    std::optional<Piece> take(std::size_t worker) {
+        for (std::size_t i = 0; i < shares_.size(); ++i)
+            if (const auto piece = shares_[(worker + i) % shares_.size()].take(grain_)) return piece;
+        return std::nullopt;
+    }
+
+    std::vector<Share> shares_;
+    const std::size_t grain_;
     const Body& body_;
+    std::atomic<bool> failed_{false};
+    std::exception_ptr failure_;  ///< the first that a thread met
 };
 
 }  // namespace
 
-int deviceThreads() {
-    static const int threads = threadsSetting();
-    return threads;
-}
-
-void parallelRange(std::size_t begin, std::size_t end, std::size_t grain, const Body& body) {
-    if (begin >= end) return;
-    if (end - begin <= grain || deviceThreads() == 1) return body(begin, end);
-    Loop(body).run(begin, end, std::max<std::size_t>(1, grain));
-}
-
 void parallelFor(std::size_t count, std::size_t grain, const Body& body) {
-    parallelRange(0, count, grain, body);
+    if (count == 0) return;
+    grain = std::max<std::size_t>(1, grain);
+    const std::size_t pieces = (count - 1) / grain + 1;
+    const std::size_t usable = pieces == 1 ? 1 : usableThreads();
+    if (usable == 1) return body(0, count);
+    Loop(count, grain, std::min(pieces, usable), usable, body).run();
 }
 
 }  // namespace zel::host
