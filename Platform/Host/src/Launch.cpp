@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <optional>
 #include <random>
@@ -56,14 +57,27 @@ void runShuffled(const Launch& launch, std::uint64_t seed) {
     for (const std::uint64_t block : order) launch.run(block, 1);
 }
 
-/// What a block of a thread's latest launch cost, in ticks: a volume is filtered by as many launches of the same kind
-/// as it has slices.
+/// Measured cost per block of a kernel's last launch, in ticks; 0 before it is known.
 struct Pace {
     const void* kernel = nullptr;
     std::uint64_t blocks = 0;
     double perBlock = 0;
 };
-constinit thread_local Pace latestPace;
+
+/// The paces of this thread's last launches: a volume is filtered by launches of the same few kernels for each slice.
+class Paces {
+public:
+    Pace& of(const void* kernel, std::uint64_t blocks) {
+        for (Pace& pace : paces_)
+            if (pace.kernel == kernel && pace.blocks == blocks) return pace;
+        return paces_[oldest_++ % paces_.size()] = {kernel, blocks, 0};
+    }
+
+private:
+    std::array<Pace, 8> paces_{};
+    std::size_t oldest_ = 0;
+};
+constinit thread_local Paces paces;
 
 /// Runs 1, 2, 4, ... blocks until their pace is known or all are done. Gives how many.
 std::uint64_t tryBlocks(const Launch& launch, Pace& pace) {
@@ -83,30 +97,29 @@ std::uint64_t tryBlocks(const Launch& launch, Pace& pace) {
 
 /// Handing blocks to other threads costs up to some microseconds. So the calling thread learns the blocks' pace first,
 /// hands over only what is worth it, and in pieces that outweigh their dealing. A kernel whose arguments have changed
-/// since its latest launch may run at another pace: one launch is then dealt badly, and the next one knows.
+/// since its last launch may run at another pace: one launch is then dealt badly, and the next one knows.
 void runBlocks(const Launch& launch) {
     constexpr double worthSharing = 4000 * ticksPerNanosecond;
-    Pace pace{launch.kernel.kernel, launch.blocks(), latestPace.perBlock};
-    const std::size_t threads = pace.blocks == 1 ? 1 : usableThreads();
-    if (threads == 1) return launch.run(0, pace.blocks);
+    const std::uint64_t blocks = launch.blocks();
+    const std::size_t threads = blocks == 1 ? 1 : usableThreads();
+    if (threads == 1) return launch.run(0, blocks);
 
-    const bool known = latestPace.kernel == pace.kernel && latestPace.blocks == pace.blocks;
-    const std::uint64_t done = known ? 0 : tryBlocks(launch, pace);
-    if (const std::uint64_t left = pace.blocks - done; left != 0) {
-        const std::uint64_t start = ticks();
-        if (pace.perBlock * static_cast<double>(left) < worthSharing) {
-            launch.run(done, left);
-            pace.perBlock = std::max(1.0, static_cast<double>(ticks() - start)) / static_cast<double>(left);
-        } else {
-            const double piece = (isWorkerWaiting() ? 1000 : 4000) * ticksPerNanosecond;
-            parallelFor(left, static_cast<std::size_t>(std::max(1.0, piece / pace.perBlock)),
-                        [&](std::size_t begin, std::size_t end) { launch.run(done + begin, end - begin); });
-            // With the cost of sharing in it the pace can only be overrated.
-            const double spent = static_cast<double>(threads) * static_cast<double>(ticks() - start);
-            pace.perBlock = std::min(pace.perBlock, std::max(1.0, spent) / static_cast<double>(left));
-        }
+    Pace& pace = paces.of(launch.kernel.kernel, blocks);
+    const std::uint64_t done = pace.perBlock != 0 ? 0 : tryBlocks(launch, pace);
+    const std::uint64_t left = blocks - done;
+    if (left == 0) return;
+    const std::uint64_t start = ticks();
+    const auto spent = [&] { return std::max(1.0, static_cast<double>(ticks() - start)); };
+    if (pace.perBlock * static_cast<double>(left) < worthSharing) {
+        launch.run(done, left);
+        pace.perBlock = spent() / static_cast<double>(left);
+    } else {
+        const double piece = (isWorkerWaiting() ? 1000 : 4000) * ticksPerNanosecond;
+        parallelFor(left, static_cast<std::size_t>(std::max(1.0, piece / pace.perBlock)),
+                    [&](std::size_t begin, std::size_t end) { launch.run(done + begin, end - begin); });
+        // With the cost of sharing in it the pace can only be overrated.
+        pace.perBlock = std::min(pace.perBlock, static_cast<double>(threads) * spent() / static_cast<double>(left));
     }
-    latestPace = pace;
 }
 
 void execute(const Launch& launch) {
