@@ -1,4 +1,4 @@
-#include "Cgroups.h"
+#include "Device/Cgroups.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "Npp/BoxDivision.h"
+#include "Npp/Box/BoxDivision.h"
 #include "NppImage.h"
 
 namespace zel::test {

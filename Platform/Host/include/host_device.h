@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "host_runtime/export.h"
+
 /// What a test, a benchmark or a curious program can see of the host device and ask of it. Product code never includes
 /// this header: to the system, the host device is just a GPU.
 namespace zel::host {
@@ -18,15 +20,15 @@ struct DeviceUse {
 
     bool operator==(const DeviceUse&) const = default;
 };
-DeviceUse deviceUse();
-void resetPeakBytes();
+ZEL_HOST_API DeviceUse deviceUse();
+ZEL_HOST_API void resetPeakBytes();
 
 /// Calls since resetCallCounts(), by the vendor's name of the function ("cudaMalloc",
 /// "nppiFilterBoxBorder_8u_C1R_Ctx"). All launches count as "cudaLaunchKernelEx".
-std::uint64_t callCount(std::string_view name);
+ZEL_HOST_API std::uint64_t callCount(std::string_view name);
 /// Calls of all functions together.
-std::uint64_t callCount();
-void resetCallCounts();
+ZEL_HOST_API std::uint64_t callCount();
+ZEL_HOST_API void resetCallCounts();
 
 /// A refused call returns its status, and the next cudaGetLastError() gives it once. A failed call is sticky: each
 /// later call returns the status too, until cudaDeviceReset().
@@ -36,16 +38,16 @@ struct Fault {
     std::string call;       ///< the vendor's name; empty for any call
     std::uint64_t nth = 1;  ///< counted from injectFault() on, the next one being 1
     FaultKind kind = FaultKind::refused;
-    int status =
-        0;  ///< the cudaError_t, NppStatus or cufftResult to return; 0 picks a fitting one by the call's family
+    /// The cudaError_t, NppStatus or cufftResult to return; 0 picks a fitting one by the call's family.
+    int status = 0;
 };
 
 /// Arms one fault in place of any other. It fires once.
-void injectFault(const Fault& fault);
+ZEL_HOST_API void injectFault(const Fault& fault);
 /// Disarms the fault, and takes a sticky one back.
-void clearFault();
+ZEL_HOST_API void clearFault();
 /// Whether the last armed fault has fired.
-bool faultFired();
+ZEL_HOST_API bool faultFired();
 
 /// Modes that bring out faults which a CPU hides. Switch them while no allocation is alive.
 struct TestModes {
@@ -56,10 +58,10 @@ struct TestModes {
     std::uint64_t blockShuffleSeed = 0;  ///< not 0: blocks run in an order drawn from it
     bool strictReleases = false;         ///< giving back what a reset has ended leaves a pending error, as on a GPU
 };
-TestModes testModes();
+ZEL_HOST_API TestModes testModes();
 
 /// Sets the modes for a scope.
-class ScopedTestModes {
+class ZEL_HOST_API ScopedTestModes {
 public:
     explicit ScopedTestModes(const TestModes& modes);
     ~ScopedTestModes();
@@ -72,7 +74,7 @@ private:
 
 /// Another number of devices (0 is legal) of another capacity for a scope. ZEL_HOST_DEVICES and ZEL_HOST_DEVICE_MIB
 /// give the values outside it.
-class ScopedDevices {
+class ZEL_HOST_API ScopedDevices {
 public:
     ScopedDevices(int count, std::uint64_t bytesEach);
     ~ScopedDevices();

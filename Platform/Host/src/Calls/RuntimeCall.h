@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Calls/VendorCall.h"
+#include "Device/Devices.h"
+#include "Device/Modes.h"
+#include "Device/PendingError.h"
+
+namespace zel::host {
+
+/// A call of the runtime: its status is reported.
+template <class Body>
+cudaError_t runtimeCall(const char* name, Body body) {
+    return vendorCall<CallFamily::runtime>(name, [&] { return report(body()); });
+}
+
+/// A runtime call that needs a current device.
+template <class Body>
+cudaError_t deviceCall(const char* name, Body body) {
+    return runtimeCall(name, [&] {
+        const cudaError_t status = checkCurrentDevice();
+        return status == cudaSuccess ? body() : status;
+    });
+}
+
+/// A call that gives something back does so under a fault too: nobody could do it again later, and what a test then
+/// finds alive is what the system under test forgot.
+template <class Body>
+cudaError_t releasingCall(const char* name, Body body) {
+    return guarded<CallFamily::runtime>([&] {
+        const auto fault = enterCall(name);
+        const cudaError_t status = body();
+        return fault ? static_cast<cudaError_t>(*fault) : status;
+    });
+}
+
+/// The status of giving back what a reset has ended. Its holder is on its way out after an error, and must not leave a
+/// second one; under strict releases it is the holder who has to see to that, as on a GPU.
+inline cudaError_t releasedTooLate(cudaError_t status) {
+    return modes.strictReleases ? report(status) : status;
+}
+
+}  // namespace zel::host

@@ -1,0 +1,7 @@
+#include "Device/Modes.h"
+
+namespace zel::host {
+
+constinit Modes modes;
+
+}  // namespace zel::host

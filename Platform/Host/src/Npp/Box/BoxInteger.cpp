@@ -1,0 +1,138 @@
+#include "Npp/Box/Box.h"
+#include "Npp/Box/BoxDivision.h"
+#include "Npp/Box/PrefixSum.h"
+#include "Npp/Common/Scratch.h"
+
+namespace zel::host {
+namespace {
+
+constexpr std::ptrdiff_t stripWidth = 2048;
+
+// All sums are taken modulo a power of two above the largest window sum, so that sliding and prefix sums may wrap on
+// the way and the result is exact.
+
+template <typename Column, typename Pixel>
+void addRow(Column* columns, const Pixel* row, std::ptrdiff_t count, std::uint64_t times) {
+    const auto factor = static_cast<Column>(times);
+#pragma omp simd
+    for (std::ptrdiff_t x = 0; x < count; ++x) {
+        columns[x] = static_cast<Column>(columns[x] + factor * static_cast<Column>(row[x]));
+    }
+}
+
+template <typename Column, typename Pixel>
+void slideRow(Column* columns, const Pixel* entering, const Pixel* leaving, std::ptrdiff_t count) {
+#pragma omp simd
+    for (std::ptrdiff_t x = 0; x < count; ++x) {
+        columns[x] =
+            static_cast<Column>(columns[x] + static_cast<Column>(entering[x]) - static_cast<Column>(leaving[x]));
+    }
+}
+
+/// columns[x] = sum of source column first + x under the window of output row y.
+template <typename Column, typename Pixel>
+void startColumns(const BoxJob<Pixel>& job, std::ptrdiff_t y, std::ptrdiff_t first, Column* columns,
+                  std::ptrdiff_t count) {
+    const WindowAxis& window = job.windowY;
+    std::fill_n(columns, count, Column{0});
+    addRow(columns, job.srcRow(0) + first, count, window.firstTimes);
+    addRow(columns, job.srcRow(job.size.height - 1) + first, count, window.lastTimes);
+    const std::ptrdiff_t top = job.offset.y + y - window.before;
+    for (std::ptrdiff_t j = 0; j < window.size; ++j) addRow(columns, job.srcRow(top + j) + first, count, 1);
+}
+
+template <typename Column, typename Pixel>
+void slideColumns(const BoxJob<Pixel>& job, std::ptrdiff_t y, std::ptrdiff_t first, Column* columns,
+                  std::ptrdiff_t count) {
+    const std::ptrdiff_t top = job.offset.y + y - job.windowY.before;
+    slideRow(columns, job.srcRow(top + job.windowY.size - 1) + first, job.srcRow(top - 1) + first, count);
+}
+
+/// Output pixel x from the prefix sums of its row; sums[-1] is 0.
+template <typename Sum, typename Division, typename Pixel>
+void divideRow(const Sum* sums, std::ptrdiff_t windowSize, Sum repeated, const Division& division, Pixel* dst,
+               std::ptrdiff_t count) {
+    const Sum* const before = sums - 1;
+    const Sum* const last = before + windowSize;
+#pragma omp simd
+    for (std::ptrdiff_t x = 0; x < count; ++x) {
+        dst[x] = division.template divide<Pixel>(static_cast<Sum>(last[x] - before[x] + repeated));
+    }
+}
+
+/// What the pixels add that count beside the window along x, from the padded column sums of one row. The image's border
+/// columns are among them whenever such pixels exist: the window then reaches both ends or more.
+template <typename Sum, typename Column>
+Sum repeatedColumns(const WindowAxis& window, const Column* columns, std::ptrdiff_t padded) {
+    return static_cast<Sum>(static_cast<Sum>(window.firstTimes) * static_cast<Sum>(columns[0]) +
+                            static_cast<Sum>(window.lastTimes) * static_cast<Sum>(columns[padded - 1]));
+}
+
+template <typename Column, typename Sum, typename Division, typename Pixel>
+void filterStrip(const BoxJob<Pixel>& job, std::ptrdiff_t top, std::ptrdiff_t bottom, std::ptrdiff_t left,
+                 std::ptrdiff_t right) {
+    const Division division(job.area);
+    const SourceColumns source(job, job.windowX, left, right);
+    const auto padded = static_cast<std::size_t>(source.padded());
+    constexpr std::size_t lead = Scratch::alignment / sizeof(Sum);
+    Scratch scratch(Scratch::bytesFor<Column>(padded) + Scratch::bytesFor<Sum>(lead + padded));
+    Column* const columns = scratch.take<Column>(padded);
+    Sum* const sums = scratch.take<Sum>(lead + padded) + lead;
+    sums[-1] = 0;
+    for (std::ptrdiff_t y = top; y < bottom; ++y) {
+        if (y == top) {
+            startColumns(job, y, source.first, columns + source.padLeft, source.count);
+        } else {
+            slideColumns(job, y, source.first, columns + source.padLeft, source.count);
+        }
+        source.pad(columns);
+        prefixSum(columns, sums, padded);
+        const Sum repeated = repeatedColumns<Sum>(job.windowX, columns, source.padded());
+        divideRow(sums, job.windowX.size, repeated, division, job.dstRow(y) + left, right - left);
+    }
+}
+
+/// Strips keep a row's sums in the first-level cache.
+template <typename Column, typename Sum, typename Division, typename Pixel>
+void filterRows(const BoxJob<Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    const std::ptrdiff_t width = std::max<std::ptrdiff_t>(stripWidth, 4 * job.windowX.size);
+    for (std::ptrdiff_t left = 0; left < job.roi.width; left += width) {
+        const std::ptrdiff_t right = std::min<std::ptrdiff_t>(left + width, job.roi.width);
+        filterStrip<Column, Sum, Division>(job, begin, end, left, right);
+    }
+}
+
+template <typename Pixel>
+void filterRowsLong(const BoxJob<Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    constexpr std::uint64_t largest = std::uint64_t{1} << (std::is_signed_v<Pixel> ? 16 : 8 * sizeof(Pixel));
+    if (job.area <= (std::uint64_t{1} << 32) / largest) {
+        filterRows<std::uint32_t, std::uint32_t, DoubleDivision>(job, begin, end);
+    } else if (job.area < DoubleDivision::areaLimit) {
+        filterRows<std::uint64_t, std::uint64_t, DoubleDivision>(job, begin, end);
+    } else {
+        filterRows<Unsigned128, Unsigned128, WideDivision>(job, begin, end);
+    }
+}
+
+}  // namespace
+
+void filterBoxRows(const BoxJob<Npp8u>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    constexpr std::uint64_t shortSums = 0xFFFF / 0xFF;
+    if (job.area <= shortSums) {
+        filterRows<std::uint16_t, std::uint16_t, ShortDivision>(job, begin, end);
+    } else if (job.maskHeight <= shortSums && job.area < FloatDivision::areaLimit) {
+        filterRows<std::uint16_t, std::uint32_t, FloatDivision>(job, begin, end);
+    } else {
+        filterRowsLong(job, begin, end);
+    }
+}
+
+void filterBoxRows(const BoxJob<Npp16u>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    filterRowsLong(job, begin, end);
+}
+
+void filterBoxRows(const BoxJob<Npp16s>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    filterRowsLong(job, begin, end);
+}
+
+}  // namespace zel::host

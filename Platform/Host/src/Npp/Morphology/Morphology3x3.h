@@ -1,0 +1,154 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <type_traits>
+
+#include "Npp/Common/FilterJob.h"
+#include "Npp/Common/Scratch.h"
+#include "Npp/Morphology/StructuringElement.h"
+
+namespace zel::host {
+
+// Erosion or dilation by the two elements of radius 1, which larger ones are made of pass by pass: close to the speed
+// of a copy, since a pass is little more than one.
+
+namespace detail {
+
+/// Room for what the latest three source rows have come to.
+template <typename Key>
+class RowRing {
+public:
+    RowRing(Scratch& scratch, std::ptrdiff_t columns) {
+        for (Key*& row : rows_) row = scratch.take<Key>(static_cast<std::size_t>(columns));
+    }
+    static std::size_t bytesFor(std::ptrdiff_t columns) {
+        return 3 * Scratch::bytesFor<Key>(static_cast<std::size_t>(columns));
+    }
+
+    /// @param y  at least -1.
+    Key* row(std::ptrdiff_t y) const { return rows_[static_cast<std::size_t>(y + 1) % rows_.size()]; }
+
+private:
+    std::array<Key*, 3> rows_{};
+};
+
+/// Calls body(x, left, here, right) for output columns x = 0 ... count - 1 with the source columns under the pixel and
+/// its neighbours. At the image's edge the pixel stands for the neighbour beyond it. The body is a copy, as are the
+/// bounds: bytes that it writes could be part of anything that has an address.
+template <typename Body>
+[[gnu::always_inline]] inline void forEachColumn(const SourceColumns& source, std::ptrdiff_t count, Body body) {
+    const std::ptrdiff_t begin = source.padLeft;
+    const std::ptrdiff_t end = count - source.padRight;
+#pragma omp simd
+    for (std::ptrdiff_t x = begin; x < end; ++x) body(x, x - begin, x - begin + 1, x - begin + 2);
+    const std::ptrdiff_t last = source.count - 1;
+    if (source.padLeft == 1) body(0, 0, 0, std::min<std::ptrdiff_t>(1, last));
+    if (source.padRight == 1) body(count - 1, std::max<std::ptrdiff_t>(last - 1, 0), last, last);
+}
+
+/// A strip of an image's output columns, filtered from row to row.
+template <typename Order>
+class Strip {
+public:
+    using Key = typename Order::Key;
+
+    Strip(const FilterJob<typename Order::Pixel>& job, std::ptrdiff_t left, std::ptrdiff_t right)
+        : job_(job),
+          left_(left),
+          count_(right - left),
+          source_(job, MaskWindow{1, 3}, left, right),
+          scratch_(RowRing<Key>::bytesFor(source_.count) + RowRing<Key>::bytesFor(count_)),
+          keys_(scratch_, source_.count),
+          bests_(scratch_, count_) {}
+
+    /// Each source row's bests of three columns serve three output rows.
+    void filterBySquare(std::ptrdiff_t top, std::ptrdiff_t bottom) const {
+        const auto bestsOfThree = [&](std::ptrdiff_t y) {
+            const Key* const row = keysOf(y);
+            Key* __restrict const bests = bests_.row(y);
+            forEachColumn(source_, count_, [=](auto x, auto left, auto here, auto right) {
+                bests[x] = Order::best(Order::best(row[left], row[right]), row[here]);
+            });
+            return static_cast<const Key*>(bests);
+        };
+        const Key* above = bestsOfThree(top - 1);
+        const Key* here = bestsOfThree(top);
+        for (std::ptrdiff_t y = top; y < bottom; ++y) {
+            const Key* const below = bestsOfThree(y + 1);
+            auto* const dst = job_.dstRow(y) + left_;
+            const std::ptrdiff_t count = count_;
+#pragma omp simd
+            for (std::ptrdiff_t x = 0; x < count; ++x) {
+                dst[x] = Order::pixelOf(Order::best(Order::best(above[x], below[x]), here[x]));
+            }
+            above = here;
+            here = below;
+        }
+    }
+
+    void filterByCross(std::ptrdiff_t top, std::ptrdiff_t bottom) const {
+        const Key* above = keysOf(top - 1);
+        const Key* row = keysOf(top);
+        for (std::ptrdiff_t y = top; y < bottom; ++y) {
+            const Key* const below = keysOf(y + 1);
+            auto* const dst = job_.dstRow(y) + left_;
+            forEachColumn(source_, count_, [=](auto x, auto left, auto here, auto right) {
+                const Key vertical = Order::best(above[here], below[here]);
+                const Key horizontal = Order::best(row[left], row[right]);
+                dst[x] = Order::pixelOf(Order::best(Order::best(vertical, horizontal), row[here]));
+            });
+            above = row;
+            row = below;
+        }
+    }
+
+private:
+    /// The source row at output row y. Pixels that are their own keys are taken from where they are, others are turned
+    /// into keys once.
+    const Key* keysOf(std::ptrdiff_t y) const {
+        const auto* const row = job_.srcRow(job_.offset.y + y) + source_.first;
+        if constexpr (std::is_same_v<Key, typename Order::Pixel>) {
+            return row;
+        } else {
+            Key* const keys = keys_.row(y);
+            std::transform(row, row + source_.count, keys, Order::keyOf);
+            return keys;
+        }
+    }
+
+    const FilterJob<typename Order::Pixel>& job_;
+    std::ptrdiff_t left_;
+    std::ptrdiff_t count_;
+    SourceColumns source_;
+    Scratch scratch_;
+    RowRing<Key> keys_;
+    RowRing<Key> bests_;
+};
+
+/// filterStrip(strip) for strips that cover a region. They are wide, since memory is read ahead along rows; the rows at
+/// hand stay in the second-level cache.
+template <typename Order, typename FilterStrip>
+void forEachStrip(const FilterJob<typename Order::Pixel>& job, const FilterStrip& filterStrip) {
+    constexpr std::ptrdiff_t stripWidth = 16384 / sizeof(typename Order::Key);
+    for (std::ptrdiff_t left = 0; left < job.roi.width; left += stripWidth) {
+        filterStrip(Strip<Order>(job, left, std::min<std::ptrdiff_t>(left + stripWidth, job.roi.width)));
+    }
+}
+
+}  // namespace detail
+
+/// Output rows [begin, end) by the square of 3 by 3 pixels.
+template <typename Order>
+void filterSquareRows(const FilterJob<typename Order::Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    detail::forEachStrip<Order>(job, [&](const auto& strip) { strip.filterBySquare(begin, end); });
+}
+
+/// Output rows [begin, end) by a pixel and its four neighbours.
+template <typename Order>
+void filterCrossRows(const FilterJob<typename Order::Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    detail::forEachStrip<Order>(job, [&](const auto& strip) { strip.filterByCross(begin, end); });
+}
+
+}  // namespace zel::host
