@@ -1,7 +1,7 @@
 #pragma once
 
 /// The words in which kernels say what the threads of a block do. Here a lane is a thread, and each word a thin layer
-/// over threadIdx.
+/// over threadIdx. What each word promises is written beside its host form, in Platform/Host/include/lanes.
 
 #include "lanes/Block.h"
 #include "lanes/Bundles.h"

@@ -10,46 +10,39 @@
 // Words for kernels whose blocks walk over the lines of an image. blockBarrier() may stand inside their bodies.
 namespace zel::cuda {
 
-/// Calls body(o, l) for l = 0 ... count - 1 of each o = 0 ... outer - 1, dealt to the blocks: each line is one block's.
 template <class Body>
 __device__ __forceinline__ void forEachLine(std::uint64_t outer, std::uint64_t count, Body body) {
     for (std::uint64_t o = 0; o < outer; ++o)
         for (std::uint64_t l = blockNumber(); l < count; l += blockCount()) body(o, l);
 }
 
-/// As forEachLine() for lines that lie side by side: calls body(o, bundle) for bundles of adjacent lines.
 template <class Body>
 __device__ __forceinline__ void forEachLineBundle(std::uint64_t outer, std::uint64_t count, Body body) {
     forEachLine(outer, count, [=](std::uint64_t o, std::uint64_t l) { body(o, ScalarBundle{l}); });
 }
 
-/// Calls body(p) for the positions 0 ... count - 1 of a line, dealt to the lanes. For bodies that work on bundles.
 template <class Body>
 __device__ __forceinline__ void forEachPosition(std::uint64_t count, Body body) {
     forEachColumn(count, body);
 }
 
-/// A copy of the lines of a bundle, which is one line.
 template <class T>
 class BundleLines {
 public:
     __device__ __forceinline__ explicit BundleLines(LaneShared<T>* values) : values_(values) {}
 
     __device__ __forceinline__ T operator()(std::uint64_t position, unsigned int) const { return values_[position]; }
-    /// Sets one position.
     __device__ __forceinline__ void store(std::uint64_t position, const T* pixel) const { values_[position] = *pixel; }
 
 private:
     LaneShared<T>* values_;
 };
 
-/// Room for lines of a bundle: the block's scratch line.
 template <class T>
 __device__ __forceinline__ BundleLines<T> bundleLines(ScalarBundle, volatile T* line, std::uint64_t) {
     return BundleLines<T>(line);
 }
 
-/// Sets one position of a line, or of all lines of a bundle.
 template <class T>
 __device__ __forceinline__ void storePosition(volatile T* line, std::uint64_t position, const T* pixel) {
     line[position] = *pixel;
@@ -59,8 +52,6 @@ __device__ __forceinline__ void storePosition(const BundleLines<T>& lines, std::
     lines.store(position, pixel);
 }
 
-/// line[i] = row[table[i]] for i = lane, lane + stride, ... below count. Neighbouring entries differ by at most 1, as
-/// in a mirrored line.
 template <class T>
 __device__ __forceinline__ void copyByTable(LaneShared<T>* line, const T* row,
                                             const LaneShared<unsigned long long>* table, std::uint64_t count,

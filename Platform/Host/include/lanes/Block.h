@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "BlockNumber.h"
+
 namespace zel::cuda {
 
 /// Memory that lanes of a block exchange values through.
@@ -17,14 +19,6 @@ __forceinline__ void blockBarrier() {}
 template <class T>
 __forceinline__ T* dynamicShared() {
     return static_cast<T*>(zel::host::blockSharedMemory);
-}
-
-/// The block's place among all blocks of the grid, and how many there are.
-__forceinline__ std::uint64_t blockNumber() {
-    return blockIdx.x + std::uint64_t{gridDim.x} * (blockIdx.y + std::uint64_t{gridDim.y} * blockIdx.z);
-}
-__forceinline__ std::uint64_t blockCount() {
-    return std::uint64_t{gridDim.x} * gridDim.y * gridDim.z;
 }
 
 /// Calls body() once a block.
