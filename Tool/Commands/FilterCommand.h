@@ -8,7 +8,7 @@
 
 namespace zel::tool {
 
-/// A command that filters an image file, whatever its algorithm.
+/// A command that filters an image file, with any algorithm.
 class AnyFilterCommand : public Command {
 public:
     void addOptions(CLI::App& app) final;

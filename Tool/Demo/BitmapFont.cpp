@@ -51,7 +51,7 @@ bool isSet(char character, std::size_t column, std::size_t row) {
     return (glyphs[character - firstGlyph][column] >> row & 1) != 0;
 }
 
-/// Sets a square of pixels, as far as it lies in the picture.
+/// Sets a square of pixels, clipped at the picture's edges.
 void fillSquare(HostImage& picture, std::size_t left, std::size_t top, std::size_t side, unsigned char value) {
     auto* const pixels = static_cast<unsigned char*>(picture.data());
     for (std::size_t y = top; y < top + side && y < picture.getDimension(1); ++y) {

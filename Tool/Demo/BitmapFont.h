@@ -10,7 +10,7 @@ namespace zel::tool {
 inline constexpr std::size_t characterWidth = 6;
 inline constexpr std::size_t characterHeight = 8;
 
-/// Writes printable ASCII into a uint8 picture; what does not fit in is cut off. Any other character is a question
+/// Draws printable ASCII text into a uint8 picture, clipped at its edges. Any other character is drawn as a question
 /// mark.
 /// @param left, top  of the first character's cell.
 /// @param scale      pixels of the picture for one of the font.

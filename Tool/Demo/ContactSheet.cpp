@@ -18,10 +18,10 @@ constexpr std::size_t margin = 16;
 constexpr std::size_t textScale = 2;
 constexpr std::size_t captionHeight = characterHeight * textScale + 8;
 constexpr std::size_t panelsPerRow = 4;
-constexpr unsigned char paper = 24;
-constexpr unsigned char ink = 230;
+constexpr unsigned char background = 24;
+constexpr unsigned char textBrightness = 230;
 
-/// A slice of numbers.
+/// A slice, as numbers.
 struct Slice {
     std::size_t width;
     std::size_t height;
@@ -38,7 +38,7 @@ Slice middleSlice(const ImageModel& image) {
     return slice;
 }
 
-/// Maps the values to 0 to 255, whatever their range is.
+/// Maps the range of the values to 0 to 255. What is not finite becomes 0.
 void stretch(Slice& slice) {
     double low = HUGE_VAL, high = -HUGE_VAL;
     for (const double value : slice.values) {
@@ -50,7 +50,7 @@ void stretch(Slice& slice) {
     for (double& value : slice.values) value = std::isfinite(value) ? (value - low) * scale : 0;
 }
 
-/// Mean of the part of the slice that falls on pixel (x, y) of a panel; at least one value.
+/// Mean of the values that pixel (x, y) of a panel covers; at least one.
 double meanUnder(const Slice& slice, double perPixel, std::size_t x, std::size_t y) {
     const auto begin = [=](std::size_t pixel) {
         return static_cast<std::size_t>(static_cast<double>(pixel) * perPixel);
@@ -99,14 +99,15 @@ HostImage ContactSheet::render() const {
     const std::size_t rows = (panels_.size() + columns - 1) / columns;
     const std::size_t cellWidth = panelSide + margin, cellHeight = panelSide + captionHeight + margin;
     HostImage sheet(VoxelTypes::uint8, {margin + columns * cellWidth, margin + rows * cellHeight});
-    std::memset(sheet.data(), paper, sheet.extentBytes());
+    std::memset(sheet.data(), background, sheet.extentBytes());
     for (std::size_t i = 0; i < panels_.size(); ++i) {
         const std::size_t left = margin + i % columns * cellWidth, top = margin + i / columns * cellHeight;
         paste(panels_[i].picture, sheet, left, top);
         const std::size_t fitting = panelSide / (characterWidth * textScale);
         const std::string& caption = panels_[i].caption;
         const std::size_t scale = caption.size() <= fitting ? textScale : 1;
-        drawText(sheet, caption.substr(0, panelSide / (characterWidth * scale)), left, top + panelSide + 6, scale, ink);
+        drawText(sheet, caption.substr(0, panelSide / (characterWidth * scale)), left, top + panelSide + 6, scale,
+                 textBrightness);
     }
     return sheet;
 }

@@ -10,8 +10,8 @@ namespace zel::tool {
 /// One picture that shows many, each with a caption under it.
 class ContactSheet {
 public:
-    /// Adds an image of any real type: its middle slice, shrunk or enlarged to the panel. uint8 is shown as it is,
-    /// other types from their smallest value in black to their largest in white.
+    /// Adds the middle slice of an image of any real type, scaled to the panel's size. uint8 is shown unchanged, other
+    /// types from their smallest value in black to their largest in white.
     void add(const ImageModel& image, const std::string& caption);
 
     /// The panels added so far, row by row, as uint8.

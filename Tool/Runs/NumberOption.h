@@ -30,7 +30,7 @@ std::optional<std::vector<Number>> parseNumbers(std::string_view text, const Num
 template <typename Number>
 std::string toText(const NumberFormat<Number>& format);
 
-/// Adds an option that takes numbers. Its help tells their range and unit.
+/// Adds an option that takes numbers. Its help shows their range and unit.
 /// @param set  called with the numbers when the option is given.
 template <typename Number>
 CLI::Option* addNumberOption(CLI::App& app, const OptionWords& words, const NumberFormat<Number>& format,

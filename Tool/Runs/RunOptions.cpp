@@ -49,7 +49,7 @@ void RunOptions::addTo(CLI::App& app) {
     addChoiceOption<Placement>(app,
                                {.name = "--placement",
                                 .values = "PLACE",
-                                .description = "Memory that input and output lie in during the run: host or device",
+                                .description = "Memory for input and output during the run: host or device",
                                 .defaultText = "host"},
                                {{"host", Placement::host}, {"device", Placement::device}},
                                [this](Placement chosen) { placement = chosen; })

@@ -5,7 +5,7 @@
 
 namespace zel::tool {
 
-/// The memory that an algorithm's input and output lie in.
+/// The memory for an algorithm's input and output.
 enum class Placement { host, device };
 
 /// The size of tiles, in voxels.

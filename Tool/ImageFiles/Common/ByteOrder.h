@@ -6,7 +6,7 @@
 
 namespace zel::tool {
 
-/// Turns numbers that lie side by side into the other byte order; a complex number is two of them.
+/// Reverses the byte order of adjacent numbers; a complex number counts as two.
 void swapBytes(void* numbers, std::size_t byteCount, VoxelTypes type);
 
 }  // namespace zel::tool

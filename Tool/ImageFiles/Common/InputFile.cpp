@@ -57,12 +57,12 @@ InputFile::~InputFile() {
     close(descriptor_);
 }
 
-template <typename ReadPart>
-std::size_t InputFile::fill(void* buffer, std::size_t count, ReadPart&& readPart) const {
+template <typename ReadSome>
+std::size_t InputFile::fill(void* buffer, std::size_t count, ReadSome&& readSome) const {
     std::size_t done = 0;
     while (done < count) {
         checkInterrupt();
-        const ssize_t got = readPart(static_cast<std::byte*>(buffer) + done, std::min(count - done, bytesPerCall));
+        const ssize_t got = readSome(static_cast<std::byte*>(buffer) + done, std::min(count - done, bytesPerCall));
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) throw FileError::reading(path_, systemErrorText(errno));
         if (got == 0) break;

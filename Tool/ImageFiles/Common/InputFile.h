@@ -40,9 +40,9 @@ public:
     void requireMemory(unsigned long long imageBytes) const;
 
 private:
-    /// Calls readPart(bytes, count) until the buffer is full or the file at its end.
-    template <typename ReadPart>
-    std::size_t fill(void* buffer, std::size_t count, ReadPart&& readPart) const;
+    /// Calls readSome(bytes, count) until the buffer is full or the file at its end.
+    template <typename ReadSome>
+    std::size_t fill(void* buffer, std::size_t count, ReadSome&& readSome) const;
 
     std::string path_;
     int descriptor_;

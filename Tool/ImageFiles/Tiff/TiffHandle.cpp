@@ -61,13 +61,13 @@ void TiffHandle::open(const std::string& path, const char* mode) {
     check(tiff_ != nullptr, "it");
 }
 
-void TiffHandle::check(bool hasSucceeded, const std::string& part, std::string_view silentReason) {
+void TiffHandle::check(bool hasSucceeded, const std::string& what, std::string_view silentReason) {
     if (exception_) std::rethrow_exception(exception_);
     std::string reason = std::exchange(message_, {}).data();
     if (hasSucceeded) return;
     if (reason.empty()) reason = silentReason;
     if (output_ != nullptr) throw FileError::writing(output_->path(), reason);
-    throw FileError::reading(input_->path(), part + " is damaged: " + reason);
+    throw FileError::reading(input_->path(), what + " is damaged: " + reason);
 }
 
 template <typename Result, typename Transfer>

@@ -33,10 +33,10 @@ public:
     bool hasErrors() const { return message_[0] != '\0'; }
 
     /// Call it with the result of each call of libtiff, right after it.
-    /// @param part          what was read or written, for the message: "its page 3".
+    /// @param what          what was read or written, for the message: "its page 3".
     /// @param silentReason  for the message when libtiff gives no reason.
     /// @throws what the file raised inside of the call, else FileError with libtiff's reason.
-    void check(bool hasSucceeded, const std::string& part, std::string_view silentReason = "no reason is known");
+    void check(bool hasSucceeded, const std::string& what, std::string_view silentReason = "no reason is known");
 
 private:
     struct CleanUp {

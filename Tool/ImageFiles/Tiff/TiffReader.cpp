@@ -72,7 +72,7 @@ private:
         return count;
     }
 
-    /// Refuses a file that ends before the link to the next page, which stands behind the entries of the directory:
+    /// Refuses a file that ends before the link to the next page, which follows the entries of the directory:
     /// libtiff would take the page for the last one.
     void requireLink(std::size_t index) const {
         const bool isBig = TIFFIsBigTIFF(handle_.get()) != 0;

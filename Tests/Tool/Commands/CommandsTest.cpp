@@ -1,0 +1,77 @@
+// The commands that are not filters.
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "ImageFiles/ImageFile.h"
+#include "ProgramTest.h"
+#include "TestImages.h"
+
+namespace zel::test {
+
+class CommandsTest : public ProgramTest {
+protected:
+    HostImage image(const std::string& name) const { return tool::readImageFile(folder / name); }
+};
+
+TEST_F(CommandsTest, InfoShowsAllFilesThatCanBeRead) {
+    const std::vector<float> values{std::nanf(""), -1.5F, 0.1F, 7};
+    folder.write("f.npy", npyBytes("<f4", "(2, 2)", rawBytes(values)));
+    folder.write("v.npy", npyBytes("|u1", "(3, 1, 2)", "abcdef"));
+    folder.write("c.npy", npyBytes("<c8", "(1, 2)", rawBytes(values) + rawBytes(values)));
+    const ProgramResult result = zel("info v.npy gone.npy f.npy c.npy");
+    EXPECT_EQ(result.output,
+              "v.npy: NPY, 2 x 1 x 3, uint8, spacing 1 x 1 x 1, range 97 to 102\n"
+              "f.npy: NPY, 2 x 2, float32, spacing 1 x 1, range -1.5 to 7\n"
+              "c.npy: NPY, 2 x 1, complex64, spacing 1 x 1\n");
+    expectOneErrorLine({result.exitCode, "", result.errors}, 1, "cannot read gone.npy");
+
+    EXPECT_EQ(zel("info --json f.npy").output,
+              R"({"images":[{"file":"f.npy","format":"NPY","size":[2,2],"type":"float32","spacing":[1.0,1.0,1.0],)"
+              R"("minimum":-1.5,"maximum":7.0}]})"
+              "\n");
+}
+
+TEST_F(CommandsTest, ConvertChangesFormatAndType) {
+    folder.write("f.npy", npyBytes("<f8", "(1, 4)", rawBytes(std::vector<double>{-3, 2.5, 65534.7, 1e9})));
+    ASSERT_EQ(zel("convert f.npy f.png --type uint16 --quiet").exitCode, 0);
+    EXPECT_EQ(readAll<std::uint16_t>(image("f.png")), (std::vector<std::uint16_t>{0, 2, 65535, 65535}));
+    expectOneErrorLine(zel("convert f.png g.mrc --type uint8"), 1, "with zel convert --type int16");
+}
+
+TEST_F(CommandsTest, VolumesAndTheirSpacingGoThroughAllFormatsAndFilters) {
+    HostImage volume = randomImage<std::int16_t>({7, 5, 3}, 1);
+    for (int axis = 0; axis < 3; ++axis) volume.setSpacing(axis, 0.1 * (axis + 1));
+    tool::writeImageFile(folder / "a.mrc", volume);
+    for (const std::string run :
+         {"convert a.mrc b.tif", "convert b.tif c.map", "box-filter c.map d.tif --kernel 1,1"}) {
+        ASSERT_EQ(zel(run).exitCode, 0);
+    }
+    EXPECT_EQ(readAll<std::int16_t>(image("d.tif")), readAll<std::int16_t>(volume));
+    EXPECT_THAT(zel("info d.tif").output, HasSubstr(", 7 x 5 x 3, int16, spacing 0.1 x 0.2 x 0.3, range "));
+}
+
+// Its cases are command lines, so that the commands have to write the same files.
+TEST_F(CommandsTest, DemoWritesWhatItsCommandLinesWrite) {
+    const auto demo = nlohmann::json::parse(zel("demo new/demo --json").output);
+    std::string input;
+    for (const auto& row : demo["results"]) {
+        const std::string command = row["algorithm"], parameters = row["parameters"], file = row["file"];
+        if (command.empty()) {
+            input = file;
+            continue;
+        }
+        SCOPED_TRACE(row.dump());
+        const std::string output = "out" + file.substr(file.find('.'));
+        ASSERT_EQ(zel(command + " " + input + " " + output + " " + parameters).exitCode, 0);
+        EXPECT_TRUE(folder.read(file) == folder.read(output));
+        EXPECT_FALSE(folder.read(file) == folder.read(input));
+    }
+    EXPECT_EQ(demo["results"].size(), 16U);
+    EXPECT_EQ(image("new/demo/input.png").getDimension(0), 512U);
+    EXPECT_EQ(image("new/demo/volume-box-filter.tif").getDimension(2), 48U);
+    EXPECT_EQ(image(demo["contactSheet"]).getDimension(0), 16U + 4 * 272);
+    EXPECT_THAT(zel("demo").output, HasSubstr("--radius 5 --neighborhood diamond"));
+}
+
+}  // namespace zel::test

@@ -1,0 +1,116 @@
+// The filters as commands, on images whose results can be worked out by hand.
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "ImageFiles/ImageFile.h"
+#include "ProgramTest.h"
+#include "TestImages.h"
+
+namespace zel::test {
+
+class FilterCommandTest : public ProgramTest {
+protected:
+    using Bytes = std::vector<std::uint8_t>;
+
+    /// Two slices of 7 x 5: a bright pixel in the middle of the first, a dark one at the left edge of the second.
+    FilterCommandTest() {
+        bright[2 * 7 + 3] = '#';
+        dark[2 * 7] = 'o';
+        folder.write("in.npy", npyBytes("|u1", "(2, 5, 7)", rawBytes(drawn(bright + dark))));
+    }
+
+    /// The voxels of a picture: '#' 90, 'o' 10, '.' 50.
+    static Bytes drawn(const std::string& picture) {
+        Bytes voxels;
+        for (const char letter : picture) voxels.push_back(letter == '#' ? 90 : letter == 'o' ? 10 : 50);
+        return voxels;
+    }
+    static std::string fiveRows(const std::string& row) { return row + row + row + row + row; }
+    template <typename T>
+    std::vector<T> voxelsOf(const std::string& name) const {
+        return readAll<T>(tool::readImageFile(folder / name));
+    }
+
+    /// Runs the filter on in.npy, with its images in either memory, whole and in tiles.
+    template <typename T>
+    void expectResult(const std::string& command, const std::vector<T>& expected) const {
+        for (const char* const variant :
+             {"", "--placement device --threads 1", "--tile 3,4", "--tile=4,3,1 --placement=device"}) {
+            SCOPED_TRACE(command + " " + variant);
+            const ProgramResult result = zel(command + " in.npy out.npy --quiet " + variant);
+            EXPECT_EQ(result.output + result.errors, "");
+            ASSERT_EQ(result.exitCode, 0);
+            EXPECT_EQ(voxelsOf<T>("out.npy"), expected);
+        }
+        EXPECT_THAT(folder.names(), ElementsAre("in.npy", "out.npy"));
+    }
+
+    const std::string grey = fiveRows(".......");
+    std::string bright = grey, dark = grey;
+};
+
+// The edge pixel is repeated: of the dark one's row, the left pixels get three, two and one of five.
+TEST_F(FilterCommandTest, BoxFilterAveragesARectangle) {
+    Bytes expected(2 * 5 * 7, 50);
+    for (const std::size_t x : {1, 2, 3, 4, 5}) expected[2 * 7 + x] = (90 + 4 * 50) / 5;
+    for (const int x : {0, 1, 2}) expected[static_cast<std::size_t>(7 * 7 + x)] = static_cast<std::uint8_t>(26 + 8 * x);
+    expectResult("box-filter --kernel 5,1", expected);
+    // As two volumes of one slice.
+    folder.write("in.npy", npyBytes("|u1", "(2, 1, 5, 7)", rawBytes(drawn(bright + dark))));
+    expectResult("box-filter --kernel 5,1", expected);
+}
+
+TEST_F(FilterCommandTest, MorphologyMovesWhatIsBrightAndDark) {
+    const std::string diamond = "o......oo.....ooo....oo.....o......";
+    expectResult("dilation --radius 2 --neighborhood square", drawn(fiveRows(".#####.") + grey));
+    expectResult("closing --radius 2 --neighborhood square", drawn(fiveRows("...#...") + grey));
+    expectResult("erosion --radius 2 --neighborhood diamond", drawn(grey + diamond));
+    expectResult("opening --radius 2 --neighborhood diamond", drawn(grey + dark));
+}
+
+// The kernel has size ceil(2 * 1.5 * 0.8) = 3: 1 between twice exp(-1 / (2 * 0.8^2)), divided by their sum.
+TEST_F(FilterCommandTest, GaussianSpreadsAlongTheAxesWithASigma) {
+    const double outer = std::exp(-1 / (2 * 0.8 * 0.8)), sum = 1 + 2 * outer, expected = 30000 * outer / sum;
+    const auto beside = static_cast<std::uint16_t>(expected), centre = static_cast<std::uint16_t>(30000 / sum);
+    folder.write("in.npy", npyBytes("<u2", "(5, 1, 1)", rawBytes(std::vector<std::uint16_t>{0, 0, 30000, 0, 0})));
+    const std::string filter = "gaussian-filter --sigma 0,0,0.8 --kernel-size-factor 1.5";
+    expectResult(filter, std::vector<std::uint16_t>{0, beside, centre, beside, 0});
+
+    ASSERT_EQ(zel(filter + " in.npy out.npy --output-type float32 --placement device").exitCode, 0);
+    EXPECT_FLOAT_EQ(voxelsOf<float>("out.npy")[1], static_cast<float>(expected));
+}
+
+// Diagonally beside the bright pixel 90 * 0.1065 * 0.1065 = 1.02 arrives, but only 0.96 when the 9.6 between the axes
+// lose their fraction.
+TEST_F(FilterCommandTest, GaussianTruncatesBetweenTheAxesWhenAsked) {
+    folder.write("in.npy", npyBytes("|u1", "(3, 3)", rawBytes(Bytes{0, 0, 0, 0, 90, 0, 0, 0, 0})));
+    const std::string filter = "gaussian-filter --sigma 0.5,0.5,0";
+    expectResult(filter, Bytes{1, 7, 1, 7, 55, 7, 1, 7, 1});
+    expectResult(filter + " --voxel-type-intermediate", Bytes{0, 7, 0, 7, 55, 7, 0, 7, 0});
+}
+
+TEST_F(FilterCommandTest, JsonReportsWhatWasDone) {
+    const auto report = [this](const std::string& options) {
+        return nlohmann::json::parse(zel("box-filter in.npy out.npy --kernel 3,3 --json " + options).output);
+    };
+    auto json = report("");
+    EXPECT_GT(json["seconds"], 0);
+    EXPECT_GT(report("--tile 4,4")["steps"], json["steps"]);
+    json.erase("seconds");
+    EXPECT_EQ(json.dump(), R"({"algorithm":"box-filter","input":"in.npy","output":"out.npy","size":[7,5,2],)"
+                           R"("steps":6,"type":"uint8"})")
+        << "three steps for each slice";
+}
+
+TEST_F(FilterCommandTest, ReplacesFilesOnlyByCompleteOnes) {
+    folder.write("out.tif", "old");
+    folder.write("large.npy", npyBytes("|u1", "(50, 50)", std::string(2500, 'v')));
+    expectOneErrorLine(zel("box-filter large.npy out.tif --kernel 3,3", "ulimit -f 1; "), 1, "out.tif: file too large");
+    EXPECT_EQ(folder.read("out.tif"), "old");
+    EXPECT_THAT(folder.names(), ElementsAre("in.npy", "large.npy", "out.tif"));
+    ASSERT_EQ(zel("dilation in.npy in.npy --radius 9 --neighborhood square").exitCode, 0);
+    EXPECT_EQ(voxelsOf<std::uint8_t>("in.npy"), drawn(fiveRows("#######") + grey));
+}
+
+}  // namespace zel::test

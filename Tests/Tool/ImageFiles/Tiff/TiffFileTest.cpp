@@ -1,0 +1,171 @@
+#include <tiff.h>
+
+#include "ImageFiles/FormatTest.h"
+#include "ImageFiles/Tiff/TiffBytes.h"
+#include "ImageFiles/Tiff/TiffWriter.h"
+
+namespace zel::test {
+
+class TiffFileTest : public FormatTest {
+protected:
+    using Bytes = std::vector<std::uint8_t>;
+    using Tag = TiffBytes::Tag;
+    using Tags = std::vector<Tag>;
+
+    TiffFileTest() : FormatTest("a.TIFF") {}
+
+    static Tag bits(std::uint64_t count) { return {TIFFTAG_BITSPERSAMPLE, {count}}; }
+    static Tag format(std::uint64_t sampleFormat) { return {TIFFTAG_SAMPLEFORMAT, {sampleFormat}}; }
+    static Tag colour(std::uint64_t photometric) { return {TIFFTAG_PHOTOMETRIC, {photometric}}; }
+    static Tag compression(std::uint64_t scheme) { return {TIFFTAG_COMPRESSION, {scheme}}; }
+    static Tag rowsPerStrip(std::uint64_t count) { return {TIFFTAG_ROWSPERSTRIP, {count}}; }
+    static Tags tiles(std::uint64_t side) { return {{TIFFTAG_TILEWIDTH, {side}}, {TIFFTAG_TILELENGTH, {side}}}; }
+    /// A file of one page of 3 x 2 voxels.
+    static TiffBytes page3x2(const Tags& tags, const std::vector<std::string>& segments = {"abcdef"}) {
+        return TiffBytes().page(3, 2, segments, tags);
+    }
+
+    using FormatTest::read;
+    HostImage read(const TiffBytes& tiff) const { return read(tiff.bytes()); }
+    Bytes read8(const TiffBytes& tiff) const { return readAll<std::uint8_t>(read(tiff)); }
+    void expectRefusals(const std::vector<std::pair<TiffBytes, const char*>>& cases) const {
+        for (const auto& [tiff, text] : cases) FormatTest::expectRefusals({{tiff.bytes(), text}});
+    }
+};
+
+TEST_F(TiffFileTest, ReadsEveryTypeInBothByteOrdersAndBothFormats) {
+    for (const VoxelTypes type : allVoxelTypes) {
+        const char kind = voxelTypeName(type)[0];
+        const Tags tags{bits(8 * helper::getSizeOf(type)), format(kind == 'u'   ? SAMPLEFORMAT_UINT
+                                                                  : kind == 'i' ? SAMPLEFORMAT_INT
+                                                                                : SAMPLEFORMAT_IEEEFP)};
+        visitVoxelType(type, RealTypes{}, [&]<typename T>() {
+            for (const bool isBig : {false, true}) {
+                expectRead<T>({T(1), T(100), T(T(0) - T(3)), T(77)}, [&](const std::string& voxels, bool isLittle) {
+                    return TiffBytes(isLittle, isBig).page(2, 2, {voxels}, tags).bytes();
+                });
+            }
+        });
+    }
+}
+
+// A picture of 20 x 18 voxels in tiles of 16 x 16: those at the right and below reach beyond it.
+TEST_F(TiffFileTest, ReadsStripsAndTilesAsOnePicture) {
+    const std::size_t width = 20, height = 18;
+    std::string whole;
+    std::vector<std::string> tiled(4, std::string(256, '!')), strips(4);
+    for (std::size_t i = 0; i < width * height; ++i) {
+        const std::size_t x = i % width, y = i / width;
+        whole += static_cast<char>(i * 7);
+        strips[y / 5] += whole.back();
+        tiled[y / 16 * 2 + x / 16][y % 16 * 16 + x % 16] = whole.back();
+    }
+    const Bytes expected(whole.begin(), whole.end());
+    EXPECT_EQ(read8(TiffBytes().page(width, height, {whole})), expected);
+    EXPECT_EQ(read8(TiffBytes().page(width, height, strips, {rowsPerStrip(5)})), expected);
+    EXPECT_EQ(read8(TiffBytes().page(width, height, tiled, tiles(16))), expected);
+}
+
+TEST_F(TiffFileTest, StretchesFewBitsAndInvertsWhiteZero) {
+    const auto bytes = [this](std::uint64_t count, std::uint64_t photometric, const std::string& voxels) {
+        return read8(page3x2({bits(count), colour(photometric)}, {voxels}));
+    };
+    EXPECT_EQ(bytes(1, 1, "\x40\xA0"), (Bytes{0, 255, 0, 255, 0, 255}));
+    EXPECT_EQ(bytes(1, 0, "\x40\xA0"), (Bytes{255, 0, 255, 0, 255, 0}));
+    EXPECT_EQ(bytes(2, 1, "\x18\xC4"), (Bytes{0, 85, 170, 255, 0, 85}));
+    EXPECT_EQ(bytes(4, 1, "\x0F\x10\x23\x40"), (Bytes{0, 255, 17, 34, 51, 68}));
+    EXPECT_EQ(bytes(8, 0, std::string("\x00\x01\xFF\x02\x03\x04", 6)), (Bytes{255, 254, 0, 253, 252, 251}));
+    const std::string deep("\x12\x34\x00\x00", 4);
+    EXPECT_EQ(readAll<std::uint16_t>(read(TiffBytes(false).page(2, 1, {deep}, {bits(16), colour(0)}))),
+              (std::vector<std::uint16_t>{0xFFFF - 0x1234, 0xFFFF}));
+}
+
+// PackBits: two voxels as they are, then four times the same.
+TEST_F(TiffFileTest, ReadsPagesAsSlicesCompressedOrNot) {
+    TiffBytes tiff = page3x2({});
+    tiff.page(3, 2, {"\x01xy\xFDz"}, {compression(COMPRESSION_PACKBITS)}).page(3, 2, {"abc", "xyz"}, {rowsPerStrip(1)});
+    const HostImage image = read(tiff);
+    EXPECT_EQ(imageSizeOf(image), (ImageSize{3, 2, 3}));
+    EXPECT_EQ(bytesOf(image), "abcdefxyzzzzabcxyz");
+    EXPECT_EQ(image.getSpacing(2), 1);
+}
+
+TEST_F(TiffFileTest, RefusesTruncatedBigAndTiledFiles) {
+    const std::vector<std::string> segments{std::string(256, 'a'), std::string(256, 'b')};
+    expectTruncationsAreRefused(write(TiffBytes(false, true).page(20, 3, segments, tiles(16)).bytes()));
+    // The voxels are behind all directories here.
+    std::string late = page3x2({{TIFFTAG_STRIPOFFSETS, {500}}}).bytes();
+    late.resize(505);
+    FormatTest::expectRefusals({{late, "its page 1 is damaged: "}});
+}
+
+// Strips that libtiff would complete with other bytes of the file, or with white.
+TEST_F(TiffFileTest, NeverInventsVoxels) {
+    // Each bit 1 is one more white line of a fax; behind eight of them is its end.
+    const Tags fax{bits(1), compression(COMPRESSION_CCITTFAX4), colour(0)};
+    const std::string eightLines("\xFF\x00\x10\x01", 4);
+    EXPECT_EQ(read8(TiffBytes().page(8, 8, {eightLines}, fax)), Bytes(64, 255));
+    expectRefusals({
+        {page3x2({rowsPerStrip(1)}, {"abc"}), "strip 2 has 0 bytes, at byte 0 "},
+        {page3x2({rowsPerStrip(1), {TIFFTAG_STRIPBYTECOUNTS, {3, 2}}}, {"abc", "def"}), "strip 2 has 2 bytes"},
+        {TiffBytes().page(8, 9, {eightLines}, fax), "its page 1 is damaged: Premature"},
+        {TiffBytes().page(8, 9, {"\xFF"}, fax), "its page 1 is damaged: Premature"},
+    });
+}
+
+// A large volume of one page, as some programs write it.
+TEST_F(TiffFileTest, NeverLeavesSlicesOut) {
+    const auto described = [](const std::string& text) {
+        Tag tag{TIFFTAG_IMAGEDESCRIPTION, {text.begin(), text.end()}};
+        tag.values.push_back(0);
+        return page3x2({tag}, {"abcdefghijkl"});
+    };
+    for (const char* const text : {"ImageJ=1.5\nimages=2\nslices=2\n", "{\"shape\": [2, 2, 3], \"truncated\": true}"}) {
+        expectRefusals({{described(text), "more images than it has pages"}});
+    }
+    EXPECT_EQ(imageSizeOf(read(described("ImageJ=1.5\nimages=2\n").page(3, 2, {"abcdef"}))), (ImageSize{3, 2, 2}));
+    for (const char* const text : {"ImageJ=1.5\n", "{\"shape\": [2, 3]}", "images=2"}) {
+        EXPECT_EQ(imageSizeOf(read(described(text))), (ImageSize{3, 2}));
+    }
+}
+
+TEST_F(TiffFileTest, RefusalsSayWhatIsWrong) {
+    TiffBytes loop = page3x2({});
+    const std::uint64_t firstDirectory = loop.directory();
+    loop.page(3, 2, {"abcdef"}).linkTo(firstDirectory);
+    const Tag palette{TIFFTAG_COLORMAP, std::vector<std::uint64_t>(768, 9)},
+        packBits = compression(COMPRESSION_PACKBITS);
+    expectRefusals({
+        {page3x2({colour(2), {TIFFTAG_SAMPLESPERPIXEL, {3}}}), "its page 1 has colours; only grey"},
+        {page3x2({colour(3), palette}), "its page 1 has a palette; only grey"},
+        {page3x2({{TIFFTAG_SAMPLESPERPIXEL, {2}}}), "its page 1 has 2 samples a pixel; only grey"},
+        {page3x2({{TIFFTAG_IMAGEDEPTH, {2}}}), "is a volume by itself"},
+        {page3x2({bits(16), format(SAMPLEFORMAT_IEEEFP)}), "floating-point numbers of 16 bits; integers of 8, 16"},
+        {page3x2({bits(12)}), "unsigned integers of 12 bits"},
+        {page3x2({bits(64), format(SAMPLEFORMAT_COMPLEXIEEEFP)}), "complex numbers of 64 bits"},
+        {page3x2({colour(0), format(SAMPLEFORMAT_INT)}), "a white 0 among signed integers"},
+        {page3x2({compression(COMPRESSION_JP2000)}), "is compressed with "},
+        {page3x2({compression(12345)}), "is compressed with scheme 12345, which cannot be read here"},
+        {page3x2(tiles(1U << 31U)), "its page 1 has tiles of 2147483648 x"},
+        {page3x2({{TIFFTAG_IMAGEWIDTH, {0}}}), "it is damaged: "},
+        {page3x2({}).page(2, 3, {"abcdef"}), "its page 2 is 2 x 3 uint8, its first 3 x 2 uint8; pages of one size"},
+        {page3x2({}).page(3, 2, {"abcdef"}, {format(SAMPLEFORMAT_INT)}), "its page 2 is 3 x 2 int8"},
+        {page3x2({}).linkTo(1U << 20U), "its page 2 is damaged: "},
+        {loop, "its page 3 is damaged: it is an earlier page once more"},
+        {TiffBytes().page(0xFFFFFFFF, 0xFFFFFFFF, {"a"}, {packBits}), "it is damaged: "},
+        {TiffBytes().page(1U << 30U, 1U << 29U, {"a"}, {packBits, rowsPerStrip(1)}), "it is damaged: "},
+        {TiffBytes(), "it is damaged: "},
+    });
+}
+
+TEST_F(TiffFileTest, BigTiffBeginsAtFourGibibytes) {
+    for (const ImageSize size : {ImageSize{65536, 65000}, {1024, 1024, 4000}}) {
+        EXPECT_FALSE(tool::needsBigTiff(VoxelTypes::uint8, size));
+    }
+    for (const ImageSize size :
+         {ImageSize{65536, 65535}, {1024, 1024, 4096}, {1, 1, 10'000'000}, {1U << 31U, 1U << 31U}}) {
+        EXPECT_TRUE(tool::needsBigTiff(VoxelTypes::uint8, size));
+    }
+}
+
+}  // namespace zel::test
