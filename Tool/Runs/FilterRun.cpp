@@ -17,8 +17,6 @@ namespace zel::tool {
 
 namespace {
 
-static_assert(static_cast<int>(VoxelTypes::complex128) == static_cast<int>(tarnway::ElementType::complex128));
-
 TarnwayImage makeDeviceImage(VoxelTypes type, const ImageSize& size) {
     try {
         return TarnwayImage(
