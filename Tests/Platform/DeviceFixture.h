@@ -1,10 +1,15 @@
 #pragma once
 
 #include <cuda_runtime.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <host_device.h>
 
+#include <vector>
+
 namespace zel::host {
+
+using ::testing::Each;
 
 /// Each test leaves the device as it found it: nothing alive, no fault, no pending error.
 class DeviceTest : public ::testing::Test {
@@ -13,17 +18,30 @@ protected:
         clearFault();
         cudaGetLastError();
         const DeviceUse use = deviceUse();
-        EXPECT_EQ(use.liveAllocations, 0u);
-        EXPECT_EQ(use.liveBytes, 0u);
-        EXPECT_EQ(use.liveStreams, 0u);
+        EXPECT_EQ(use.liveAllocations + use.liveBytes + use.liveStreams, 0u);
     }
 };
 
-/// Device memory of a scope.
+/// What calls return that are made one after the other.
+using Statuses = std::vector<cudaError_t>;
+
+inline cudaLaunchConfig_t shape(dim3 grid, dim3 block = dim3(64), cudaStream_t stream = nullptr) {
+    cudaLaunchConfig_t config{};
+    config.gridDim = grid;
+    config.blockDim = block;
+    config.stream = stream;
+    return config;
+}
+
+/// Device memory of a scope; on request with each byte set.
 template <class T>
 class DeviceArray {
 public:
     explicit DeviceArray(std::size_t count) { EXPECT_EQ(cudaMalloc(&data_, count * sizeof(T)), cudaSuccess); }
+    DeviceArray(std::size_t count, int byte) : DeviceArray(count) {
+        EXPECT_EQ(cudaMemsetAsync(data_, byte, count * sizeof(T)), cudaSuccess);
+        EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    }
     ~DeviceArray() { cudaFree(data_); }
     DeviceArray(const DeviceArray&) = delete;
     DeviceArray& operator=(const DeviceArray&) = delete;
