@@ -11,10 +11,11 @@ namespace zel::host {
 
 using ::testing::Each;
 
-/// Each test leaves the device as it found it: nothing alive, no fault, no pending error.
+/// Each test leaves the device as it found it: nothing alive, no fault, no pending error. Looked at when what a test's
+/// own fixture holds is gone.
 class DeviceTest : public ::testing::Test {
 protected:
-    void TearDown() override {
+    ~DeviceTest() override {
         clearFault();
         cudaGetLastError();
         const DeviceUse use = deviceUse();

@@ -147,19 +147,21 @@ TYPED_TEST(NppBoxTest, PartsHaveTheBitsOfTheWhole) {
 }
 
 TEST(NppBoxFloatTest, NotANumberStaysInItsWindows) {
-    for (const float value : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
-        auto src = NppImage<float>::random({90, 70}, 2);
-        NppImage<float> clean(src.size()), dst(src.size());
-        const Window window{{21, 10}, {4, 7}};
-        filter(src, {0, 0}, clean, window);
-        src.at(40, 30) = value;
-        src.upload();
-        filter(src, {0, 0}, dst, window);
-        dst.expectEach([&](float mean, int x, int y) {
-            const bool holds = x - 4 <= 40 && 40 < x - 4 + 21 && y - 7 <= 30 && 30 < y - 7 + 10;
-            ASSERT_TRUE(holds ? !std::isfinite(mean) : mean == clean.at(x, y)) << x << ", " << y;
-        });
-    }
+    const Window window{{21, 10}, {4, 7}};
+    for (const float value : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
+        for (const NppiPoint at : {NppiPoint{40, 30}, NppiPoint{0, 69}}) {
+            auto src = NppImage<float>::random({90, 70}, 2);
+            NppImage<float> clean(src.size()), dst(src.size());
+            filter(src, {0, 0}, clean, window);
+            src.at(at.x, at.y) = value;
+            src.upload();
+            filter(src, {0, 0}, dst, window);
+            dst.expectEach([&](float mean, int x, int y) {
+                const int column = at.x - x + window.anchor.x, row = at.y - y + window.anchor.y;
+                const bool holds = column >= 0 && column < 21 && row >= 0 && row < 10;
+                ASSERT_TRUE(holds ? !std::isfinite(mean) : mean == clean.at(x, y)) << x << ", " << y;
+            });
+        }
 }
 
 /// Of the sums around each multiple of the area that gives a pixel, or each one in so many: there a product with a

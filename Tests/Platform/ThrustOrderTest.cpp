@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <host_device.h>
 #include <tbb/global_control.h>
-#include <thrust/count.h>
 #include <thrust/device_vector.h>
 #include <thrust/inner_product.h>
 #include <thrust/transform_reduce.h>
@@ -73,13 +72,11 @@ TEST(DeviceAllocatorTest, ExhaustedMemoryThrowsAndLeavesNoTrace) {
     EXPECT_THROW(DeviceVector<float>(std::size_t{1} << 19), thrust::system::detail::bad_alloc);
     EXPECT_THROW(amnlm::DeviceAllocator<float>().allocate(SIZE_MAX / 2), std::bad_alloc);
     EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
-    EXPECT_EQ(host::deviceUse().liveBytes, before.liveBytes);
     {
         const DeviceVector<float> fits(std::size_t{1} << 17, 1.5f);
         EXPECT_EQ(host::deviceUse().liveBytes, before.liveBytes + (std::uint64_t{1} << 19));
-        EXPECT_EQ(thrust::count(fits.begin(), fits.end(), 1.5f), 1 << 17);
     }
-    EXPECT_EQ(host::deviceUse().liveAllocations, before.liveAllocations);
+    EXPECT_EQ(host::deviceUse().liveBytes, before.liveBytes);
 }
 
 TEST(DeviceAllocatorTest, FreeingAfterAResetIsSilent) {
