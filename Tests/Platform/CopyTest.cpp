@@ -93,15 +93,16 @@ TEST_F(CopyTest, BoundsEndWithTheLastRowsWidth) {
 TEST_F(CopyTest, DirectionsAreChecked) {
     const DeviceArray<char> device(16);
     char host[16]{};
-    char* const memory = device.get();
+    const auto copy = [](void* dst, const void* src, int kind, std::size_t bytes = 16) {
+        return cudaMemcpy(dst, src, bytes, static_cast<cudaMemcpyKind>(kind));
+    };
     EXPECT_THAT(
-        Statuses(
-            {cudaMemcpy(host, memory, 16, cudaMemcpyHostToDevice), cudaMemcpy(memory, host, 16, cudaMemcpyDeviceToHost),
-             cudaMemcpy(memory, host, 16, cudaMemcpyDeviceToDevice), cudaMemcpy(memory, host, 16, cudaMemcpyHostToHost),
-             cudaMemcpy(nullptr, host, 16, cudaMemcpyDefault), cudaMemcpy(memory, host, 17, cudaMemcpyDefault)}),
+        Statuses({copy(host, device.get(), cudaMemcpyHostToDevice), copy(device.get(), host, cudaMemcpyDeviceToHost),
+                  copy(device.get(), host, cudaMemcpyDeviceToDevice), copy(device.get(), host, cudaMemcpyHostToHost),
+                  copy(nullptr, host, cudaMemcpyDefault), copy(device.get(), host, cudaMemcpyDefault, 17)}),
         Each(cudaErrorInvalidValue));
-    EXPECT_EQ(cudaMemcpy(memory, host, 16, static_cast<cudaMemcpyKind>(5)), cudaErrorInvalidMemcpyDirection);
-    EXPECT_EQ(cudaMemcpy(memory, host, 16, cudaMemcpyDefault), cudaSuccess);
+    EXPECT_EQ(copy(device.get(), host, 5), cudaErrorInvalidMemcpyDirection);
+    EXPECT_EQ(copy(device.get(), host, cudaMemcpyDefault), cudaSuccess);
 }
 
 }  // namespace

@@ -85,17 +85,6 @@ TEST_F(NppArgumentsTest, FaultyOnesGiveTheVendorsCodesAndWriteNothing) {
     EXPECT_EQ(pixel(), 1);
 }
 
-TEST_F(NppArgumentsTest, GoUnreadInACallThatIsMadeToFail) {
-    host::resetCallCounts();
-    host::injectFault({.call = "nppiFilterBoxBorder_16u_C1R_Ctx", .nth = 2, .status = NPP_MEMORY_ALLOCATION_ERR});
-    EXPECT_EQ(call().box(), NPP_SUCCESS);
-    Call faulty = call();
-    faulty.src = nullptr;
-    EXPECT_EQ(faulty.box(), NPP_MEMORY_ALLOCATION_ERR);
-    EXPECT_EQ(host::callCount("nppiFilterBoxBorder_16u_C1R_Ctx"), 2u);
-    host::clearFault();
-}
-
 TEST(NppMemoryDeathTest, FilterWithoutMemoryForItsWorkBufferIsRefused) {
     if (ProcessMemory().isSanitized()) GTEST_SKIP() << "no limit can be set";
     GTEST_FLAG_SET(death_test_style, "threadsafe");

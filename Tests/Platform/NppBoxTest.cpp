@@ -37,18 +37,17 @@ constexpr auto boxFunction() {
     if constexpr (std::is_same_v<T, Npp32f>) return nppiFilterBoxBorder_32f_C1R_Ctx;
 }
 
-/// Filters the region of dst's size at `origin` of src. The source image is what lies between two corners of src.
+/// Filters the region of dst's size at `origin` of src. The source image is what lies between two corners of src,
+/// without them the whole.
 template <typename T>
-void filter(NppImage<T>& src, NppiPoint origin, NppImage<T>& dst, const Window& window, NppiPoint low, NppiPoint high) {
+void filter(NppImage<T>& src, NppiPoint origin, NppImage<T>& dst, const Window& window, NppiPoint low = {0, 0},
+            NppiPoint high = {0, 0}) {
+    if (high.x == 0) high = {src.size().width, src.size().height};
     ASSERT_EQ(boxFunction<T>()(src.device(origin.x, origin.y), src.step(), {high.x - low.x, high.y - low.y},
                                {origin.x - low.x, origin.y - low.y}, dst.device(), dst.step(), dst.size(), window.mask,
                                window.anchor, NPP_BORDER_REPLICATE, {}),
               NPP_SUCCESS);
     dst.download();
-}
-template <typename T>
-void filter(NppImage<T>& src, NppiPoint origin, NppImage<T>& dst, const Window& window) {
-    filter(src, origin, dst, window, {0, 0}, {src.size().width, src.size().height});
 }
 
 /// How many of the positions first ... first + count - 1 take pixel i of n.
