@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "TemporaryFolder.h"
@@ -12,57 +11,54 @@
 namespace zel::host {
 namespace {
 
-using Files = std::vector<std::pair<std::string, std::string>>;
+using Files = std::vector<std::string>;
 
-CgroupLimits limitsIn(const Files& files) {
+/// @param groups  what the process belongs to.
+/// @param files   path=text, below the hierarchies' folder.
+CgroupLimits limitsIn(const std::string& groups, const Files& files) {
     const test::TemporaryFolder root;
-    for (const auto& [path, text] : files) {
+    const auto write = [&](const std::string& path, const std::string& text) {
         std::filesystem::create_directories(std::filesystem::path(root / path).parent_path());
-        root.write(path, text);
+        root.write(path, text + "\n");
+    };
+    if (!groups.empty()) write("proc/self/cgroup", groups);
+    for (const std::string& file : files) {
+        const std::size_t end = file.find('=');
+        write("sys/fs/cgroup/" + file.substr(0, end), file.substr(end + 1));
     }
     return readCgroupLimits(root.path());
 }
 
-TEST(Cgroups, StrictestLimitOnTheWayUpHolds) {
-    constexpr std::uint64_t mebibyte = 1 << 20;
-    const std::string groups = "proc/self/cgroup", top = "sys/fs/cgroup/";
+TEST(CgroupsTest, StrictestLimitOnTheWayUpHolds) {
     const struct {
-        const char* what;
+        const char *what, *groups;
         Files files;
         std::optional<std::uint64_t> memoryBytes, processors;
     } cases[] = {
-        {"no groups", {}, {}, {}},
-        {"none is set",
-         {{groups, "0::/a\n"}, {top + "a/memory.max", "max\n"}, {top + "a/cpu.max", "max 100000\n"}},
-         {},
-         {}},
+        {"no groups", "", {}, {}, {}},
+        {"none is set", "0::/a", {"a/memory.max=max", "a/cpu.max=max 100000"}, {}, {}},
+        {"nonsense", "0::/", {"memory.max=12x", "cpu.max=100000 0"}, {}, {}},
         {"version 2, the own group's",
-         {{groups, "0::/a/b\n"},
-          {top + "a/b/memory.max", "1048576\n"},
-          {top + "a/b/cpu.max", "150000 100000\n"},
-          {top + "a/memory.max", "max\n"},
-          {top + "a/cpu.max", "300000 100000\n"}},
-         mebibyte,
+         "0::/a/b",
+         {"a/b/memory.max=1048576", "a/b/cpu.max=150000 100000", "a/memory.max=max", "a/cpu.max=300000 100000"},
+         1 << 20,
          2},
         {"version 2, one above, seen from a container",
-         {{groups, "0::/x/../y\n"}, {top + "memory.max", "2097152\n"}, {top + "cpu.max", "400000 100000\n"}},
-         2 * mebibyte,
+         "0::/x/../y",
+         {"memory.max=2097152", "cpu.max=400000 100000"},
+         2 << 20,
          4},
         {"version 1 in hierarchies of their own",
-         {{groups, "5:cpu,cpuacct:/c\n4:memory:/a/b\n3:cpuset:/\n1:name=systemd:/a\n"},
-          {top + "memory/a/b/memory.limit_in_bytes", "9223372036854771712\n"},
-          {top + "memory/a/memory.limit_in_bytes", "3145728\n"},
-          {top + "cpu/c/cpu.cfs_quota_us", "50000\n"},
-          {top + "cpu/c/cpu.cfs_period_us", "100000\n"},
-          {top + "cpu/cpu.cfs_quota_us", "-1\n"},
-          {top + "cpu/cpu.cfs_period_us", "100000\n"}},
-         3 * mebibyte,
+         "5:cpu,cpuacct:/c\n4:memory:/a/b\n3:cpuset:/\n1:name=systemd:/a",
+         {"memory/a/b/memory.limit_in_bytes=9223372036854771712", "memory/a/memory.limit_in_bytes=3145728",
+          "cpu/c/cpu.cfs_quota_us=50000", "cpu/c/cpu.cfs_period_us=100000", "cpu/cpu.cfs_quota_us=-1",
+          "cpu/cpu.cfs_period_us=100000"},
+         3 << 20,
          1},
-        {"nonsense", {{groups, "0::/\n"}, {top + "memory.max", "12x\n"}, {top + "cpu.max", "100000 0\n"}}, {}, {}},
     };
-    for (const auto& [what, files, memoryBytes, processors] : cases) {
+    for (const auto& [what, groups, files, memoryBytes, processors] : cases) {
         SCOPED_TRACE(what);
-        const CgroupLimits limits = limitsIn(files);
+        const CgroupLimits limits = limitsIn(groups, files);
         EXPECT_EQ(limits.memoryBytes, memoryBytes);
         EXPECT_EQ(limits.processors, processors);
     }

@@ -1,29 +1,48 @@
 #pragma once
 
 #include <cuda_runtime.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <host_device.h>
 
+#include <vector>
+
 namespace zel::host {
 
-/// Each test leaves the device as it found it: nothing alive, no fault, no pending error.
+using ::testing::Each;
+
+/// Each test leaves the device as it found it: nothing alive, no fault, no pending error. Looked at when what a test's
+/// own fixture holds is gone.
 class DeviceTest : public ::testing::Test {
 protected:
-    void TearDown() override {
+    ~DeviceTest() override {
         clearFault();
         cudaGetLastError();
         const DeviceUse use = deviceUse();
-        EXPECT_EQ(use.liveAllocations, 0u);
-        EXPECT_EQ(use.liveBytes, 0u);
-        EXPECT_EQ(use.liveStreams, 0u);
+        EXPECT_EQ(use.liveAllocations + use.liveBytes + use.liveStreams, 0u);
     }
 };
 
-/// Device memory of a scope.
+/// What calls return that are made one after the other.
+using Statuses = std::vector<cudaError_t>;
+
+inline cudaLaunchConfig_t shape(dim3 grid, dim3 block = dim3(64), cudaStream_t stream = nullptr) {
+    cudaLaunchConfig_t config{};
+    config.gridDim = grid;
+    config.blockDim = block;
+    config.stream = stream;
+    return config;
+}
+
+/// Device memory of a scope; on request with each byte set.
 template <class T>
 class DeviceArray {
 public:
     explicit DeviceArray(std::size_t count) { EXPECT_EQ(cudaMalloc(&data_, count * sizeof(T)), cudaSuccess); }
+    DeviceArray(std::size_t count, int byte) : DeviceArray(count) {
+        EXPECT_EQ(cudaMemsetAsync(data_, byte, count * sizeof(T)), cudaSuccess);
+        EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    }
     ~DeviceArray() { cudaFree(data_); }
     DeviceArray(const DeviceArray&) = delete;
     DeviceArray& operator=(const DeviceArray&) = delete;

@@ -8,14 +8,13 @@ namespace {
 using FaultTest = DeviceTest;
 
 TEST_F(FaultTest, ErrorsStayPendingPerThreadUntilTaken) {
-    EXPECT_EQ(cudaSetDevice(99), cudaErrorInvalidDevice);
     cudaDeviceProp properties{};
+    EXPECT_EQ(cudaSetDevice(99), cudaErrorInvalidDevice);
     EXPECT_EQ(cudaGetDeviceProperties(&properties, -1), cudaErrorInvalidDevice);
     std::thread([] { EXPECT_EQ(cudaGetLastError(), cudaSuccess); }).join();
     int count = 0;
     EXPECT_EQ(cudaGetDeviceCount(&count), cudaSuccess);  // a success takes nothing back
-    EXPECT_EQ(cudaPeekAtLastError(), cudaErrorInvalidDevice);
-    EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidDevice);
+    EXPECT_THAT(Statuses({cudaPeekAtLastError(), cudaGetLastError()}), Each(cudaErrorInvalidDevice));
     EXPECT_EQ(cudaGetLastError(), cudaSuccess);
     EXPECT_STREQ(cudaGetErrorString(cudaErrorInvalidDevice), "invalid device ordinal");
     EXPECT_STREQ(cudaGetErrorString(static_cast<cudaError_t>(12345)), "unrecognized error code");
@@ -24,23 +23,19 @@ TEST_F(FaultTest, ErrorsStayPendingPerThreadUntilTaken) {
 TEST_F(FaultTest, WithoutDevicesOnlyTheCountSucceeds) {
     const ScopedDevices devices(0, 0);
     int number = -1;
+    void* memory = nullptr;
     EXPECT_EQ(cudaGetDeviceCount(&number), cudaSuccess);
     EXPECT_EQ(number, 0);
-    EXPECT_EQ(cudaGetDevice(&number), cudaErrorNoDevice);
-    EXPECT_EQ(cudaSetDevice(0), cudaErrorNoDevice);
-    EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorNoDevice);
-    void* memory = nullptr;
-    EXPECT_EQ(cudaMalloc(&memory, 1), cudaErrorNoDevice);
-    EXPECT_EQ(cudaGetLastError(), cudaErrorNoDevice);
+    EXPECT_THAT(Statuses({cudaGetDevice(&number), cudaSetDevice(0), cudaDeviceSynchronize(), cudaMalloc(&memory, 1),
+                          cudaGetLastError()}),
+                Each(cudaErrorNoDevice));
 }
 
 TEST_F(FaultTest, RefusesTheNthCallOnce) {
     resetCallCounts();
     injectFault({.call = "cudaMalloc", .nth = 2});
-    void* first = nullptr;
-    void* second = nullptr;
-    EXPECT_EQ(cudaMalloc(&first, 8), cudaSuccess);
-    EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    void *first = nullptr, *second = nullptr;
+    EXPECT_THAT(Statuses({cudaMalloc(&first, 8), cudaDeviceSynchronize()}), Each(cudaSuccess));
     EXPECT_FALSE(faultFired());
     EXPECT_EQ(cudaMalloc(&second, 8), cudaErrorMemoryAllocation);
     EXPECT_TRUE(faultFired());
@@ -62,14 +57,11 @@ TEST_F(FaultTest, FailureSticksUntilReset) {
     void* memory = nullptr;
     ASSERT_EQ(cudaMalloc(&memory, 8), cudaSuccess);
     injectFault({.call = "cudaDeviceSynchronize", .kind = FaultKind::failed, .status = cudaErrorIllegalAddress});
-    EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorIllegalAddress);
-    EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress);
-    EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress);
+    EXPECT_THAT(
+        Statuses({cudaDeviceSynchronize(), cudaGetLastError(), cudaGetLastError(), cudaSetDevice(1), cudaSetDevice(0)}),
+        Each(cudaErrorIllegalAddress));
     std::thread([] { EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorIllegalAddress); }).join();
-    EXPECT_EQ(cudaSetDevice(1), cudaErrorIllegalAddress);
-    EXPECT_EQ(cudaSetDevice(0), cudaErrorIllegalAddress);
-    EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
-    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
+    EXPECT_THAT(Statuses({cudaDeviceReset(), cudaGetLastError()}), Each(cudaSuccess));
     EXPECT_EQ(deviceUse().liveAllocations, 0u);
 
     injectFault({.call = "", .kind = FaultKind::failed});
@@ -81,13 +73,13 @@ TEST_F(FaultTest, FailureSticksUntilReset) {
 TEST_F(FaultTest, PropertiesAreThoseOfTheShownDevice) {
     const ScopedDevices devices(2, 123456);
     cudaDeviceProp properties{};
-    ASSERT_EQ(cudaGetDeviceProperties(&properties, 1), cudaSuccess);
-    EXPECT_EQ(properties.totalGlobalMem, 123456u);
     int major = 0, minor = -1;
-    EXPECT_EQ(cudaDeviceGetAttribute(&major, static_cast<cudaDeviceAttr>(75), 0), cudaSuccess);
-    EXPECT_EQ(cudaDeviceGetAttribute(&minor, static_cast<cudaDeviceAttr>(76), 0), cudaSuccess);
-    EXPECT_EQ(major, properties.major);
-    EXPECT_EQ(minor, properties.minor);
+    EXPECT_THAT(Statuses({cudaGetDeviceProperties(&properties, 1),
+                          cudaDeviceGetAttribute(&major, static_cast<cudaDeviceAttr>(75), 0),
+                          cudaDeviceGetAttribute(&minor, static_cast<cudaDeviceAttr>(76), 0)}),
+                Each(cudaSuccess));
+    EXPECT_EQ(properties.totalGlobalMem, 123456u);
+    EXPECT_EQ(std::pair(major, minor), std::pair(properties.major, properties.minor));
     EXPECT_EQ(cudaDeviceGetAttribute(&major, cudaDevAttrComputeCapabilityMajor, 2), cudaErrorInvalidDevice);
 }
 

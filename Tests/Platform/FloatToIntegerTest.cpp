@@ -1,6 +1,7 @@
 #include <FloatToInteger.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -18,11 +19,10 @@ TYPED_TEST_SUITE(FloatToIntegerTest, Floats);
 /// Independent of the code under test: by comparison in long double, which holds all values exactly.
 template <class To, class From>
 To saturated(From value) {
-    if (std::isnan(value)) return 0;
-    const long double whole = std::trunc(static_cast<long double>(value));
-    if (whole < static_cast<long double>(std::numeric_limits<To>::min())) return std::numeric_limits<To>::min();
-    if (whole > static_cast<long double>(std::numeric_limits<To>::max())) return std::numeric_limits<To>::max();
-    return static_cast<To>(whole);
+    using Limits = std::numeric_limits<To>;
+    return std::isnan(value)
+               ? 0
+               : static_cast<To>(std::clamp<long double>(std::trunc(value), Limits::min(), Limits::max()));
 }
 
 /// Limits and their neighbours, then random bit patterns, which cover all exponents and NaN.
@@ -31,19 +31,15 @@ std::vector<Float> interestingValues() {
     constexpr Float infinity = std::numeric_limits<Float>::infinity();
     std::vector<Float> values{0, Float(-0.0), std::numeric_limits<Float>::quiet_NaN(), infinity, -infinity};
     for (const double limit :
-         {0.0, 0.5, 1.0, 127.0, 255.0, 256.0, 65536.0, 0x1p31, 0x1p31 - 1, 0x1p32, 0x1p32 - 1, 0x1p63, 0x1p64})
+         {0.5, 1.0, 127.0, 255.0, 256.0, 65536.0, 0x1p31, 0x1p31 - 1, 0x1p32, 0x1p32 - 1, 0x1p63, 0x1p64})
         for (const Float signedLimit : {static_cast<Float>(limit), static_cast<Float>(-limit)})
-            for (const Float to : {-infinity, infinity}) {
-                values.push_back(signedLimit);
-                values.push_back(std::nextafter(signedLimit, to));
-            }
+            values.insert(values.end(),
+                          {signedLimit, std::nextafter(signedLimit, infinity), std::nextafter(signedLimit, -infinity)});
     std::mt19937_64 random(5);
     for (int i = 0; i < 20000; ++i) {
         const std::uint64_t bits = random();
-        Float value;
-        std::memcpy(&value, &bits, sizeof value);
-        values.push_back(value);
         values.push_back(static_cast<Float>(static_cast<double>(bits >> 31) * 0.7 - 3e9));
+        std::memcpy(&values.emplace_back(), &bits, sizeof(Float));
     }
     return values;
 }

@@ -24,12 +24,6 @@ __global__ void tapsKernel(const int* src, int* dst, int* visits, std::uint64_t 
     });
 }
 
-__global__ void walkKernel(int* visits, int* first, std::uint64_t count) {
-    for (std::uint64_t i = firstItem(); i < count; i += itemStride()) visits[i] += 1;
-    blockBarrier();
-    onFirstLane([=] { *first += 1; });
-}
-
 /// Counts the visits to each line, by way of single lines and of bundles. A line's bundle may be another block's than
 /// the line itself, hence two counters.
 __global__ void linesKernel(int* visits, int* bundleVisits, std::uint64_t outer, std::uint64_t count) {
@@ -39,22 +33,15 @@ __global__ void linesKernel(int* visits, int* bundleVisits, std::uint64_t outer,
     });
 }
 
-cudaLaunchConfig_t oneBlock() {
-    cudaLaunchConfig_t config{};
-    config.gridDim = dim3(1);
-    config.blockDim = dim3(64);
-    return config;
-}
+const cudaLaunchConfig_t oneBlock = host::shape(dim3(1));
 
 // Counts around the bundles' sizes: each item belongs to one bundle, and nothing behind the end is touched.
 TEST_F(LanesTest, BundlesCoverEachItemOnce) {
-    const auto config = oneBlock();
     for (const std::uint64_t count : {0, 1, 15, 16, 17, 63, 64, 65, 80, 95, 200}) {
         SCOPED_TRACE(count);
-        std::vector<int> src(count + 2), dst(count + 1, -1), visits(count + 1);
+        std::vector<int> src(count + 2), dst(count + 1, -1), visits(count + 1), expected = dst, once(count + 1, 1);
         std::iota(src.begin(), src.end(), 0);
-        ASSERT_EQ(cudaLaunchKernelEx(&config, tapsKernel, src.data(), dst.data(), visits.data(), count), cudaSuccess);
-        std::vector<int> expected(count + 1, -1), once(count + 1, 1);
+        ASSERT_EQ(cudaLaunchKernelEx(&oneBlock, tapsKernel, src.data(), dst.data(), visits.data(), count), cudaSuccess);
         for (std::uint64_t i = 0; i < count; ++i) expected[i] = 100 + 3 * static_cast<int>(i) + 3;
         once[count] = 0;
         EXPECT_EQ(dst, expected);
@@ -62,23 +49,12 @@ TEST_F(LanesTest, BundlesCoverEachItemOnce) {
     }
 }
 
-TEST_F(LanesTest, LanesTogetherWalkOverAllItems) {
-    const auto config = oneBlock();
-    std::vector<int> visits(150);
-    int first = 0;
-    ASSERT_EQ(cudaLaunchKernelEx(&config, walkKernel, visits.data(), &first, std::uint64_t{149}), cudaSuccess);
-    EXPECT_EQ(std::accumulate(visits.begin(), visits.end(), 0), 149);
-    EXPECT_EQ(visits[149], 0);
-    EXPECT_EQ(first, 1);
-}
-
 // More and fewer blocks than lines or bundles; each line is one block's.
 TEST_F(LanesTest, BlocksTogetherWalkOverAllLines) {
     for (const std::uint64_t count : {1, 64, 100, 150})
         for (const dim3 grid : {dim3(1), dim3(3), dim3(500), dim3(2, 3), dim3(3, 2, 5)}) {
             SCOPED_TRACE(::testing::Message() << count << " lines, " << grid.x << " x " << grid.y << " x " << grid.z);
-            auto config = oneBlock();
-            config.gridDim = grid;
+            const auto config = host::shape(grid);
             std::vector<int> visits(7 * count), bundleVisits(7 * count);
             ASSERT_EQ(
                 cudaLaunchKernelEx(&config, linesKernel, visits.data(), bundleVisits.data(), std::uint64_t{7}, count),

@@ -1,8 +1,9 @@
 #include <lanes.h>
 
-#include <array>
+#include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "DeviceFixture.h"
 
@@ -22,98 +23,64 @@ __global__ void storeKernel(int* place, int value) {
 }
 
 cudaError_t store(int* place, int value, cudaStream_t stream = nullptr) {
-    cudaLaunchConfig_t config{};
-    config.gridDim = dim3(1);
-    config.blockDim = dim3(1);
-    config.stream = stream;
+    const auto config = shape(dim3(1), dim3(1), stream);
     return cudaLaunchKernelEx(&config, storeKernel, place, value);
 }
 
-/// Two streams and one value on the device that tells which work ran last.
+/// Two streams, and zeros on the device that tell which work has run.
 class DeferredTest : public DeviceTest {
 protected:
-    void SetUp() override {
-        cudaStreamCreate(&a_);
-        cudaStreamCreate(&b_);
-        cudaMalloc(&value_, sizeof(int));
-        cudaMemsetAsync(value_, 0, sizeof(int));
-        cudaDeviceSynchronize();
-    }
-    void TearDown() override {
-        cudaStreamDestroy(a_);
-        cudaStreamDestroy(b_);
-        cudaFree(value_);
-        DeviceTest::TearDown();
-    }
+    DeferredTest() { EXPECT_THAT(Statuses({cudaStreamCreate(&a_), cudaStreamCreate(&b_)}), Each(cudaSuccess)); }
+    ~DeferredTest() override { EXPECT_EQ(cudaStreamDestroy(a_), cudaStreamDestroy(b_)); }
 
     const ScopedTestModes modes_{{.deferredStreams = true}};
+    const DeviceArray<int> array_{5, 0};
+    int* const values_ = array_.get();
     cudaStream_t a_ = nullptr, b_ = nullptr;
-    int* value_ = nullptr;
 };
 
 TEST_F(DeferredTest, WorkWaitsForASynchronisation) {
-    ASSERT_EQ(store(value_, 5, a_), cudaSuccess);
-    EXPECT_EQ(*value_, 0);
-    ASSERT_EQ(cudaStreamSynchronize(b_), cudaSuccess);
-    EXPECT_EQ(*value_, 0);
-    ASSERT_EQ(cudaStreamSynchronize(a_), cudaSuccess);
-    EXPECT_EQ(*value_, 5);
-
-    ASSERT_EQ(store(value_, 6, b_), cudaSuccess);
-    int back = 0;
-    ASSERT_EQ(cudaMemcpy(&back, value_, sizeof back, cudaMemcpyDeviceToHost), cudaSuccess);
+    int source = 4, back = 0;
+    EXPECT_EQ(cudaMemcpyAsync(values_, &source, sizeof source, cudaMemcpyHostToDevice, a_), cudaSuccess);
+    source = 5;  // read when the copy runs
+    EXPECT_EQ(cudaStreamSynchronize(b_), cudaSuccess);
+    EXPECT_EQ(*values_, 0);
+    EXPECT_EQ(cudaStreamSynchronize(a_), cudaSuccess);
+    EXPECT_EQ(*values_, 5);
+    store(values_, 6, b_);
+    EXPECT_EQ(cudaMemcpy(&back, values_, sizeof back, cudaMemcpyDeviceToHost), cudaSuccess);
     EXPECT_EQ(back, 6);
-
-    ASSERT_EQ(store(value_, 7, b_), cudaSuccess);
-    ASSERT_EQ(cudaDeviceSynchronize(), cudaSuccess);
-    EXPECT_EQ(*value_, 7);
+    store(values_, 7, b_);
+    EXPECT_EQ(*values_, 6);
+    EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    EXPECT_EQ(*values_, 7);
 }
 
-TEST_F(DeferredTest, AsynchronousCopiesReadHostMemoryWhenTheyRun) {
-    int source = 1;
-    ASSERT_EQ(cudaMemcpyAsync(value_, &source, sizeof source, cudaMemcpyHostToDevice, a_), cudaSuccess);
-    source = 2;
-    ASSERT_EQ(cudaStreamSynchronize(a_), cudaSuccess);
-    EXPECT_EQ(*value_, 2);
-}
-
-// What the default stream waits for, and what waits for it, comes first; another stream's later work does not.
+// What the default stream waits for, and what waits for it, comes first; no other stream's later work does, nor the
+// default stream's.
 TEST_F(DeferredTest, DefaultStreamOrdersTheOthers) {
-    std::array<int*, 4> places{};
-    for (int*& place : places) {
-        ASSERT_EQ(cudaMalloc(&place, sizeof(int)), cudaSuccess);
-        ASSERT_EQ(cudaMemsetAsync(place, 0, sizeof(int)), cudaSuccess);
-    }
-    ASSERT_EQ(cudaDeviceSynchronize(), cudaSuccess);
-    store(places[0], 1, b_);
-    store(places[1], 1);
-    store(places[2], 1, b_);
-    store(places[3], 1, a_);
-    ASSERT_EQ(cudaStreamSynchronize(a_), cudaSuccess);
-    EXPECT_EQ(*places[0], 1);
-    EXPECT_EQ(*places[1], 1);
-    EXPECT_EQ(*places[2], 0);
-    EXPECT_EQ(*places[3], 1);
-    for (int* place : places) EXPECT_EQ(cudaFree(place), cudaSuccess);  // waits for the rest
+    const cudaStream_t streams[] = {b_, nullptr, b_, a_, nullptr};
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(store(values_ + i, 1, streams[i]), cudaSuccess);
+    EXPECT_EQ(cudaStreamSynchronize(a_), cudaSuccess);
+    EXPECT_EQ(std::vector<int>(values_, values_ + 5), (std::vector<int>{1, 1, 0, 1, 0}));
 }
 
 TEST_F(DeferredTest, DestroyingAStreamRunsItsWorkAndResetDropsIt) {
     cudaStream_t stream = nullptr;
-    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-    store(value_, 3, stream);
-    ASSERT_EQ(cudaStreamDestroy(stream), cudaSuccess);
-    EXPECT_EQ(*value_, 3);
     int host = 0;
-    cudaMemcpyAsync(&host, value_, sizeof host, cudaMemcpyDeviceToHost, a_);
-    ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
-    ASSERT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    EXPECT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    store(values_, 3, stream);
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    EXPECT_EQ(*values_, 3);
+    cudaMemcpyAsync(&host, values_, sizeof host, cudaMemcpyDeviceToHost, a_);
+    EXPECT_THAT(Statuses({cudaDeviceReset(), cudaDeviceSynchronize()}), Each(cudaSuccess));
     EXPECT_EQ(host, 0);
 }
 
 TEST_F(TestModesTest, PoisonFillsFreshMemory) {
     const ScopedTestModes modes({.poison = true});
     const DeviceArray<unsigned char> array(5000);
-    for (int i = 0; i < 5000; ++i) ASSERT_EQ(array.get()[i], 0xCD);
+    EXPECT_EQ(std::count(array.get(), array.get() + 5000, 0xCD), 5000);
 }
 
 TEST_F(TestModesTest, StrictReleasesReportWhatAResetHasEnded) {
@@ -122,9 +89,8 @@ TEST_F(TestModesTest, StrictReleasesReportWhatAResetHasEnded) {
         const ScopedTestModes modes({.strictReleases = strict});
         void* memory = nullptr;
         cudaStream_t stream = nullptr;
-        ASSERT_EQ(cudaMalloc(&memory, 1), cudaSuccess);
-        ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-        ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
+        EXPECT_THAT(Statuses({cudaMalloc(&memory, 1), cudaStreamCreate(&stream), cudaDeviceReset()}),
+                    Each(cudaSuccess));
         EXPECT_EQ(cudaFree(memory), cudaErrorInvalidValue);
         EXPECT_EQ(cudaGetLastError(), strict ? cudaErrorInvalidValue : cudaSuccess);
         EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
@@ -132,26 +98,17 @@ TEST_F(TestModesTest, StrictReleasesReportWhatAResetHasEnded) {
     }
 }
 
-TEST_F(TestModesTest, ModesLastForTheirScope) {
-    {
-        const ScopedTestModes outer({.redZones = true, .blockShuffleSeed = 3});
-        const ScopedTestModes inner({.poison = true});
-        EXPECT_TRUE(testModes().poison);
-        EXPECT_FALSE(testModes().redZones);
-    }
-    EXPECT_FALSE(testModes().redZones || testModes().poison || testModes().blockShuffleSeed != 0);
-}
-
 TEST_F(TestModesDeathTest, ProtectedMemoryIsOpenToWorkOnly) {
     const ScopedTestModes modes({.protectedMemory = true, .poison = true, .redZones = true});
     const DeviceArray<int> array(1000);
-    volatile int* const place = array.get() + 999;
-    EXPECT_DEATH(*place = 1, "");
-    ASSERT_EQ(store(array.get() + 999, 12), cudaSuccess);
+    int* const last = array.get() + 999;
+    volatile int* const place = last;
     int back = 0;
-    ASSERT_EQ(cudaMemcpy(&back, array.get() + 999, sizeof back, cudaMemcpyDeviceToHost), cudaSuccess);
+    EXPECT_DEATH(*place = 1, "");
+    EXPECT_THAT(Statuses({store(last, 12), cudaMemcpy(&back, last, sizeof back, cudaMemcpyDeviceToHost),
+                          cudaDeviceSynchronize()}),
+                Each(cudaSuccess));
     EXPECT_EQ(back, 12);
-    EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
     EXPECT_DEATH(std::exit(*place), "");
 }
 
@@ -159,14 +116,12 @@ TEST_F(TestModesDeathTest, RedZonesAreCheckedAtFreeAndSynchronisation) {
     const ScopedTestModes modes({.redZones = true});
     for (const std::ptrdiff_t bytes : {12, 3 << 20}) {
         SCOPED_TRACE(bytes);
-        char* memory = nullptr;
-        ASSERT_EQ(cudaMalloc(&memory, bytes), cudaSuccess);
-        const auto damage = [&](std::ptrdiff_t offset) { memory[offset] = 1; };
+        const DeviceArray<char> array(static_cast<std::size_t>(bytes));
+        const auto damage = [&](std::ptrdiff_t offset) { array.get()[offset] = 1; };
         const std::string size = "of an allocation of " + std::to_string(bytes) + " bytes";
-        EXPECT_DEATH((damage(bytes), cudaFree(memory)), "offset " + std::to_string(bytes) + " " + size);
+        EXPECT_DEATH((damage(bytes), cudaFree(array.get())), "offset " + std::to_string(bytes) + " " + size);
         EXPECT_DEATH((damage(-2), cudaDeviceSynchronize()), "offset -2 " + size);
         EXPECT_DEATH((damage(bytes + 200), cudaStreamSynchronize(nullptr)), size);
-        EXPECT_EQ(cudaFree(memory), cudaSuccess);
     }
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "host_runtime/export.h"
-#include "nppdefs.h"
+#include "nppi_functions.h"
 
 // Erosion gives the smallest pixel under a mask, dilation the largest. Mask byte (i, j) that is not 0 lies on the
 // source pixel (x - anchor.x + i, y - anchor.y + j) of output pixel (x, y): the mask is not mirrored, not by dilation
@@ -17,65 +16,21 @@
 // They return queued work's status, with the first fault found among: null pointers, sizes, steps, alignment, region,
 // mask size, anchor, border, addresses outside live device memory.
 
-/// By the square of 3 by 3 pixels around the output pixel.
-ZEL_HOST_API NppStatus nppiErode3x3Border_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                     NppiPoint oSrcOffset, Npp8u* pDst, Npp32s nDstStep,
-                                                     NppiSize oSizeROI, NppiBorderType eBorderType,
-                                                     NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiErode3x3Border_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                      NppiPoint oSrcOffset, Npp16u* pDst, Npp32s nDstStep,
-                                                      NppiSize oSizeROI, NppiBorderType eBorderType,
-                                                      NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiErode3x3Border_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                      NppiPoint oSrcOffset, Npp32f* pDst, Npp32s nDstStep,
-                                                      NppiSize oSizeROI, NppiBorderType eBorderType,
-                                                      NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiDilate3x3Border_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                      NppiPoint oSrcOffset, Npp8u* pDst, Npp32s nDstStep,
-                                                      NppiSize oSizeROI, NppiBorderType eBorderType,
-                                                      NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiDilate3x3Border_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                       NppiPoint oSrcOffset, Npp16u* pDst, Npp32s nDstStep,
-                                                       NppiSize oSizeROI, NppiBorderType eBorderType,
-                                                       NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiDilate3x3Border_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                       NppiPoint oSrcOffset, Npp32f* pDst, Npp32s nDstStep,
-                                                       NppiSize oSizeROI, NppiBorderType eBorderType,
-                                                       NppStreamContext nppStreamCtx);
+/// nppiErode3x3Border_*, nppiDilate3x3Border_*: by the square of 3 by 3 pixels around the output pixel.
+#define ZEL_NPP_SQUARE_FUNCTION(filter, suffix, Pixel) ZEL_NPP_FUNCTION(filter##3x3Border, suffix, Pixel)
 
-/// By any mask. One of zeros, which the call cannot see, selects nothing: erosion then gives the type's largest
-/// integer, dilation its smallest.
+/// nppiErodeBorder_*, nppiDilateBorder_*: by any mask. One of zeros, which the call cannot see, selects nothing:
+/// erosion then gives the type's largest integer, dilation its smallest.
 ///
 /// @param pMask        device memory, oMaskSize.height rows of oMaskSize.width bytes without padding; read when the
 ///                     work's turn comes in the stream.
 /// @param oMaskSize    any size of at least 1, also beyond the image.
 /// @param oAnchor      inside the mask.
-ZEL_HOST_API NppStatus nppiErodeBorder_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                  NppiPoint oSrcOffset, Npp8u* pDst, Npp32s nDstStep, NppiSize oSizeROI,
-                                                  const Npp8u* pMask, NppiSize oMaskSize, NppiPoint oAnchor,
-                                                  NppiBorderType eBorderType, NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiErodeBorder_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                   NppiPoint oSrcOffset, Npp16u* pDst, Npp32s nDstStep,
-                                                   NppiSize oSizeROI, const Npp8u* pMask, NppiSize oMaskSize,
-                                                   NppiPoint oAnchor, NppiBorderType eBorderType,
-                                                   NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiErodeBorder_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                   NppiPoint oSrcOffset, Npp32f* pDst, Npp32s nDstStep,
-                                                   NppiSize oSizeROI, const Npp8u* pMask, NppiSize oMaskSize,
-                                                   NppiPoint oAnchor, NppiBorderType eBorderType,
-                                                   NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiDilateBorder_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                   NppiPoint oSrcOffset, Npp8u* pDst, Npp32s nDstStep,
-                                                   NppiSize oSizeROI, const Npp8u* pMask, NppiSize oMaskSize,
-                                                   NppiPoint oAnchor, NppiBorderType eBorderType,
-                                                   NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiDilateBorder_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                    NppiPoint oSrcOffset, Npp16u* pDst, Npp32s nDstStep,
-                                                    NppiSize oSizeROI, const Npp8u* pMask, NppiSize oMaskSize,
-                                                    NppiPoint oAnchor, NppiBorderType eBorderType,
-                                                    NppStreamContext nppStreamCtx);
-ZEL_HOST_API NppStatus nppiDilateBorder_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize,
-                                                    NppiPoint oSrcOffset, Npp32f* pDst, Npp32s nDstStep,
-                                                    NppiSize oSizeROI, const Npp8u* pMask, NppiSize oMaskSize,
-                                                    NppiPoint oAnchor, NppiBorderType eBorderType,
-                                                    NppStreamContext nppStreamCtx);
+#define ZEL_NPP_MASK_FUNCTION(filter, suffix, Pixel) \
+    ZEL_NPP_FUNCTION(filter##Border, suffix, Pixel, const Npp8u* pMask, NppiSize oMaskSize, NppiPoint oAnchor)
+
+#define ZEL_NPP_DECLARE(...)                           \
+    ZEL_HOST_API ZEL_NPP_SQUARE_FUNCTION(__VA_ARGS__); \
+    ZEL_HOST_API ZEL_NPP_MASK_FUNCTION(__VA_ARGS__);
+ZEL_NPP_MORPHOLOGY_FILTERS(ZEL_NPP_DECLARE)
+#undef ZEL_NPP_DECLARE

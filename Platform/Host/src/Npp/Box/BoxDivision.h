@@ -34,7 +34,7 @@ private:
 /// roundings of a quotient below 2^8 miss by less, and sum + 1/2 is exact.
 class FloatDivision {
 public:
-    static constexpr std::uint64_t areaLimit = std::uint64_t{1} << 14;
+    static constexpr std::uint64_t maxArea = (std::uint64_t{1} << 14) - 1;
 
     explicit FloatDivision(std::uint64_t area) : reciprocal_(1.0f / static_cast<float>(area)) {}
 
@@ -52,7 +52,7 @@ private:
 /// two roundings miss by less, and a sum below 2^51 leaves room for the half.
 class DoubleDivision {
 public:
-    static constexpr std::uint64_t areaLimit = std::uint64_t{1} << 35;
+    static constexpr std::uint64_t maxArea = (std::uint64_t{1} << 35) - 1;
 
     explicit DoubleDivision(std::uint64_t area) : reciprocal_(1.0 / static_cast<double>(area)) {}
 

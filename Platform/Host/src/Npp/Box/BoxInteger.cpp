@@ -1,7 +1,7 @@
 #include "Npp/Box/Box.h"
 #include "Npp/Box/BoxDivision.h"
 #include "Npp/Box/PrefixSum.h"
-#include "Npp/Common/Scratch.h"
+#include "Npp/Common/WorkBuffer.h"
 
 namespace zel::host {
 namespace {
@@ -74,10 +74,10 @@ void filterStrip(const BoxJob<Pixel>& job, std::ptrdiff_t top, std::ptrdiff_t bo
     const Division division(job.area);
     const SourceColumns source(job, job.windowX, left, right);
     const auto padded = static_cast<std::size_t>(source.padded());
-    constexpr std::size_t lead = Scratch::alignment / sizeof(Sum);
-    Scratch scratch(Scratch::bytesFor<Column>(padded) + Scratch::bytesFor<Sum>(lead + padded));
-    Column* const columns = scratch.take<Column>(padded);
-    Sum* const sums = scratch.take<Sum>(lead + padded) + lead;
+    constexpr std::size_t lead = WorkBuffer::alignment / sizeof(Sum);
+    WorkBuffer buffer(WorkBuffer::bytesFor<Column>(padded) + WorkBuffer::bytesFor<Sum>(lead + padded));
+    Column* const columns = buffer.take<Column>(padded);
+    Sum* const sums = buffer.take<Sum>(lead + padded) + lead;
     sums[-1] = 0;
     for (std::ptrdiff_t y = top; y < bottom; ++y) {
         if (y == top) {
@@ -107,7 +107,7 @@ void filterRowsLong(const BoxJob<Pixel>& job, std::ptrdiff_t begin, std::ptrdiff
     constexpr std::uint64_t largest = std::uint64_t{1} << (std::is_signed_v<Pixel> ? 16 : 8 * sizeof(Pixel));
     if (job.area <= (std::uint64_t{1} << 32) / largest) {
         filterRows<std::uint32_t, std::uint32_t, DoubleDivision>(job, begin, end);
-    } else if (job.area < DoubleDivision::areaLimit) {
+    } else if (job.area <= DoubleDivision::maxArea) {
         filterRows<std::uint64_t, std::uint64_t, DoubleDivision>(job, begin, end);
     } else {
         filterRows<Unsigned128, Unsigned128, WideDivision>(job, begin, end);
@@ -117,10 +117,10 @@ void filterRowsLong(const BoxJob<Pixel>& job, std::ptrdiff_t begin, std::ptrdiff
 }  // namespace
 
 void filterBoxRows(const BoxJob<Npp8u>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
-    constexpr std::uint64_t shortSums = 0xFFFF / 0xFF;
-    if (job.area <= shortSums) {
+    constexpr std::uint64_t maxShortCount = 0xFFFF / 0xFF;  // pixels whose sum fits 16 bits
+    if (job.area <= maxShortCount) {
         filterRows<std::uint16_t, std::uint16_t, ShortDivision>(job, begin, end);
-    } else if (job.maskHeight <= shortSums && job.area < FloatDivision::areaLimit) {
+    } else if (job.maskHeight <= maxShortCount && job.area <= FloatDivision::maxArea) {
         filterRows<std::uint16_t, std::uint32_t, FloatDivision>(job, begin, end);
     } else {
         filterRowsLong(job, begin, end);

@@ -32,37 +32,11 @@ NppStatus filterBoxBorder(const char* name, const FilterArguments& arguments, cu
 }  // namespace
 }  // namespace zel::host
 
-NppStatus nppiFilterBoxBorder_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                         Npp8u* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiSize oMaskSize,
-                                         NppiPoint oAnchor, NppiBorderType eBorderType, NppStreamContext nppStreamCtx) {
-    return zel::host::filterBoxBorder<Npp8u>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiFilterBoxBorder_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                          Npp16u* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiSize oMaskSize,
-                                          NppiPoint oAnchor, NppiBorderType eBorderType,
-                                          NppStreamContext nppStreamCtx) {
-    return zel::host::filterBoxBorder<Npp16u>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiFilterBoxBorder_16s_C1R_Ctx(const Npp16s* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                          Npp16s* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiSize oMaskSize,
-                                          NppiPoint oAnchor, NppiBorderType eBorderType,
-                                          NppStreamContext nppStreamCtx) {
-    return zel::host::filterBoxBorder<Npp16s>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiFilterBoxBorder_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                          Npp32f* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiSize oMaskSize,
-                                          NppiPoint oAnchor, NppiBorderType eBorderType,
-                                          NppStreamContext nppStreamCtx) {
-    return zel::host::filterBoxBorder<Npp32f>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        nppStreamCtx.hStream);
-}
+#define DEFINE(filter, suffix, Pixel)                                                                          \
+    ZEL_NPP_BOX_FUNCTION(filter, suffix, Pixel) {                                                              \
+        return zel::host::filterBoxBorder<Pixel>(                                                              \
+            __func__,                                                                                          \
+            {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType}, \
+            nppStreamCtx.hStream);                                                                             \
+    }
+ZEL_NPP_BOX_FILTERS(DEFINE)

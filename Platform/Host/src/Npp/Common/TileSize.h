@@ -5,22 +5,22 @@
 
 namespace zel::host {
 
-/// Rows and columns of the tiles that a filter works in, for work memory that stays in the second-level cache. More of
-/// them than by default where windows are large: what neighbouring tiles work out twice is a window less one.
+/// Rows and columns of the tiles that a filter works in, for work memory that stays in the second-level cache. Larger
+/// where windows are large: neighbouring tiles overlap by window - 1 pixels.
 struct TileSize {
     std::ptrdiff_t rows;
     std::ptrdiff_t columns;
 
-    TileSize(std::ptrdiff_t windowWidth, std::ptrdiff_t windowHeight, std::ptrdiff_t columnsLeft,
-             std::ptrdiff_t rowsLeft) {
-        constexpr std::ptrdiff_t items = std::ptrdiff_t{1} << 17;
-        constexpr std::ptrdiff_t mostItems = std::ptrdiff_t{1} << 21;
+    TileSize(std::ptrdiff_t windowWidth, std::ptrdiff_t windowHeight, std::ptrdiff_t maxColumns,
+             std::ptrdiff_t maxRows) {
+        constexpr std::ptrdiff_t usualItems = std::ptrdiff_t{1} << 17;
+        constexpr std::ptrdiff_t maxItems = std::ptrdiff_t{1} << 21;
         constexpr std::ptrdiff_t usualRows = 32;
         const std::ptrdiff_t columnsBeside = windowWidth - 1;
-        const std::ptrdiff_t rowsThatFit = std::max<std::ptrdiff_t>(mostItems / (columnsBeside + 256), 16);
-        rows = std::min({std::max(usualRows, windowHeight), rowsThatFit, rowsLeft});
-        columns = std::max(items / rows - columnsBeside, std::max<std::ptrdiff_t>(columnsBeside, 64));
-        columns = std::min(columns, columnsLeft);
+        const std::ptrdiff_t maxRowsThatFit = std::max<std::ptrdiff_t>(maxItems / (columnsBeside + 256), 16);
+        rows = std::min({std::max(usualRows, windowHeight), maxRowsThatFit, maxRows});
+        columns = std::max(usualItems / rows - columnsBeside, std::max<std::ptrdiff_t>(columnsBeside, 64));
+        columns = std::min(columns, maxColumns);
     }
 };
 

@@ -11,6 +11,11 @@
 namespace zel::host {
 namespace {
 
+template <typename Pixel>
+using Erode = PixelOrder<Pixel, false>;
+template <typename Pixel>
+using Dilate = PixelOrder<Pixel, true>;
+
 constexpr NppiSize square3x3{3, 3};
 constexpr NppiPoint centre3x3{1, 1};
 constexpr MaskWindow window3{1, 3};
@@ -80,116 +85,18 @@ NppStatus filterMask(const char* name, const FilterArguments& arguments, const N
 }  // namespace
 }  // namespace zel::host
 
-NppStatus nppiErode3x3Border_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                        Npp8u* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiBorderType eBorderType,
-                                        NppStreamContext nppStreamCtx) {
-    return zel::host::filterSquare<zel::host::PixelOrder<Npp8u, false>>(
-        __func__,
-        {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, zel::host::square3x3, zel::host::centre3x3,
-         eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiErode3x3Border_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                         Npp16u* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiBorderType eBorderType,
-                                         NppStreamContext nppStreamCtx) {
-    return zel::host::filterSquare<zel::host::PixelOrder<Npp16u, false>>(
-        __func__,
-        {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, zel::host::square3x3, zel::host::centre3x3,
-         eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiErode3x3Border_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                         Npp32f* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiBorderType eBorderType,
-                                         NppStreamContext nppStreamCtx) {
-    return zel::host::filterSquare<zel::host::PixelOrder<Npp32f, false>>(
-        __func__,
-        {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, zel::host::square3x3, zel::host::centre3x3,
-         eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiDilate3x3Border_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                         Npp8u* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiBorderType eBorderType,
-                                         NppStreamContext nppStreamCtx) {
-    return zel::host::filterSquare<zel::host::PixelOrder<Npp8u, true>>(
-        __func__,
-        {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, zel::host::square3x3, zel::host::centre3x3,
-         eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiDilate3x3Border_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                          Npp16u* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiBorderType eBorderType,
-                                          NppStreamContext nppStreamCtx) {
-    return zel::host::filterSquare<zel::host::PixelOrder<Npp16u, true>>(
-        __func__,
-        {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, zel::host::square3x3, zel::host::centre3x3,
-         eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiDilate3x3Border_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                          Npp32f* pDst, Npp32s nDstStep, NppiSize oSizeROI, NppiBorderType eBorderType,
-                                          NppStreamContext nppStreamCtx) {
-    return zel::host::filterSquare<zel::host::PixelOrder<Npp32f, true>>(
-        __func__,
-        {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, zel::host::square3x3, zel::host::centre3x3,
-         eBorderType},
-        nppStreamCtx.hStream);
-}
-
-NppStatus nppiErodeBorder_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                     Npp8u* pDst, Npp32s nDstStep, NppiSize oSizeROI, const Npp8u* pMask,
-                                     NppiSize oMaskSize, NppiPoint oAnchor, NppiBorderType eBorderType,
-                                     NppStreamContext nppStreamCtx) {
-    return zel::host::filterMask<zel::host::PixelOrder<Npp8u, false>>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        pMask, nppStreamCtx.hStream);
-}
-
-NppStatus nppiErodeBorder_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                      Npp16u* pDst, Npp32s nDstStep, NppiSize oSizeROI, const Npp8u* pMask,
-                                      NppiSize oMaskSize, NppiPoint oAnchor, NppiBorderType eBorderType,
-                                      NppStreamContext nppStreamCtx) {
-    return zel::host::filterMask<zel::host::PixelOrder<Npp16u, false>>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        pMask, nppStreamCtx.hStream);
-}
-
-NppStatus nppiErodeBorder_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                      Npp32f* pDst, Npp32s nDstStep, NppiSize oSizeROI, const Npp8u* pMask,
-                                      NppiSize oMaskSize, NppiPoint oAnchor, NppiBorderType eBorderType,
-                                      NppStreamContext nppStreamCtx) {
-    return zel::host::filterMask<zel::host::PixelOrder<Npp32f, false>>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        pMask, nppStreamCtx.hStream);
-}
-
-NppStatus nppiDilateBorder_8u_C1R_Ctx(const Npp8u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                      Npp8u* pDst, Npp32s nDstStep, NppiSize oSizeROI, const Npp8u* pMask,
-                                      NppiSize oMaskSize, NppiPoint oAnchor, NppiBorderType eBorderType,
-                                      NppStreamContext nppStreamCtx) {
-    return zel::host::filterMask<zel::host::PixelOrder<Npp8u, true>>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        pMask, nppStreamCtx.hStream);
-}
-
-NppStatus nppiDilateBorder_16u_C1R_Ctx(const Npp16u* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                       Npp16u* pDst, Npp32s nDstStep, NppiSize oSizeROI, const Npp8u* pMask,
-                                       NppiSize oMaskSize, NppiPoint oAnchor, NppiBorderType eBorderType,
-                                       NppStreamContext nppStreamCtx) {
-    return zel::host::filterMask<zel::host::PixelOrder<Npp16u, true>>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        pMask, nppStreamCtx.hStream);
-}
-
-NppStatus nppiDilateBorder_32f_C1R_Ctx(const Npp32f* pSrc, Npp32s nSrcStep, NppiSize oSrcSize, NppiPoint oSrcOffset,
-                                       Npp32f* pDst, Npp32s nDstStep, NppiSize oSizeROI, const Npp8u* pMask,
-                                       NppiSize oMaskSize, NppiPoint oAnchor, NppiBorderType eBorderType,
-                                       NppStreamContext nppStreamCtx) {
-    return zel::host::filterMask<zel::host::PixelOrder<Npp32f, true>>(
-        __func__, {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},
-        pMask, nppStreamCtx.hStream);
-}
+#define DEFINE(filter, suffix, Pixel)                                                                                 \
+    ZEL_NPP_SQUARE_FUNCTION(filter, suffix, Pixel) {                                                                  \
+        return zel::host::filterSquare<zel::host::filter<Pixel>>(                                                     \
+            __func__,                                                                                                 \
+            {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, zel::host::square3x3,                    \
+             zel::host::centre3x3, eBorderType},                                                                      \
+            nppStreamCtx.hStream);                                                                                    \
+    }                                                                                                                 \
+    ZEL_NPP_MASK_FUNCTION(filter, suffix, Pixel) {                                                                    \
+        return zel::host::filterMask<zel::host::filter<Pixel>>(                                                       \
+            __func__,                                                                                                 \
+            {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType}, pMask, \
+            nppStreamCtx.hStream);                                                                                    \
+    }
+ZEL_NPP_MORPHOLOGY_FILTERS(DEFINE)

@@ -6,7 +6,7 @@
 #include <type_traits>
 
 #include "Npp/Common/FilterJob.h"
-#include "Npp/Common/Scratch.h"
+#include "Npp/Common/WorkBuffer.h"
 #include "Npp/Morphology/StructuringElement.h"
 
 namespace zel::host {
@@ -20,11 +20,11 @@ namespace detail {
 template <typename Key>
 class RowRing {
 public:
-    RowRing(Scratch& scratch, std::ptrdiff_t columns) {
-        for (Key*& row : rows_) row = scratch.take<Key>(static_cast<std::size_t>(columns));
+    RowRing(WorkBuffer& buffer, std::ptrdiff_t columns) {
+        for (Key*& row : rows_) row = buffer.take<Key>(static_cast<std::size_t>(columns));
     }
     static std::size_t bytesFor(std::ptrdiff_t columns) {
-        return 3 * Scratch::bytesFor<Key>(static_cast<std::size_t>(columns));
+        return 3 * WorkBuffer::bytesFor<Key>(static_cast<std::size_t>(columns));
     }
 
     /// @param y  at least -1.
@@ -38,7 +38,7 @@ private:
 /// its neighbours. At the image's edge the pixel stands for the neighbour beyond it. The body is a copy, as are the
 /// bounds: bytes that it writes could be part of anything that has an address.
 template <typename Body>
-[[gnu::always_inline]] inline void forEachColumn(const SourceColumns& source, std::ptrdiff_t count, Body body) {
+[[gnu::always_inline]] inline void forEachWithNeighbours(const SourceColumns& source, std::ptrdiff_t count, Body body) {
     const std::ptrdiff_t begin = source.padLeft;
     const std::ptrdiff_t end = count - source.padRight;
 #pragma omp simd
@@ -59,16 +59,16 @@ public:
           left_(left),
           count_(right - left),
           source_(job, MaskWindow{1, 3}, left, right),
-          scratch_(RowRing<Key>::bytesFor(source_.count) + RowRing<Key>::bytesFor(count_)),
-          keys_(scratch_, source_.count),
-          bests_(scratch_, count_) {}
+          buffer_(RowRing<Key>::bytesFor(source_.count) + RowRing<Key>::bytesFor(count_)),
+          keys_(buffer_, source_.count),
+          bests_(buffer_, count_) {}
 
     /// Each source row's bests of three columns serve three output rows.
     void filterBySquare(std::ptrdiff_t top, std::ptrdiff_t bottom) const {
         const auto bestsOfThree = [&](std::ptrdiff_t y) {
             const Key* const row = keysOf(y);
             Key* __restrict const bests = bests_.row(y);
-            forEachColumn(source_, count_, [=](auto x, auto left, auto here, auto right) {
+            forEachWithNeighbours(source_, count_, [=](auto x, auto left, auto here, auto right) {
                 bests[x] = Order::best(Order::best(row[left], row[right]), row[here]);
             });
             return static_cast<const Key*>(bests);
@@ -94,7 +94,7 @@ public:
         for (std::ptrdiff_t y = top; y < bottom; ++y) {
             const Key* const below = keysOf(y + 1);
             auto* const dst = job_.dstRow(y) + left_;
-            forEachColumn(source_, count_, [=](auto x, auto left, auto here, auto right) {
+            forEachWithNeighbours(source_, count_, [=](auto x, auto left, auto here, auto right) {
                 const Key vertical = Order::best(above[here], below[here]);
                 const Key horizontal = Order::best(row[left], row[right]);
                 dst[x] = Order::pixelOf(Order::best(Order::best(vertical, horizontal), row[here]));
@@ -122,7 +122,7 @@ private:
     std::ptrdiff_t left_;
     std::ptrdiff_t count_;
     SourceColumns source_;
-    Scratch scratch_;
+    WorkBuffer buffer_;
     RowRing<Key> keys_;
     RowRing<Key> bests_;
 };

@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "Npp/Common/FilterJob.h"
-#include "Npp/Common/Scratch.h"
 #include "Npp/Common/TileSize.h"
+#include "Npp/Common/WorkBuffer.h"
 #include "Npp/Morphology/StructuringElement.h"
 #include "Npp/Morphology/WindowBests.h"
 
@@ -16,17 +16,17 @@ template <typename Order>
 class RectangleTiles {
 public:
     RectangleTiles(const FilterJob<typename Order::Pixel>& job, const StructuringElement& element,
-                   std::ptrdiff_t rowsLeft)
+                   std::ptrdiff_t maxRows)
         : job_(job),
           windowX_(element.windowX()),
           windowY_(element.windowY()),
-          tile_(windowX_.size, windowY_.size, job.roi.width, rowsLeft),
+          tile_(windowX_.size, windowY_.size, job.roi.width, maxRows),
           stride_(tile_.columns + windowX_.size - 1),
-          blockWidth_(widthOfBlocks(tile_.rows + windowY_.size - 1, stride_)),
-          scratch_(Scratch::bytesFor<Key>((tile_.rows + windowY_.size - 1) * blockWidth_) +
-                   Scratch::bytesFor<Key>(tile_.rows * stride_)),
-          block_(scratch_.template take<Key>((tile_.rows + windowY_.size - 1) * blockWidth_)),
-          bests_(scratch_.template take<Key>(tile_.rows * stride_)) {}
+          panelWidth_(widthOfPanels(tile_.rows + windowY_.size - 1, stride_)),
+          buffer_(WorkBuffer::bytesFor<Key>((tile_.rows + windowY_.size - 1) * panelWidth_) +
+                  WorkBuffer::bytesFor<Key>(tile_.rows * stride_)),
+          panel_(buffer_.template take<Key>((tile_.rows + windowY_.size - 1) * panelWidth_)),
+          bests_(buffer_.template take<Key>(tile_.rows * stride_)) {}
 
     void filter(std::ptrdiff_t begin, std::ptrdiff_t end) {
         forEachTile(tile_, begin, end, job_.roi.width, [this](auto... edges) { filterTile(edges...); });
@@ -36,7 +36,7 @@ private:
     using Key = typename Order::Key;
 
     /// Columns whose windows are worked out together: few enough for the second-level cache.
-    static std::ptrdiff_t widthOfBlocks(std::ptrdiff_t height, std::ptrdiff_t width) {
+    static std::ptrdiff_t widthOfPanels(std::ptrdiff_t height, std::ptrdiff_t width) {
         constexpr std::ptrdiff_t items = (std::ptrdiff_t{1} << 18) / sizeof(Key);
         return std::min(std::max<std::ptrdiff_t>(items / height, 64), width);
     }
@@ -44,9 +44,9 @@ private:
     void filterTile(std::ptrdiff_t top, std::ptrdiff_t bottom, std::ptrdiff_t left, std::ptrdiff_t right) {
         const std::ptrdiff_t rows = bottom - top;
         const SourceColumns source(job_, windowX_, left, right);
-        for (std::ptrdiff_t x = 0; x < source.count; x += blockWidth_) {
+        for (std::ptrdiff_t x = 0; x < source.count; x += panelWidth_) {
             bestsOfColumns(job_.offset.y + top - windowY_.before, rows, source.first + x,
-                           std::min(blockWidth_, source.count - x), bests_ + source.padLeft + x);
+                           std::min(panelWidth_, source.count - x), bests_ + source.padLeft + x);
         }
         for (std::ptrdiff_t j = 0; j < rows; ++j) {
             Key* const line = bests_ + j * stride_;
@@ -61,10 +61,10 @@ private:
                         Key* bests) const {
         for (std::ptrdiff_t j = 0; j < rows + windowY_.size - 1; ++j) {
             const auto* const row = job_.srcRow(top + j) + first;
-            std::transform(row, row + count, block_ + j * count, Order::keyOf);
+            std::transform(row, row + count, panel_ + j * count, Order::keyOf);
         }
-        windowBests<Order>(block_, rows * count, count, windowY_.size);
-        for (std::ptrdiff_t j = 0; j < rows; ++j) std::copy_n(block_ + j * count, count, bests + j * stride_);
+        windowBests<Order>(panel_, rows * count, count, windowY_.size);
+        for (std::ptrdiff_t j = 0; j < rows; ++j) std::copy_n(panel_ + j * count, count, bests + j * stride_);
     }
 
     const FilterJob<typename Order::Pixel>& job_;
@@ -72,9 +72,9 @@ private:
     MaskWindow windowY_;
     TileSize tile_;
     std::ptrdiff_t stride_;
-    std::ptrdiff_t blockWidth_;
-    Scratch scratch_;
-    Key* block_;
+    std::ptrdiff_t panelWidth_;
+    WorkBuffer buffer_;
+    Key* panel_;
     Key* bests_;
 };
 

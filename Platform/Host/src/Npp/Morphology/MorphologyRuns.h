@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "Npp/Common/FilterJob.h"
-#include "Npp/Common/Scratch.h"
 #include "Npp/Common/TileSize.h"
+#include "Npp/Common/WorkBuffer.h"
 #include "Npp/Morphology/StructuringElement.h"
 #include "Npp/Morphology/WindowBests.h"
 
@@ -46,17 +46,17 @@ template <typename Order>
 class RunTiles {
 public:
     RunTiles(const FilterJob<typename Order::Pixel>& job, const StructuringElement& element, const RunsInOrder& runs,
-             std::ptrdiff_t rowsLeft)
+             std::ptrdiff_t maxRows)
         : job_(job),
           windowX_(element.windowX()),
           runs_(runs),
           groupRows_(std::min(RunsInOrder::groupRows, element.windowY().size)),
-          tile_(windowX_.size, groupRows_, job.roi.width, rowsLeft),
+          tile_(windowX_.size, groupRows_, job.roi.width, maxRows),
           stride_(tile_.columns + windowX_.size - 1),
-          scratch_(Scratch::bytesFor<Key>((tile_.rows + groupRows_ - 1) * stride_) +
-                   Scratch::bytesFor<Key>(tile_.rows * tile_.columns)),
-          values_(scratch_.template take<Key>((tile_.rows + groupRows_ - 1) * stride_)),
-          bests_(scratch_.template take<Key>(tile_.rows * tile_.columns)) {}
+          buffer_(WorkBuffer::bytesFor<Key>((tile_.rows + groupRows_ - 1) * stride_) +
+                  WorkBuffer::bytesFor<Key>(tile_.rows * tile_.columns)),
+          values_(buffer_.template take<Key>((tile_.rows + groupRows_ - 1) * stride_)),
+          bests_(buffer_.template take<Key>(tile_.rows * tile_.columns)) {}
 
     void filter(std::ptrdiff_t begin, std::ptrdiff_t end) {
         forEachTile(tile_, begin, end, job_.roi.width, [this](auto... edges) { filterTile(edges...); });
@@ -127,7 +127,7 @@ private:
     std::ptrdiff_t groupRows_;
     TileSize tile_;
     std::ptrdiff_t stride_;
-    Scratch scratch_;
+    WorkBuffer buffer_;
     Key* values_;
     Key* bests_;
 };

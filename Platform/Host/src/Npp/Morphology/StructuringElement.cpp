@@ -14,10 +14,10 @@ MaskWindow windowWithCentre(std::ptrdiff_t low, std::ptrdiff_t high) {
 }  // namespace
 
 StructuringElement::StructuringElement(const Npp8u* mask, NppiSize size, NppiPoint anchor, NppiSize image) {
-    const std::ptrdiff_t furthestX = image.width - 1, furthestY = image.height - 1;
+    const std::ptrdiff_t maxOffsetX = image.width - 1, maxOffsetY = image.height - 1;
     for (int j = 0; j < size.height; ++j) {
-        const std::ptrdiff_t y = std::clamp<std::ptrdiff_t>(j - anchor.y, -furthestY, furthestY);
-        addRow(mask + static_cast<std::ptrdiff_t>(j) * size.width, size.width, anchor.x, y, furthestX);
+        const std::ptrdiff_t y = std::clamp<std::ptrdiff_t>(j - anchor.y, -maxOffsetY, maxOffsetY);
+        addRow(mask + static_cast<std::ptrdiff_t>(j) * size.width, size.width, anchor.x, y, maxOffsetX);
     }
     std::ptrdiff_t left = 0, right = 0, top = 0, bottom = 0;
     for (const MaskRun& run : runs_) {
@@ -32,9 +32,9 @@ StructuringElement::StructuringElement(const Npp8u* mask, NppiSize size, NppiPoi
 }
 
 void StructuringElement::addRow(const Npp8u* row, int width, std::ptrdiff_t anchor, std::ptrdiff_t y,
-                                std::ptrdiff_t furthest) {
+                                std::ptrdiff_t maxOffset) {
     const Npp8u* const end = row + width;
-    const auto offset = [&](const Npp8u* at) { return std::clamp(at - row - anchor, -furthest, furthest); };
+    const auto offset = [&](const Npp8u* at) { return std::clamp(at - row - anchor, -maxOffset, maxOffset); };
     for (const Npp8u* next = row; next != end;) {
         const Npp8u* const first = std::find_if(next, end, [](Npp8u byte) { return byte != 0; });
         if (first == end) return;

@@ -44,7 +44,7 @@ public:
     bool isRectangle() const { return isRectangle_; }
 
 private:
-    void addRow(const Npp8u* row, int width, std::ptrdiff_t anchor, std::ptrdiff_t y, std::ptrdiff_t furthest);
+    void addRow(const Npp8u* row, int width, std::ptrdiff_t anchor, std::ptrdiff_t y, std::ptrdiff_t maxOffset);
     bool fillsWindows() const;
 
     std::vector<MaskRun> runs_;

@@ -6,8 +6,8 @@
 
 namespace zel::host {
 
-/// The calling thread's scratch memory, cut into arrays for one filter. One at a time on a thread.
-class Scratch {
+/// A filter's work buffer: the calling thread's scratch, cut into arrays. One at a time on a thread.
+class WorkBuffer {
 public:
     static constexpr std::size_t alignment = 64;
 
@@ -17,9 +17,9 @@ public:
         return (count * sizeof(T) + 2 * alignment - 1) / alignment * alignment;
     }
 
-    explicit Scratch(std::size_t bytes) : next_(static_cast<std::byte*>(threadScratch(bytes))) {}
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
+    explicit WorkBuffer(std::size_t bytes) : next_(static_cast<std::byte*>(threadScratch(bytes))) {}
+    WorkBuffer(const WorkBuffer&) = delete;
+    WorkBuffer& operator=(const WorkBuffer&) = delete;
 
     /// The next `count` items, not initialised.
     template <typename T>
