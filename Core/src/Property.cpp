@@ -9,7 +9,7 @@ std::string toText(const Allowed<unsigned>& allowed) {
 }
 
 std::string toText(const Allowed<double>& allowed) {
-    const std::string low = plainText(allowed.excludesLow ? "above " : "of at least ", allowed.low);
+    std::string low = plainText(allowed.excludesLow ? "above " : "of at least ", allowed.low);
     if (allowed.high == std::numeric_limits<double>::max()) return low;
     return plainText(low, " and at most ", allowed.high);
 }
