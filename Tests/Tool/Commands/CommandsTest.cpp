@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "ImageFiles/ImageFile.h"
 #include "ProgramTest.h"
@@ -55,19 +56,18 @@ TEST_F(CommandsTest, VolumesAndTheirSpacingGoThroughAllFormatsAndFilters) {
 TEST_F(CommandsTest, DemoWritesWhatItsCommandLinesWrite) {
     const auto demo = nlohmann::json::parse(zel("demo new/demo --json").output);
     std::string input;
+    std::set<std::string> differentFiles;
     for (const auto& row : demo["results"]) {
         const std::string command = row["algorithm"], parameters = row["parameters"], file = row["file"];
-        if (command.empty()) {
-            input = file;
-            continue;
-        }
+        differentFiles.insert(folder.read(file));
+        if (command.empty()) input = file;
+        if (command.empty()) continue;
         SCOPED_TRACE(row.dump());
         const std::string output = "out" + file.substr(file.find('.'));
         ASSERT_EQ(zel(command + " " + input + " " + output + " " + parameters).exitCode, 0);
         EXPECT_TRUE(folder.read(file) == folder.read(output));
-        EXPECT_FALSE(folder.read(file) == folder.read(input));
     }
-    EXPECT_EQ(demo["results"].size(), 16U);
+    EXPECT_EQ(differentFiles.size(), 16U);
     EXPECT_EQ(image("new/demo/input.png").getDimension(0), 512U);
     EXPECT_EQ(image("new/demo/volume-box-filter.tif").getDimension(2), 48U);
     EXPECT_EQ(image(demo["contactSheet"]).getDimension(0), 16U + 4 * 272);
