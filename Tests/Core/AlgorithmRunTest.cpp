@@ -1,8 +1,5 @@
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <thread>
-#include <vector>
 
 #include "Helper/safe_cast.h"
 #include "Messages.h"
@@ -16,169 +13,142 @@ using test::messageOf;
 
 namespace {
 
-/// An algorithm of a class with a registry entry of its own for each test.
-class PlainAlgorithm : public RunnerAlgorithm {
-public:
-    explicit PlainAlgorithm(AlgoInfo& info, AbstractPrivateImplementation* parent = nullptr)
-        : RunnerAlgorithm(parent), info_(info) {}
-    AlgoInfo* classInfo() const override { return &info_; }
-
-protected:
+/// An algorithm with a registry entry of its own.
+struct PlainAlgorithm : RunnerAlgorithm {
+    explicit PlainAlgorithm(AlgoInfo& entry, AbstractPrivateImplementation* parent = nullptr)
+        : RunnerAlgorithm(parent), info(entry) {}
+    AlgoInfo* classInfo() const override { return &info; }
     void validate() const override {}
-
-private:
-    AlgoInfo& info_;
+    AlgoInfo& info;
 };
 
-/// A runner that does what the test wants, and tells when it is deleted.
-class FakeRunner : public Runnable {
-public:
-    explicit FakeRunner(std::function<void(BaseAlgorithm*)> work, bool available = true, bool* deleted = nullptr)
-        : work_(std::move(work)), available_(available), deleted_(deleted) {}
-    ~FakeRunner() override {
-        if (deleted_ != nullptr) *deleted_ = true;
+/// A runner whose implementation does what the test wants.
+struct FakeRunner : Runnable {
+    using Work = std::function<void(AbstractPrivateImplementation&)>;
+
+    struct Implementation : AbstractPrivateImplementation {
+        explicit Implementation(BaseAlgorithm* algorithm) : AbstractPrivateImplementation(algorithm) {}
+        void run() override {}
+    };
+
+    explicit FakeRunner(Work wanted) : work(std::move(wanted)) {}
+    void run(BaseAlgorithm* algorithm) override {
+        Implementation implementation(algorithm);
+        work(implementation);
     }
-    void run(BaseAlgorithm* algorithm) override { work_(algorithm); }
-    bool isAvailable() override { return available_; }
+    bool isAvailable() override { return available(); }
     int runnerKind() override { return 3; }
 
-private:
-    std::function<void(BaseAlgorithm*)> work_;
-    bool available_;
-    bool* deleted_;
+    Work work;
+    std::function<bool()> available = [] { return true; };
 };
 
-class FakeImplementation : public AbstractPrivateImplementation {
-public:
-    FakeImplementation(BaseAlgorithm* algorithm, std::function<void(FakeImplementation&)> work)
-        : AbstractPrivateImplementation(algorithm), work_(std::move(work)) {}
-    void run() override { work_(*this); }
+using Reports = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
 
-private:
-    std::function<void(FakeImplementation&)> work_;
-};
-
-Runnable* implementedBy(std::function<void(FakeImplementation&)> work) {
-    return new FakeRunner([work](BaseAlgorithm* algorithm) { FakeImplementation(algorithm, work).run(); });
-}
-
-class RecordedProgress : public InteractionInterface {
-public:
+struct RecordedProgress : InteractionInterface {
     void progress(std::uint64_t done, std::uint64_t total) override { reports.emplace_back(done, total); }
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> reports;
+    Reports reports;
 };
 
-using Reports = decltype(RecordedProgress::reports);
+class AlgorithmRunTest : public ::testing::Test {
+protected:
+    /// The algorithm runs a child, and makes a step behind it.
+    void addRunnerWithChild(FakeRunner::Work childsWork) {
+        childInfo_.addRunner(new FakeRunner(std::move(childsWork)));
+        info_.addRunner(new FakeRunner([this](AbstractPrivateImplementation& implementation) {
+            implementation.setNumberOfSteps(3);
+            PlainAlgorithm child(childInfo_, &implementation);
+            implementation.runChildAlgo(&child);
+            implementation.nextStep();
+        }));
+    }
+    Reports reportsOfRun() {
+        RecordedProgress progress;
+        algorithm_.run(&progress);
+        return progress.reports;
+    }
+
+    AlgoInfo info_{"Plain"}, childInfo_{"Child"};
+    PlainAlgorithm algorithm_{info_};
+};
 
 }  // namespace
 
-TEST(RunnersTest, TheFirstAvailableOneRunsAndRemovedOnesAreDeleted) {
-    AlgoInfo info("Plain");
-    PlainAlgorithm algorithm(info);
-    EXPECT_EQ(messageOf<RuntimeError>([&] { algorithm.run(); }), "No runner is available for Plain");
-
-    std::vector<int> order;
-    bool deleted = false;
-    info.addRunner(new FakeRunner([&](BaseAlgorithm*) { order.push_back(0); }, false));
-    Runnable* const first = new FakeRunner([&](BaseAlgorithm*) { order.push_back(1); }, true, &deleted);
-    info.addRunner(first);
-    info.addRunner(new FakeRunner([&](BaseAlgorithm*) { order.push_back(2); }));
-    algorithm.run();
-    info.removeRunner(first);
-    EXPECT_TRUE(deleted);
-    algorithm.run();
-    EXPECT_EQ(order, (std::vector<int>{1, 2}));
-    FakeRunner stranger([](BaseAlgorithm*) {});
-    info.removeRunner(&stranger);
-    EXPECT_EQ(info.runnerCount(), 2U);
+TEST_F(AlgorithmRunTest, TakesTheFirstAvailableRunnerAndDeletesRemovedOnes) {
+    EXPECT_EQ(messageOf([&] { algorithm_.run(); }), "No runner is available for Plain");
+    const auto order = std::make_shared<std::vector<int>>();  // each runner owns it too
+    const auto note = [](auto notes, int runner) { return [=](const auto&) { notes->push_back(runner); }; };
+    FakeRunner* const runners[] = {new FakeRunner(note(order, 0)), new FakeRunner(note(order, 1)),
+                                   new FakeRunner(note(order, 2))};
+    for (FakeRunner* const runner : runners) info_.addRunner(runner);
+    runners[0]->available = [] { return false; };
+    algorithm_.run();
+    info_.removeRunner(runners[1]);
+    EXPECT_EQ(order.use_count(), 3);
+    algorithm_.run();
+    EXPECT_EQ(*order, (std::vector<int>{1, 2}));
+    FakeRunner stranger(note(order, 3));
+    info_.removeRunner(&stranger);
+    EXPECT_EQ(info_.runnerCount(), 2U);
 }
 
-TEST(StepsTest, AreReportedAndEndComplete) {
-    AlgoInfo info("Plain");
-    info.addRunner(implementedBy([](FakeImplementation& implementation) {
+TEST_F(AlgorithmRunTest, ReportsStepsAndEndsComplete) {
+    info_.addRunner(new FakeRunner([](AbstractPrivateImplementation& implementation) {
         implementation.setNumberOfSteps(6);
         implementation.nextStep();
         implementation.incrementStep(2);
     }));
-    PlainAlgorithm algorithm(info);
-    for (int repeat = 0; repeat < 2; ++repeat) {
-        RecordedProgress progress;
-        algorithm.run(&progress);
-        EXPECT_EQ(progress.reports, (Reports{{0, 6}, {1, 6}, {3, 6}, {6, 6}}));
-    }
+    const Reports expected{{0, 6}, {1, 6}, {3, 6}, {6, 6}};
+    EXPECT_EQ(reportsOfRun(), expected);
+    EXPECT_EQ(reportsOfRun(), expected);
 }
 
-TEST(StepsTest, AChildIsOneStepOfItsParent) {
-    AlgoInfo childInfo("Child");
-    childInfo.addRunner(implementedBy([](FakeImplementation& implementation) {
+TEST_F(AlgorithmRunTest, CountsAChildAsOneStep) {
+    addRunnerWithChild([](AbstractPrivateImplementation& implementation) {
         implementation.setNumberOfSteps(50);
         implementation.incrementStep(50);
-    }));
-    AlgoInfo info("Parent");
-    info.addRunner(implementedBy([&](FakeImplementation& implementation) {
-        implementation.setNumberOfSteps(2);
-        PlainAlgorithm child(childInfo, &implementation);
-        implementation.runChildAlgo(&child);
-        implementation.nextStep();
-    }));
-    RecordedProgress progress;
-    PlainAlgorithm(info).run(&progress);
-    EXPECT_EQ(progress.reports, (Reports{{0, 2}, {1, 2}, {2, 2}}));
+    });
+    EXPECT_EQ(reportsOfRun(), (Reports{{0, 3}, {1, 3}, {2, 3}, {3, 3}}));
 }
 
-TEST(CancellingTest, ReachesARunFromAnotherThreadAndItsChild) {
-    AlgoInfo childInfo("Child");
-    PlainAlgorithm* running = nullptr;
-    childInfo.addRunner(implementedBy([&](FakeImplementation& implementation) {
+TEST_F(AlgorithmRunTest, IsCancelledFromAnotherThreadWithItsChild) {
+    addRunnerWithChild([&](AbstractPrivateImplementation& implementation) {
         EXPECT_NO_THROW(implementation.throwIfCancelled());
-        std::thread([&] { running->cancel(); }).join();
+        std::thread([&] { algorithm_.cancel(); }).join();
         implementation.throwIfCancelled();
-    }));
-    AlgoInfo info("Parent");
-    info.addRunner(implementedBy([&](FakeImplementation& implementation) {
-        PlainAlgorithm child(childInfo, &implementation);
-        implementation.runChildAlgo(&child);
         ADD_FAILURE() << "the child went on";
-    }));
-    PlainAlgorithm algorithm(info);
-    running = &algorithm;
-    EXPECT_THROW(algorithm.run(), ExceptionCancelation);
-    EXPECT_THROW(algorithm.run(), ExceptionCancelation) << "a cancelled run leaves the object fit for another";
+    });
+    EXPECT_THROW(algorithm_.run(), ExceptionCancelation);
+    EXPECT_THROW(algorithm_.run(), ExceptionCancelation) << "a cancelled run leaves the object fit for another";
 }
 
-TEST(CancellingTest, IsKeptUntilTheImplementationExists) {
-    AlgoInfo info("Plain");
+TEST_F(AlgorithmRunTest, KeepsACancellationUntilTheImplementationExists) {
     bool cancelEarly = true;
-    info.addRunner(new FakeRunner([&](BaseAlgorithm* algorithm) {
-        if (cancelEarly) algorithm->cancel();
-        FakeImplementation(algorithm, [](FakeImplementation& implementation) {
-            implementation.throwIfCancelled();
-        }).run();
-    }));
-    PlainAlgorithm algorithm(info);
-    EXPECT_THROW(algorithm.run(), ExceptionCancelation);
+    auto* const runner = new FakeRunner([](const auto& implementation) { implementation.throwIfCancelled(); });
+    runner->available = [&] {
+        if (cancelEarly) algorithm_.cancel();
+        return true;
+    };
+    info_.addRunner(runner);
+    EXPECT_THROW(algorithm_.run(), ExceptionCancelation);
     cancelEarly = false;
-    algorithm.cancel();  // nothing is running, so this reaches nothing
-    EXPECT_NO_THROW(algorithm.run());
+    algorithm_.cancel();  // nothing is running, so this reaches nothing
+    EXPECT_NO_THROW(algorithm_.run());
 }
 
-TEST(RunningTest, OneObjectTwiceAtOnceIsRefused) {
-    AlgoInfo info("Plain");
+TEST_F(AlgorithmRunTest, OfOneObjectTwiceAtOnceIsRefused) {
     std::string message;
-    info.addRunner(new FakeRunner(
-        [&](BaseAlgorithm* algorithm) { message = messageOf<RuntimeError>([=] { algorithm->run(); }); }));
-    PlainAlgorithm algorithm(info);
-    algorithm.run();
+    info_.addRunner(new FakeRunner([&](const auto&) { message = messageOf([&] { algorithm_.run(); }); }));
+    algorithm_.run();
     EXPECT_EQ(message, "this Plain is running already; use another object to run two at once");
 }
 
 TEST(SafeCastTest, NamesBothTypesWhenItFails) {
     cuda::CudaErosion2d erosion;
     BaseAlgorithm* const base = &erosion;
-    EXPECT_EQ(safe_cast<cuda::CudaErosion2d*>(base), &erosion);
+    const std::string from = typeid(base).name(), to = typeid(cuda::CudaDilation2d*).name();
     EXPECT_EQ(messageOf<UnexpectedError>([&] { safe_cast<cuda::CudaDilation2d*>(base); }),
-              std::string("bad cast when casting ") + typeid(BaseAlgorithm*).name() + " into " +
-                  typeid(cuda::CudaDilation2d*).name());
+              "bad cast when casting " + from + " into " + to);
 }
 
 TEST(ExceptionsTest, AreCaughtAsTheirBases) {
@@ -189,27 +159,21 @@ TEST(ExceptionsTest, AreCaughtAsTheirBases) {
 
 // A voxel type that no runner knows, but that is exact in float, is seen by the runner as float and by nobody else.
 TEST(AdaptedImagesTest, AreSeenByTheRunnerOnly) {
-    HostImage input = test::randomImage<std::int8_t>({5, 2}, 1);
-    HostImage output(VoxelTypes::int8, {5, 2});
+    HostImage input = test::randomImage<std::int8_t>({5, 2}, 1), output(VoxelTypes::int8, {5, 2});
     cuda::CudaBoxFilter2d filter;
     filter.inputImage = &input;
     filter.outputImage = &output;
-
-    bool fail = false;
-    auto* const runner = new FakeRunner([&](BaseAlgorithm* algorithm) {
-        auto* const box = safe_cast<cuda::CudaBoxFilter2d*>(algorithm);
-        EXPECT_EQ(box->inputImage.get()->getDataType(), VoxelTypes::float32);
-        EXPECT_EQ(box->outputImage.get()->getDataType(), VoxelTypes::float32);
+    auto* const runner = new FakeRunner([&](const auto&) {
+        EXPECT_EQ(filter.inputImage.get()->getDataType(), VoxelTypes::float32);
+        EXPECT_EQ(filter.outputImage.get()->getDataType(), VoxelTypes::float32);
         const float row[] = {-1.9F, 2, 3, 4, 5};
-        EXPECT_TRUE(box->outputImage.get()->writeRow(5, row, 0, 0, 0, 0, 0));
-        if (fail) throw ExceptionCancelation();
+        EXPECT_TRUE(filter.outputImage.get()->writeRow(5, row, 0, 0, 0, 0, 0));
+        throw ExceptionCancelation();
     });
     cuda::CudaBoxFilter2d::getClassInfo()->addRunner(runner);
-    filter.run();
-    EXPECT_EQ(test::voxels<std::int8_t>(output)[0], -1);
-    fail = true;
     EXPECT_THROW(filter.run(), ExceptionCancelation);
+    cuda::CudaBoxFilter2d::getClassInfo()->removeRunner(runner);
+    EXPECT_EQ(test::voxels<std::int8_t>(output)[0], -1);
     EXPECT_EQ(filter.inputImage.get(), &input);
     EXPECT_EQ(filter.outputImage.get(), &output);
-    cuda::CudaBoxFilter2d::getClassInfo()->removeRunner(runner);
 }

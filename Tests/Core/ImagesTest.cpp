@@ -1,17 +1,13 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 
 #include "Messages.h"
 #include "TestImages.h"
-#include "zel/HostImage.h"
 #include "zel/ImageModelAdapter.h"
-#include "zel/ImageModelSizeProxy.h"
 #include "zel/TarnwayImage.h"
 #include "zel/TemporaryImage.h"
 
 using namespace zel;
-using test::messageOf;
+using namespace zel::test;
 using testing::HasSubstr;
 
 TEST(HostImageTest, OwnsZeroedVoxelsOfEveryType) {
@@ -30,10 +26,9 @@ TEST(HostImageTest, ReadsAndWritesRowsWhereTheyLie) {
     HostImage image(VoxelTypes::uint16, {4, 3, 2, 2, 2});
     const std::uint16_t written[] = {7, 8};
     ASSERT_TRUE(image.writeRow(2, written, 1, 2, 1, 0, 1));
-    // Element (1, 2, 1, 0, 1), x fastest.
-    const std::size_t position = (((1 * 2 + 0) * 2 + 1) * 3 + 2) * 4 + 1;
-    EXPECT_EQ(test::voxels<std::uint16_t>(image)[position], 7);
-    EXPECT_EQ(test::voxels<std::uint16_t>(image)[position + 1], 8);
+    const std::size_t position = (((1 * 2 + 0) * 2 + 1) * 3 + 2) * 4 + 1;  // x fastest
+    EXPECT_EQ(voxels<std::uint16_t>(image)[position], 7);
+    EXPECT_EQ(voxels<std::uint16_t>(image)[position + 1], 8);
     std::uint16_t read[2] = {};
     ASSERT_TRUE(image.readRow(2, read, 1, 2, 1, 0, 1));
     EXPECT_EQ(read[1], 8);
@@ -46,36 +41,31 @@ TEST(HostImageTest, ReadsAndWritesRowsWhereTheyLie) {
 
 TEST(HostImageTest, ShowsMemoryWithLongerRows) {
     std::uint8_t memory[] = {1, 2, 3, 99, 4, 5, 6};
-    HostImage image(VoxelTypes::uint8, {3, 2}, memory, 4);
-    EXPECT_EQ(test::readAll<std::uint8_t>(image), (std::vector<std::uint8_t>{1, 2, 3, 4, 5, 6}));
+    HostImage image(VoxelTypes::uint8, {3, 2}, memory, 4), packed(VoxelTypes::uint8, {7}, memory);
+    EXPECT_EQ(readAll<std::uint8_t>(image), (std::vector<std::uint8_t>{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(image.hostDataReadOnly(), nullptr) << "rows with gaps are no contiguous data";
     EXPECT_EQ(image.extentBytes(), sizeof memory);
-    HostImage packed(VoxelTypes::uint8, {7}, memory);
     EXPECT_EQ(packed.hostDataWritable(), memory);
-    EXPECT_THAT(messageOf<RuntimeError>([&] {
-                    HostImage(VoxelTypes::uint16, {3, 2}, memory, 5);
-                }),
-                HasSubstr("a row pitch of 5 bytes is too small for rows of 6 bytes"));
 }
 
 TEST(HostImageTest, RefusesWhatCannotBeHad) {
-    EXPECT_THAT(messageOf<RuntimeError>([] {
-                    HostImage(VoxelTypes::float64, {SIZE_MAX / 8, 2});
-                }),
-                HasSubstr("more bytes than this machine can count"));
-    EXPECT_THAT(messageOf<RuntimeError>([] { HostImage(VoxelTypes::uint8, {std::size_t{1} << 60}); }),
-                HasSubstr("cannot allocate 1152921504606846976 bytes"));
     char memory[8];
-    EXPECT_THAT(messageOf<RuntimeError>([&] {
-                    HostImage(VoxelTypes::uint8, {1, SIZE_MAX / 4}, memory, 8);
-                }),
-                HasSubstr("more bytes than this machine can count"));
+    const auto expectRefusal = [](const char* message, auto&&... given) {
+        EXPECT_THAT(messageOf([&] { HostImage(given...); }), HasSubstr(message));
+    };
+    const char* const uncountable = "more bytes than this machine can count";
+    expectRefusal(uncountable, VoxelTypes::float64, ImageSize{SIZE_MAX / 8, 2});
+    expectRefusal(uncountable, VoxelTypes::uint8, ImageSize{1, SIZE_MAX / 4}, memory, 8);
+    expectRefusal("cannot allocate 1152921504606846976 bytes", VoxelTypes::uint8, ImageSize{std::size_t{1} << 60});
+    expectRefusal("a row pitch of 5 bytes is too small for rows of 6 bytes", VoxelTypes::uint16, ImageSize{3, 2},
+                  memory, 5);
 }
 
 TEST(LocatedImageTest, KeepsItsSpacingWhenToldABadOne) {
     HostImage image(VoxelTypes::uint8, {1});
     for (const double bad : {0.0, -1.0, std::nan(""), HUGE_VAL}) EXPECT_THROW(image.setSpacing(0, bad), RuntimeError);
     EXPECT_EQ(image.getSpacing(0), 1);
+    EXPECT_THROW(image.setOrigin(0, HUGE_VAL), RuntimeError);
 }
 
 TEST(TarnwayImageTest, WithoutAViewIsEmpty) {
@@ -88,18 +78,17 @@ TEST(TarnwayImageTest, WithoutAViewIsEmpty) {
 }
 
 TEST(ImageModelTest, TakesOverThePlaceOfAnother) {
-    HostImage other(VoxelTypes::uint8, {2, 2, 2});
+    HostImage other(VoxelTypes::uint8, {2, 2, 2}), image(VoxelTypes::uint8, {4, 4, 4});
     for (const int axis : {0, 1, 2}) {
         other.setOrigin(axis, 10.0 + axis);
         other.setSpacing(axis, 2.0 + axis);
     }
-    const ImageModel::Orientation turned = {tarnway::Vector<double, 3>(0, 1, 0), tarnway::Vector<double, 3>(-1, 0, 0),
-                                            tarnway::Vector<double, 3>(0, 0, 1)};
+    using Axis = tarnway::Vector<double, 3>;
+    const ImageModel::Orientation turned = {Axis(0, 1, 0), Axis(-1, 0, 0), Axis(0, 0, 1)};
     other.setOrientation(turned);
 
-    HostImage image(VoxelTypes::uint8, {4, 4, 4});
     // A part takes the place itself; the image behind it moves along.
-    ImageModelSizeProxy part(&image, 1, 2, 2, 2, 3, 1, 0, 1, 0, 1);
+    ImageModelSizeProxy part = partOf(image, {1, 2, 3}, {2, 2, 1});
     ImageModelAdapter seenAsFloat(&part, VoxelTypes::float32, DataConvertionTypes::cast);
     seenAsFloat.enforceSameCharacteristics(&other, 4);
     ImageModel::Orientation orientation;
@@ -113,10 +102,9 @@ TEST(ImageModelTest, TakesOverThePlaceOfAnother) {
 
     seenAsFloat.setBackgroundValue(7);
     EXPECT_EQ(image.getBackgroundValue(), 7);
-    EXPECT_THROW(image.setOrigin(0, HUGE_VAL), RuntimeError);
     const ImageModel& constant = image;
     ImageModelAdapter readOnly(&constant, VoxelTypes::float32, DataConvertionTypes::cast);
-    EXPECT_EQ(messageOf<RuntimeError>([&] { readOnly.enforceSameCharacteristics(&other, 1); }),
+    EXPECT_EQ(messageOf([&] { readOnly.enforceSameCharacteristics(&other, 1); }),
               "a read-only view of an image cannot change it");
 }
 
@@ -131,7 +119,7 @@ TEST(TemporaryImageTest, KeepsItsModelThroughEachReserve) {
     // Who is given the model as its output can size it too.
     dynamic_cast<ResizableImage&>(*model).reserve(VoxelTypes::float32, {2, 2});
     EXPECT_EQ(temporary->getImageModel(), model);
-    EXPECT_EQ(test::readAll<float>(*model), std::vector<float>(4));
+    EXPECT_EQ(readAll<float>(*model), std::vector<float>(4));
     EXPECT_EQ(model->getSpacing(0), 1);
     EXPECT_THROW(temporary->reserve(VoxelTypes::float32, std::size_t{1} << 60, 1, 1, 1, 1), RuntimeError);
     EXPECT_EQ(model->getDimension(0), 0U) << "an image that could not be had is empty";

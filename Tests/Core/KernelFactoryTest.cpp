@@ -13,9 +13,7 @@ using kernel_factory::createGaussian1D;
 
 TEST(Gaussian1DTest, HasTheTextbookShapeAboutItsCentre) {
     const Kernel3D kernel = createGaussian1D(5, 1.5, KernelDirection3D::y);
-    EXPECT_EQ(kernel.size(0), 1U);
-    EXPECT_EQ(kernel.size(1), 5U);
-    EXPECT_EQ(kernel.size(2), 1U);
+    EXPECT_EQ((std::array{kernel.size(0), kernel.size(1), kernel.size(2)}), (std::array<std::size_t, 3>{1, 5, 1}));
     const double near = std::exp(-1 / 4.5), far = std::exp(-4 / 4.5);
     EXPECT_EQ(kernel.coefficients(), (std::vector<double>{far, near, 1, near, far}));
     const double half = std::exp(-0.125);
@@ -39,9 +37,9 @@ TEST(Gaussian1DTest, OfNoWidthIsItsCentre) {
         EXPECT_EQ(createGaussian1D(1, sigma, KernelDirection3D::x).coefficients(), (std::vector<double>{1}));
         EXPECT_EQ(createGaussian1D(3, sigma, KernelDirection3D::x).coefficients(), (std::vector<double>{0, 1, 0}));
     }
-    Kernel3D nothing = createGaussian1D(2, 0, KernelDirection3D::x);
-    EXPECT_THROW(nothing.normalize(), RuntimeError);
+    EXPECT_THROW(createGaussian1D(2, 0, KernelDirection3D::x).normalize(), RuntimeError);
     EXPECT_THROW(createGaussian1D(0, 1, KernelDirection3D::x), RuntimeError);
-    EXPECT_THROW(createGaussian1D(3, -1, KernelDirection3D::x), RuntimeError);
-    EXPECT_THROW(createGaussian1D(3, std::nan(""), KernelDirection3D::x), RuntimeError);
+    for (const double sigma : {-1.0, std::nan(""), HUGE_VAL}) {
+        EXPECT_THROW(createGaussian1D(3, sigma, KernelDirection3D::x), RuntimeError);
+    }
 }

@@ -26,35 +26,49 @@ std::pair<Size, Size> boxes(const std::vector<DataFrameView::Column>& columns, c
 }  // namespace
 
 TEST(TemplateTransformationTest, ReadsTheColumnsThatARowHas) {
-    const DataFrameView table({{"scaleY", {1, 3}}, {"psi", {0, 0.5}}});
-    TemplateTransformationInfo info;
-    info.theta = 7;
-    updateTemplateTransformationInfo(&table, 1, 2, info);
-    EXPECT_EQ(info.psi, 0.5);
-    EXPECT_EQ(info.theta, 0);
-    EXPECT_EQ(info.scaleY, 3);
-    EXPECT_EQ(info.scaleX, 1);
-    EXPECT_TRUE(info.hasRotation && info.hasScale);
-    updateTemplateTransformationInfo(&table, 0, 2, info);
-    EXPECT_FALSE(info.hasRotation || info.hasScale) << "angles of 0 and scales of 1 change nothing";
-    info.hasScale = true;
-    updateTemplateTransformationInfo(nullptr, 0, 0, info);
-    EXPECT_FALSE(info.hasScale);
+    using Info = TemplateTransformationInfo;
+    const std::pair<const char*, double Info::*> columns[]{{"phi", &Info::phi},       {"theta", &Info::theta},
+                                                           {"psi", &Info::psi},       {"scaleX", &Info::scaleX},
+                                                           {"scaleY", &Info::scaleY}, {"scaleZ", &Info::scaleZ}};
+    for (const auto& [name, field] : columns) {
+        SCOPED_TRACE(name);
+        const bool isScale = std::string(name).starts_with("scale");
+        const double neutral = isScale ? 1 : 0;
+        const DataFrameView table({{name, {neutral, 0.5}}});
+        Info info;
+        info.theta = info.scaleY = 7;
+        updateTemplateTransformationInfo(&table, 1, 1, info);
+        EXPECT_EQ(info.*field, 0.5);
+        EXPECT_EQ(info.phi + info.theta + info.psi + info.scaleX + info.scaleY + info.scaleZ, 3 - neutral + 0.5);
+        EXPECT_EQ(info.hasScale, isScale);
+        EXPECT_EQ(info.hasRotation, !isScale);
+        updateTemplateTransformationInfo(&table, 0, 1, info);
+        EXPECT_FALSE(info.hasRotation || info.hasScale);
+        info.hasScale = true;
+        updateTemplateTransformationInfo(nullptr, 0, 0, info);
+        EXPECT_FALSE(info.hasScale);
+    }
 }
 
 TEST(TemplateTransformationTest, TurnsAboutZThenXThenZ) {
     TemplateTransformationInfo info;
-    const auto turned = [&](std::size_t axis) {
-        const auto matrix = rotationMatrix(info);
-        return Spacing{matrix.at(0, axis), matrix.at(1, axis), matrix.at(2, axis)};
+    info.psi = 0.3;
+    info.theta = 0.4;
+    info.phi = 0.5;
+    // The turns one by one: by psi about z, by theta about x, by phi about z.
+    const auto turn = [](double& from, double& to, double angle) {
+        const double a = from, b = to;
+        from = a * std::cos(angle) - b * std::sin(angle);
+        to = a * std::sin(angle) + b * std::cos(angle);
     };
-    info.psi = M_PI / 2;  // x to y
-    EXPECT_NEAR(turned(0)[1], 1, 1e-15);
-    info.theta = M_PI / 2;  // and that to z
-    EXPECT_NEAR(turned(0)[2], 1, 1e-15);
-    info.phi = M_PI / 2;  // which phi leaves, while it takes y, by now at -x, to -y
-    EXPECT_NEAR(turned(0)[2], 1, 1e-15);
-    EXPECT_NEAR(turned(1)[1], -1, 1e-15);
+    for (const std::size_t axis : {0, 1, 2}) {
+        Spacing turned{};
+        turned[axis] = 1;
+        turn(turned[0], turned[1], info.psi);
+        turn(turned[1], turned[2], info.theta);
+        turn(turned[0], turned[1], info.phi);
+        for (const std::size_t row : {0, 1, 2}) EXPECT_NEAR(rotationMatrix(info).at(row, axis), turned[row], 1e-15);
+    }
 }
 
 TEST(TemplateTransformationTest, BoxesHoldTheTemplateUnderEachRow) {

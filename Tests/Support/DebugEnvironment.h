@@ -14,8 +14,6 @@ public:
         for (const auto& [name, value] : variables) setenv(name, value, 1);
     }
     ~DebugEnvironment() { clear(); }
-    DebugEnvironment(const DebugEnvironment&) = delete;
-    DebugEnvironment& operator=(const DebugEnvironment&) = delete;
 
 private:
     static void clear() {

@@ -1,11 +1,6 @@
 #pragma once
 
-#include <cuda_runtime.h>
-#include <gtest/gtest.h>
 #include <host_device.h>
-
-#include <span>
-#include <vector>
 
 #include "RunChecks.h"
 
@@ -23,15 +18,11 @@ std::uint64_t peakBytesOf(Run&& run) {
 }
 
 /// A run that is disturbed in all ways, and that has to be right afterwards.
-template <typename Run, typename T>
+template <typename Run>
 class DisturbedRun {
 public:
     /// Runs it once, undisturbed.
-    explicit DisturbedRun(Run& run) : run_(run) {
-        run_.filter.run();
-        expected_ = run_.template result<T>();
-        before_ = host::deviceUse();
-    }
+    explicit DisturbedRun(Run& run) : run_(run), expected_(resultOf<Pixel>(run)), before_(host::deviceUse()) {}
 
     /// Nothing is left on the device, no error is pending, and the next run gives what it should.
     void expectUnharmed() {
@@ -39,48 +30,31 @@ public:
         after.peakBytes = before_.peakBytes;
         EXPECT_EQ(after, before_) << "something was left on the device";
         EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
+        EXPECT_EQ(resultOf<Pixel>(run_), expected_);
+    }
+
+    /// Lets the device refuse this call or fail in it, once for each time that a run makes it; each run is then to end
+    /// in a RuntimeError. Looks behind each by `check`.
+    template <typename Check>
+    void disturbEach(const char* call, host::FaultKind kind, const Check& check) {
+        host::resetCallCounts();
         run_.filter.run();
-        EXPECT_EQ(run_.template result<T>(), expected_);
-    }
-
-    /// Refuses each of these calls once, as often as a run makes it.
-    void refuseEachCall(std::span<const char* const> calls) {
-        for (const char* call : calls) {
-            const std::uint64_t count = countOf(call);
-            for (std::uint64_t nth = 1; nth <= count; ++nth) {
-                SCOPED_TRACE(testing::Message() << call << ", call " << nth);
-                host::injectFault({.call = call, .nth = nth});
-                EXPECT_THROW(run_.filter.run(), RuntimeError);
-                EXPECT_TRUE(host::faultFired());
-            }
-        }
-        host::clearFault();
-        expectUnharmed();
-    }
-
-    /// Lets the device fail in each such call. Of a run whose images lie in host memory: they outlast a reset.
-    void failDeviceAtEach(const char* call) {
-        const std::uint64_t count = countOf(call);
+        const std::uint64_t count = host::callCount(call);
         for (std::uint64_t nth = 1; nth <= count; ++nth) {
             SCOPED_TRACE(testing::Message() << call << ", call " << nth);
-            host::injectFault({.call = call, .nth = nth, .kind = host::FaultKind::failed});
+            host::injectFault({.call = call, .nth = nth, .kind = kind});
             EXPECT_THROW(run_.filter.run(), RuntimeError);
-            EXPECT_THROW(run_.filter.run(), RuntimeError) << "the error is sticky";
+            EXPECT_TRUE(host::faultFired());
+            check();
             host::clearFault();
-            ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
-            expectUnharmed();
         }
     }
 
 private:
-    std::uint64_t countOf(const char* call) {
-        host::resetCallCounts();
-        run_.filter.run();
-        return host::callCount(call);
-    }
+    using Pixel = typename Run::Pixel;
 
     Run& run_;
-    std::vector<T> expected_;
+    std::vector<Pixel> expected_;
     host::DeviceUse before_;
 };
 

@@ -29,17 +29,6 @@ std::vector<T> onHost(const DeviceVector<T>& vector) {
 struct Square {
     __host__ __device__ float operator()(float x) const { return x * x; }
 };
-struct ScaleAndAdd {
-    float factor;
-    __host__ __device__ float operator()(float x, float y) const { return factor * x + y; }
-};
-struct IsNegative {
-    __host__ __device__ bool operator()(float x) const { return x < 0; }
-};
-struct Masked {
-    __host__ __device__ float operator()(float x, bool mask) const { return mask ? x : 0; }
-};
-
 using Floats = std::vector<float>;
 
 inline void makeVectors() {
@@ -54,29 +43,27 @@ inline void makeVectors() {
 
 inline void fillVectors() {
     DeviceVector<float> vector(4, 1.0f);
+    float* const raw = thrust::raw_pointer_cast(vector.data());
     thrust::fill(vector.begin() + 1, vector.end(), 2.0f);
-    EXPECT_EQ(onHost(vector), (Floats{1, 2, 2, 2}));
-    thrust::fill(cuda::thrustPolicy, thrust::raw_pointer_cast(vector.data()) + 2,
-                 thrust::raw_pointer_cast(vector.data()) + 4, 3.0f);
+    thrust::fill(cuda::thrustPolicy, raw + 2, raw + 4, 3.0f);
     EXPECT_EQ(onHost(vector), (Floats{1, 2, 3, 3}));
-    thrust::fill_n(thrust::device_pointer_cast(vector.data().get()), 1, 4.0f);
+    thrust::fill_n(thrust::device_pointer_cast(raw), 1, 4.0f);
     EXPECT_EQ(onHost(vector), (Floats{4, 2, 3, 3}));
 }
 
 inline void transformVectors() {
     using cuda::thrustPolicy;
+    using namespace thrust::placeholders;
     const DeviceVector<float> a(Floats{1, -2, 3}), b(Floats{10, 20, 30});
     DeviceVector<float> result(3);
     DeviceVector<bool> negative(3);
     thrust::transform(thrustPolicy, a.begin(), a.end(), result.begin(), Square());
     EXPECT_EQ(onHost(result), (Floats{1, 4, 9}));
-    thrust::transform(thrustPolicy, a.begin(), a.end(), b.begin(), result.begin(), ScaleAndAdd{2});
-    EXPECT_EQ(onHost(result), (Floats{12, 16, 36}));
-    thrust::transform(thrustPolicy, result.begin(), result.end(), b.begin(), result.begin(), thrust::minus<float>());
-    EXPECT_EQ(onHost(result), (Floats{2, -4, 6}));
-    thrust::transform(thrustPolicy, a.begin(), a.end(), negative.begin(), IsNegative());
+    thrust::transform(thrustPolicy, result.begin(), result.end(), b.begin(), result.begin(), 2 * _1 - _2);
+    EXPECT_EQ(onHost(result), (Floats{-8, -12, -12}));
+    thrust::transform(thrustPolicy, a.begin(), a.end(), negative.begin(), _1 < 0);
     EXPECT_EQ(onHost(negative), (std::vector<bool>{false, true, false}));
-    thrust::transform(thrustPolicy, b.begin(), b.end(), negative.begin(), result.begin(), Masked());
+    thrust::transform(thrustPolicy, b.begin(), b.end(), negative.begin(), result.begin(), _1 * _2);
     EXPECT_EQ(onHost(result), (Floats{0, 20, 0}));
 }
 
@@ -92,13 +79,11 @@ inline void reduceVectors() {
 }
 
 inline void copyVectors() {
-    DeviceVector<float> vector(3);
-    const thrust::host_vector<float> host(3, 4.0f);
-    vector = host;
+    DeviceVector<float> vector(3), other;
+    vector = thrust::host_vector<float>(3, 4.0f);
     EXPECT_EQ(onHost(vector), Floats(3, 4.0f));
     const Floats values{5, 6};
     thrust::copy(values.begin(), values.end(), vector.begin() + 1);
-    DeviceVector<float> other;
     other = vector;
     thrust::copy(vector.begin() + 1, vector.end(), other.begin());
     EXPECT_EQ(onHost(other), (Floats{5, 6, 6}));

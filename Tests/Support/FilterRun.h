@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <type_traits>
-#include <vector>
 
 #include "TestImages.h"
 #include "tarnway_cuda/CudaImageView.h"
@@ -26,11 +23,6 @@ struct PlacementOf {
 using Placement = PlacementOf<Vector2<unsigned>>;
 using Placement3d = PlacementOf<Vector3<unsigned>>;
 
-template <typename Tile = Vector2<unsigned>>
-std::vector<PlacementOf<Tile>> allPlacements(const std::type_identity_t<Tile>& tile) {
-    return {{false, false, tile}, {false, true, tile}, {true, false, tile}, {true, true, tile}};
-}
-
 /// The image on the device, the same voxels in it.
 inline std::unique_ptr<ImageModel> onDevice(const HostImage& image) {
     auto result = std::make_unique<TarnwayImage>(
@@ -41,8 +33,10 @@ inline std::unique_ptr<ImageModel> onDevice(const HostImage& image) {
 }
 
 /// A filter with its images and its tile in place. Run `filter` as often as you like.
-template <typename Filter, typename Tile = Vector2<unsigned>>
+template <typename Filter>
 struct FilterRun {
+    using Tile = std::remove_cvref_t<decltype(std::declval<Filter>().tileSize.get())>;
+
     FilterRun(HostImage& image, VoxelTypes outputType, const PlacementOf<Tile>& placement)
         : hostOutput(outputType, {image.getDimension(0), image.getDimension(1), image.getDimension(2)}) {
         if (placement.inputOnDevice) deviceInput = onDevice(image);
@@ -53,40 +47,34 @@ struct FilterRun {
         filter.tileSize = placement.tile;
     }
 
-    template <typename T>
-    std::vector<T> result() const {
-        return readAll<T>(*filter.outputImage.get());
-    }
-
     HostImage hostOutput;
     std::unique_ptr<ImageModel> deviceInput;
     std::unique_ptr<ImageModel> deviceOutput;
     Filter filter;
 };
 
+/// What a run gives.
+template <typename T, typename Run>
+std::vector<T> resultOf(Run&& run) {
+    run.filter.run();
+    return readAll<T>(*run.filter.outputImage.get());
+}
+
 /// Counts what a run reports, and cancels it when so many steps are done.
-class StepWatch : public InteractionInterface {
-public:
-    static constexpr std::uint64_t never = UINT64_MAX;
+struct StepWatch : InteractionInterface {
+    explicit StepWatch(BaseAlgorithm* watched = nullptr, std::uint64_t at = UINT64_MAX)
+        : algorithm(watched), cancelAt(at) {}
 
-    explicit StepWatch(BaseAlgorithm* algorithm = nullptr, std::uint64_t cancelAt = never)
-        : algorithm_(algorithm), cancelAt_(cancelAt) {}
-
-    void progress(std::uint64_t done, std::uint64_t total) override {
-        ++reports_;
-        total_ = total;
-        if (done == cancelAt_) algorithm_->cancel();
+    void progress(std::uint64_t done, std::uint64_t ofAll) override {
+        total = ofAll;
+        ++reports;
+        if (done == cancelAt) algorithm->cancel();
     }
-
-    std::uint64_t total() const { return total_; }
     /// Calls of nextStep: every report but the first, if none was left for the end of the run.
-    std::uint64_t steps() const { return reports_ - 1; }
+    std::uint64_t steps() const { return reports - 1; }
 
-private:
-    BaseAlgorithm* algorithm_;
-    std::uint64_t cancelAt_;
-    std::uint64_t total_ = 0;
-    std::uint64_t reports_ = 0;
+    BaseAlgorithm* algorithm;
+    std::uint64_t cancelAt, total = 0, reports = 0;
 };
 
 }  // namespace zel::test

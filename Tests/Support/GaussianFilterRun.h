@@ -13,7 +13,7 @@ struct GaussianParameters {
 };
 
 /// A Gaussian filter with its images in place.
-struct GaussianFilterRun : FilterRun<cuda::CudaGaussianFilter3d, Vector3<unsigned>> {
+struct GaussianFilterRun : FilterRun<cuda::CudaGaussianFilter3d> {
     GaussianFilterRun(HostImage& image, VoxelTypes outputType, const GaussianParameters& parameters,
                       const Placement3d& placement)
         : FilterRun(image, outputType, placement) {

@@ -8,8 +8,8 @@
 
 namespace zel::test {
 
-/// The message of the Error that the action raises; a message of its own when it raises none.
-template <typename Error, typename Action>
+/// The message of the error that the action raises; one of its own when it raises none.
+template <typename Error = RuntimeError, typename Action>
 std::string messageOf(const Action& action) {
     try {
         action();

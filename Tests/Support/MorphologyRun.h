@@ -15,12 +15,4 @@ struct MorphologyRun : FilterRun<Algo> {
     }
 };
 
-/// What the algorithm makes of an image in host memory, as one block.
-template <typename Algo, typename T>
-std::vector<T> morphology(HostImage& image, unsigned radius, bool square) {
-    MorphologyRun<Algo> run(image, radius, square, {});
-    run.filter.run();
-    return run.template result<T>();
-}
-
 }  // namespace zel::test

@@ -1,17 +1,13 @@
 #pragma once
 
-#include <cmath>
-#include <vector>
-
 #include "GaussianFilterRun.h"
-#include "PlainConvolution.h"
+#include "PlainFilters.h"
 
 namespace zel::test {
 
 /// Normalised taps, rounded to float.
 inline std::vector<float> plainTaps(double sigma, double kernelSizeFactor) {
-    const auto asked = static_cast<long>(std::ceil(2 * kernelSizeFactor * sigma));
-    const long half = asked / 2;
+    const auto half = static_cast<long>(std::ceil(2 * kernelSizeFactor * sigma)) / 2;
     std::vector<double> taps;
     double sum = 0;
     for (long i = -half; i <= half; ++i) {
@@ -22,21 +18,16 @@ inline std::vector<float> plainTaps(double sigma, double kernelSizeFactor) {
     return {taps.begin(), taps.end()};
 }
 
-template <typename TWork, typename TOut, typename TIn>
+/// The whole filter in the order of operations that it promises.
+template <typename TOut, typename TIn>
 std::vector<TOut> plainGaussian(const PlainVolume<TIn>& in, const GaussianParameters& parameters) {
     const auto taps = [&](double sigma) { return plainTaps(sigma, parameters.kernelSizeFactor); };
-    const auto alongX = plainPass<TWork>(in, 0, taps(parameters.sigma.x));
-    const auto alongY = plainPass<TWork>(alongX, 1, taps(parameters.sigma.y));
-    return plainPass<TOut>(alongY, 2, taps(parameters.sigma.z)).voxels;
-}
-
-/// The whole filter in the plainest way, in the order of operations that it promises.
-template <typename TIn, typename TOut>
-std::vector<TOut> plainGaussian(const HostImage& image, const GaussianParameters& parameters) {
-    const PlainVolume<TIn> in{{image.getDimension(0), image.getDimension(1), image.getDimension(2)},
-                              readAll<TIn>(image)};
-    if (parameters.voxelTypeIntermediate) return plainGaussian<TOut, TOut>(in, parameters);
-    return plainGaussian<float, TOut>(in, parameters);
+    const auto throughVolumesOf = [&]<typename Work>(Work) {
+        const auto alongX = plainPass<Work>(in, 0, taps(parameters.sigma.x));
+        const auto alongY = plainPass<Work>(alongX, 1, taps(parameters.sigma.y));
+        return plainPass<TOut>(alongY, 2, taps(parameters.sigma.z)).voxels;
+    };
+    return parameters.voxelTypeIntermediate ? throughVolumesOf(TOut{}) : throughVolumesOf(float{});
 }
 
 }  // namespace zel::test

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "BoxFilterRun.h"
 #include "GaussianFilterRun.h"
 #include "MorphologyRun.h"
+#include "RunChecks.h"
 
 namespace zel::test {
 
@@ -15,21 +14,20 @@ template <typename Algo, typename T, unsigned radius, bool square>
 struct Morphology : MorphologyRun<Algo> {
     using Pixel = T;
     static constexpr ImageSize size{60, 50};
+    static constexpr Vector2<unsigned> tile{34, 30};
     static constexpr std::uint64_t passes = 1;
 
     Morphology(HostImage& image, const Placement& placement) : MorphologyRun<Algo>(image, radius, square, placement) {}
 };
 
 struct SquareErosion : Morphology<cuda::CudaErosion2d, std::uint8_t, 2, true> {
-    static constexpr Vector2<unsigned> tile{22, 20};
-    static constexpr std::uint64_t blocks = 4 * 3;
+    static constexpr std::uint64_t blocks = 2 * 2;
     static constexpr auto work = "nppiErode3x3Border_8u_C1R_Ctx";
 
     using Morphology::Morphology;
 };
 
 struct DiamondOpening : Morphology<cuda::CudaOpening2d, std::uint16_t, 2, false> {
-    static constexpr Vector2<unsigned> tile{34, 30};
     static constexpr std::uint64_t blocks = 2 * 2;
     static constexpr auto work = "nppiErodeBorder_16u_C1R_Ctx";
 
@@ -37,7 +35,6 @@ struct DiamondOpening : Morphology<cuda::CudaOpening2d, std::uint16_t, 2, false>
 };
 
 struct DiamondClosing : Morphology<cuda::CudaClosing2d, float, 3, false> {
-    static constexpr Vector2<unsigned> tile{34, 30};
     static constexpr std::uint64_t blocks = 3 * 3;
     static constexpr auto work = "nppiDilateBorder_32f_C1R_Ctx";
 
@@ -71,24 +68,19 @@ using SmallFilterRuns =
 template <typename Filter>
 class SmallFilterRunTest : public ::testing::Test {
 protected:
-    using Pixel = typename Filter::Pixel;
-    using Tile = std::remove_const_t<decltype(Filter::tile)>;
-    using Place = PlacementOf<Tile>;
+    using Tile = typename Filter::Tile;
 
     /// check(run, placement) with the images in each placement, whole and in tiles.
     template <typename Check>
     void onAllPlacements(const Check& check) {
-        for (const Tile& tile : {Tile{}, Filter::tile}) {
-            for (const Place& placement : allPlacements<Tile>(tile)) {
-                SCOPED_TRACE(testing::Message() << "device " << placement.inputOnDevice << placement.outputOnDevice
-                                                << ", tiled " << placement.tiled());
-                Filter run(image_, placement);
-                check(run, placement);
-            }
-        }
+        test::onAllPlacements(tiles_, [&](const PlacementOf<Tile>& placement) {
+            Filter run(image_, placement);
+            check(run, placement);
+        });
     }
 
-    HostImage image_ = randomImage<Pixel>(Filter::size, 8);
+    HostImage image_ = randomImage<typename Filter::Pixel>(Filter::size, 8);
+    const std::vector<Tile> tiles_{Tile{}, Filter::tile};
 };
 
 }  // namespace zel::test

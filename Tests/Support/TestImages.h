@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "zel/HostImage.h"
+#include "zel/ImageModelSizeProxy.h"
 
 namespace zel::test {
 
@@ -40,21 +42,17 @@ HostImage randomImage(const ImageSize& size, unsigned seed) {
     return image;
 }
 
-/// All voxels of any image, x fastest, as its own type.
+/// All voxels of any image, x fastest, as its own type; none when a row cannot be read.
 template <typename T>
 std::vector<T> readAll(const ImageModel& image) {
-    const std::size_t width = image.getDimension(0);
-    std::vector<T> result;
-    std::vector<T> row(width);
-    for (std::size_t i4 = 0; i4 < image.getDimension(4); ++i4) {
-        for (std::size_t i3 = 0; i3 < image.getDimension(3); ++i3) {
-            for (std::size_t z = 0; z < image.getDimension(2); ++z) {
-                for (std::size_t y = 0; y < image.getDimension(1); ++y) {
-                    if (!image.readRow(width, row.data(), 0, y, z, i3, i4)) return {};
-                    result.insert(result.end(), row.begin(), row.end());
-                }
-            }
-        }
+    const std::size_t width = image.getDimension(0), height = image.getDimension(1), depth = image.getDimension(2);
+    const std::size_t slices = depth * image.getDimension(3) * image.getDimension(4);
+    std::vector<T> result(width * height * slices);
+    for (std::size_t row = 0; row < height * slices; ++row) {
+        const std::size_t slice = row / height, volume = slice / depth;
+        const std::size_t i3 = volume % image.getDimension(3), i4 = volume / image.getDimension(3);
+        T* const target = result.data() + row * width;
+        if (!image.readRow(width, target, 0, row % height, slice % depth, i3, i4)) return {};
     }
     return result;
 }
@@ -68,6 +66,12 @@ inline void copyRows(const ImageModel& from, ImageModel& to) {
             to.writeRow(from.getDimension(0), row.data(), 0, y, z, 0, 0);
         }
     }
+}
+
+/// The box of an image that begins at `origin`; read-only where the image is.
+template <typename Image>
+ImageModelSizeProxy partOf(Image& image, const std::array<std::size_t, 5>& origin, const ImageSize& size) {
+    return {&image, origin[0], size.x, origin[1], size.y, origin[2], size.z, origin[3], size.i3, origin[4], size.i4};
 }
 
 /// An image that can only be reached row by row, and that may fail at one of its rows.

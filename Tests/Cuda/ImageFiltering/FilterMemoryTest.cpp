@@ -1,6 +1,5 @@
 // Peak device memory of the filters, by formula.
 
-#include <gtest/gtest.h>
 #include <host_device.h>
 
 #include <algorithm>
@@ -34,37 +33,42 @@ TEST(MorphologyMemoryTest, IsOneScratchImageAtMost) {
     EXPECT_EQ(peak.operator()<CudaOpening2d>(4, {false, false}), 3U * 512 * 300);
 }
 
+// Volumes of which each axis in turn has the largest scratch, for more lines than there are blocks or fewer.
 TEST(GaussianFilterMemoryTest, HoldsBuffersKernelsAndTheScratchOfOnePass) {
-    constexpr std::uint64_t width = 64, height = 40, depth = 20, taps = 5, blocks = 132;
-    HostImage image = randomImage<std::uint16_t>({width, height, depth}, 2);
-    const auto peak = [&](const Placement3d& placement, bool direct) {
-        return peakBytesOf(GaussianFilterRun(image, VoxelTypes::uint16, {{1, 1, 1}, 2, direct}, placement));
-    };
-    // Each block has a line, mirrored at both ends, and as many offsets of 8 bytes.
-    const auto scratch = [&](std::uint64_t lines, std::uint64_t length, std::uint64_t voxelBytes) {
-        return std::min(lines, blocks) * (length + taps - 1) * (voxelBytes + 8);
-    };
-    const auto largestScratch = [&](std::uint64_t workBytes) {
-        return std::max(
-            {scratch(height, width, 2), scratch(width, height, workBytes), scratch(width, depth, workBytes)});
-    };
-    constexpr std::uint64_t kernels = 3 * taps * 4, volume = width * height * depth;
-    EXPECT_EQ(peak({true, true}, true), kernels + largestScratch(2));
-    EXPECT_EQ(peak({true, true}, false), kernels + largestScratch(4) + 4 * volume);
-    EXPECT_EQ(peak({false, true}, true), kernels + largestScratch(2) + 2 * volume);
-    EXPECT_EQ(peak({false, false}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume);
-    EXPECT_LE(peak({false, false, {32, 20, 10}}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume / 8);
+    constexpr std::uint64_t taps = 5, blocks = 132, kernels = 3 * taps * 4;
+    for (const ImageSize& size : {ImageSize{300, 150, 4}, {150, 300, 4}, {150, 4, 300}, {64, 40, 20}}) {
+        SCOPED_TRACE(testing::Message() << size.x << " x " << size.y << " x " << size.z);
+        HostImage image = randomImage<std::uint16_t>(size, 2);
+        const auto peak = [&](const Placement3d& placement, bool direct) {
+            return peakBytesOf(GaussianFilterRun(image, VoxelTypes::uint16, {{1, 1, 1}, 2, direct}, placement));
+        };
+        // Each block has a line, mirrored at both ends, and as many offsets of 8 bytes.
+        const auto scratch = [&](std::uint64_t lines, std::uint64_t length, std::uint64_t voxelBytes) {
+            return std::min(lines, blocks) * (length + taps - 1) * (voxelBytes + 8);
+        };
+        const auto largestScratch = [&](std::uint64_t workBytes) {
+            return std::max(
+                {scratch(size.y, size.x, 2), scratch(size.x, size.y, workBytes), scratch(size.x, size.z, workBytes)});
+        };
+        const std::uint64_t volume = size.x * size.y * size.z;
+        EXPECT_EQ(peak({true, true}, true), kernels + largestScratch(2));
+        EXPECT_EQ(peak({true, true}, false), kernels + largestScratch(4) + 4 * volume);
+        EXPECT_EQ(peak({false, true}, true), kernels + largestScratch(2) + 2 * volume);
+        EXPECT_EQ(peak({false, false}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume);
+        const Vector3<unsigned> half{unsigned(size.x) / 2, unsigned(size.y) / 2, unsigned(size.z) / 2};
+        EXPECT_LE(peak({false, false, half}, false), kernels + largestScratch(4) + (2 + 2 + 4) * volume / 8);
+    }
 }
 
 TEST(GaussianFilterCallsTest, SynchroniseAtEachStepAndReuseBuffers) {
     HostImage image = randomImage<std::uint8_t>({40, 30, 20}, 2);
+    using Counts = std::pair<std::uint64_t, std::uint64_t>;
     const auto counts = [&](const Placement3d& placement) {
         GaussianFilterRun run(image, VoxelTypes::uint8, {{0, 0, 0}, 1}, placement);
         host::resetCallCounts();
         run.filter.run();
-        return std::pair(host::callCount("cudaDeviceSynchronize"), host::callCount("cudaMalloc3D"));
+        return Counts(host::callCount("cudaDeviceSynchronize"), host::callCount("cudaMalloc3D"));
     };
-    using Counts = std::pair<std::uint64_t, std::uint64_t>;
     // One before the passes, and one for each of the steps.
     EXPECT_EQ(counts({false, false}), Counts(1 + 5, 3));
     EXPECT_EQ(counts({true, true}), Counts(1 + 3, 1));

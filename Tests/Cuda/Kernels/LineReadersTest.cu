@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <vector>
-
-#include "DeviceVectors.h"
 #include "Kernels/MirrorIndex.h"
 #include "Kernels/ReadColumn.h"
 #include "Kernels/ReadRow.h"
 #include "Kernels/ReadZLine.h"
+#include "PaddedVolume.h"
 #include "TestImages.h"
 
 using namespace zel::cuda;
@@ -14,14 +10,13 @@ using namespace zel::test;
 
 namespace {
 
-enum class Axis { x, y, z };
 enum class Form { sequential, computing, table };
 
 using Offset = unsigned long long;
 
 /// Which line: its axis, its length in pixels, and the two other coordinates in the order that readers take them.
 struct Line {
-    Axis axis;
+    char axis;
     int length;
     Offset a, b;
 };
@@ -39,76 +34,53 @@ __global__ void readLineKernel(Form form, Line which, const T* image, Offset pit
             if (form == Form::table)
                 parallel(image, pitch, slicePitch, length, line, offsets, count, a, b, lane, stride);
         };
-        if (axis == Axis::x)
+        if (axis == 'x')
             withReaders([](auto... p) { readRowMirror<T>(p...); }, [](auto... p) { readRowMirrorParallel<T>(p...); });
-        else if (axis == Axis::y)
+        if (axis == 'y')
             withReaders([](auto... p) { readColumnMirror<T>(p...); },
                         [](auto... p) { readColumnMirrorParallel<T>(p...); });
-        else
+        if (axis == 'z')
             withReaders([](auto... p) { readZLineMirror<T>(p...); },
                         [](auto... p) { readZLineMirrorParallel<T>(p...); });
     }
 }
 
-/// 5 x 4 x 3 pixels, each of which has a value of its own; rows are padded to 8, slices to 5 rows.
-constexpr int width = 5, height = 4, depth = 3, rowLength = 8, rowsPerSlice = 5, untouched = 99;
-
-template <typename T>
-std::vector<T> testImage() {
-    std::vector<T> image(rowLength * rowsPerSlice * depth);
-    for (std::size_t i = 0; i < image.size(); ++i) image[i] = static_cast<T>(i);
-    return image;
-}
-
-/// Positions begin ... of a line by the bouncing walk: 0 1 ... n - 1 n - 1 ... 1 0 0 1 ...
-std::vector<int> mirrored(int length, int begin, int count) {
-    std::vector<int> period;
-    for (int i = 0; i < length; ++i) period.push_back(i);
-    for (int i = length; i-- > 0;) period.push_back(i);
-    const int periods = 100;  // enough to make every position positive
-    std::vector<int> pixels;
-    for (int i = begin; i < begin + count; ++i) pixels.push_back(period[(i + periods * 2 * length) % (2 * length)]);
-    return pixels;
-}
-
 template <typename T>
 class LineReadersTest : public ::testing::Test {
 protected:
+    static constexpr T untouched = 99;
+
     /// Some positions more than `count`, to show which ones are left alone.
     std::vector<T> read(Form form, const Line& which, int begin, int count, int stride) const {
-        const Offset step = which.axis == Axis::x ? 1 : which.axis == Axis::y ? pitch_ : slicePitch_;
-        std::vector<Offset> offsets;
-        for (const int pixel : mirrored(which.length, begin, count)) offsets.push_back(pixel * step);
-        std::vector<T> line(count + 3, T(untouched));
-        const auto deviceLine = toDevice(line), deviceOffsets = toDevice(offsets);
+        const Offset step = which.axis == 'x' ? 1 : which.axis == 'y' ? image_.pitch() : image_.slicePitch();
+        std::vector<Offset> table;
+        for (int i = 0; i < count; ++i) table.push_back(mirrored(begin + i, which.length) * step);
+        const auto image = toDevice(image_.elements), line = toDevice(std::vector<T>(count + 3, untouched));
+        const auto offsets = toDevice(table);
         cudaLaunchConfig_t config{};
         config.gridDim = config.blockDim = dim3(1);
-        cudaLaunchKernelEx(&config, readLineKernel<T>, form, which, static_cast<const T*>(image_.get()), pitch_,
-                           slicePitch_, static_cast<T*>(deviceLine.get()), static_cast<Offset*>(deviceOffsets.get()),
-                           begin, count, stride);
-        return toHost<T>(deviceLine, line.size());
+        cudaLaunchKernelEx(&config, readLineKernel<T>, form, which, image.get(), image_.pitch(), image_.slicePitch(),
+                           line.get(), offsets.get(), begin, count, stride);
+        return toHost(line, count + 3);
     }
 
-    static std::vector<T> expected(const Line& which, int begin, int count) {
+    std::vector<T> expected(const Line& which, int begin, int count) const {
         const auto [axis, length, a, b] = which;
-        std::vector<T> line;
-        for (const int m : mirrored(length, begin, count)) {
-            const Offset x = axis == Axis::x ? m : a;
-            const Offset y = axis == Axis::x ? a : axis == Axis::y ? m : b;
-            const Offset z = axis == Axis::z ? m : b;
-            line.push_back(static_cast<T>(x + rowLength * (y + rowsPerSlice * z)));
+        std::vector<T> line(count + 3, untouched);
+        for (int i = 0; i < count; ++i) {
+            const std::size_t m = mirrored(begin + i, length);
+            line[i] = image_.elements[axis == 'x'   ? image_.indexOf(m, a, b)
+                                      : axis == 'y' ? image_.indexOf(a, m, b)
+                                                    : image_.indexOf(a, b, m)];
         }
-        line.resize(count + 3, T(untouched));
         return line;
     }
 
 private:
-    const Offset pitch_ = rowLength * sizeof(T), slicePitch_ = rowsPerSlice * pitch_;
-    const std::shared_ptr<void> image_ = toDevice(testImage<T>());
+    const PaddedVolume<T> image_ = PaddedVolume<T>::numbered({5, 4, 3}, 3);
 };
 
-using PixelTypes = decltype(testedTypes(zel::KernelTypes{}));
-TYPED_TEST_SUITE(LineReadersTest, PixelTypes);
+TYPED_TEST_SUITE(LineReadersTest, decltype(testedTypes(zel::KernelTypes{})));
 
 }  // namespace
 
@@ -129,14 +101,13 @@ TEST(MirrorIndexTest, RepeatsTheEdgePixelAndReflectsAsOftenAsNeeded) {
 
 // Long enough for runs of the table that are copied whole, and for lines that are mirrored several times.
 TYPED_TEST(LineReadersTest, AllFormsAgreeForEveryStride) {
-    const Line lines[]{{Axis::x, width, 2, 1},  {Axis::x, 1, 3, 0}, {Axis::x, 120, 0, 0},
-                       {Axis::y, height, 4, 2}, {Axis::y, 2, 1, 0}, {Axis::z, depth, 3, 2}};
-    for (const Line& which : lines) {
+    for (const Line& which :
+         {Line{'x', 5, 2, 1}, {'x', 1, 3, 0}, {'x', 120, 0, 0}, {'y', 4, 4, 2}, {'y', 2, 1, 0}, {'z', 3, 3, 2}}) {
         const int length = which.length;
         const std::pair<int, int> stretches[]{{0, length}, {-3, length + 7}, {-20, 37}, {2, 1}, {0, 0}};
         for (const auto& [begin, count] : stretches) {
-            SCOPED_TRACE(::testing::Message() << "axis " << static_cast<int>(which.axis) << ", length " << length
-                                              << ", begin " << begin << ", count " << count);
+            SCOPED_TRACE(::testing::Message() << "axis " << which.axis << ", length " << length << ", begin " << begin
+                                              << ", count " << count);
             const auto expected = this->expected(which, begin, count);
             EXPECT_EQ(this->read(Form::sequential, which, begin, count, 1), expected);
             for (const int stride : {1, 3, 50}) {

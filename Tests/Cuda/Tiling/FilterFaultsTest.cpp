@@ -1,7 +1,5 @@
 // What the host device tells of every filter: its calls, its memory, what it makes of faults.
 
-#include <cuda_runtime.h>
-#include <gtest/gtest.h>
 #include <host_device.h>
 
 #include "DeviceChecks.h"
@@ -15,10 +13,7 @@ using namespace zel::test;
 namespace {
 
 template <typename Filter>
-class FilterFaultsTest : public SmallFilterRunTest<Filter> {
-protected:
-    using Disturbed = DisturbedRun<Filter, typename Filter::Pixel>;
-};
+class FilterFaultsTest : public SmallFilterRunTest<Filter> {};
 TYPED_TEST_SUITE(FilterFaultsTest, SmallFilterRuns);
 
 }  // namespace
@@ -29,21 +24,18 @@ TYPED_TEST(FilterFaultsTest, SynchronisesAtEachStepAndMakesOneStreamAtMost) {
         const std::uint64_t steps = stepsOf(run);
         EXPECT_GE(host::callCount("cudaDeviceSynchronize"), steps);
         EXPECT_EQ(host::callCount("cudaStreamCreate"), 1U);
-        cudaStream_t stream = nullptr;
-        ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-        CudaContext context{0, stream};
-        run.filter.cudaContext = &context;
+        CallersStream callers;
+        run.filter.cudaContext = &callers.context;
         host::resetCallCounts();
         run.filter.run();
         EXPECT_EQ(host::callCount("cudaStreamCreate"), 0U) << "the caller's is used";
-        EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
     });
 }
 
 TYPED_TEST(FilterFaultsTest, LeavesNothingBehindWhenCancelled) {
     this->onAllPlacements([](TypeParam& run, const auto& placement) {
-        typename TestFixture::Disturbed disturbed(run);
-        expectCancelledAtEachStep(run, !placement.tiled() && !placement.outputOnDevice);
+        DisturbedRun disturbed(run);
+        expectCancelledAtEachStep(run, placement);
         disturbed.expectUnharmed();
     });
 }
@@ -58,18 +50,28 @@ TYPED_TEST(FilterFaultsTest, ReportsEachRefusedCallAndLeavesNothing) {
         calls.insert(calls.end(), {"cudaLaunchKernelEx", TypeParam::work, "nppiDilate3x3Border_8u_C1R_Ctx",
                                    "nppiDilateBorder_16u_C1R_Ctx", "nppiErodeBorder_32f_C1R_Ctx"});
     }
-    this->onAllPlacements(
-        [&](TypeParam& run, const auto&) { typename TestFixture::Disturbed(run).refuseEachCall(calls); });
+    this->onAllPlacements([&](TypeParam& run, const auto&) {
+        DisturbedRun disturbed(run);
+        for (const char* call : calls) disturbed.disturbEach(call, host::FaultKind::refused, [] {});
+        disturbed.expectUnharmed();
+    });
 }
 
+// Images in host memory: they outlast the reset.
 TYPED_TEST(FilterFaultsTest, ReportsAFailedDeviceUntilItIsReset) {
     TypeParam run(this->image_, {});
-    typename TestFixture::Disturbed(run).failDeviceAtEach(TypeParam::work);
+    DisturbedRun disturbed(run);
+    disturbed.disturbEach(TypeParam::work, host::FaultKind::failed, [&] {
+        EXPECT_THROW(run.filter.run(), RuntimeError) << "the error is sticky";
+        host::clearFault();
+        ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
+        disturbed.expectUnharmed();
+    });
 }
 
 TYPED_TEST(FilterFaultsTest, ReportsAFullOrMissingDevice) {
     TypeParam run(this->image_, {});
-    const auto message = [&] { return messageOf<RuntimeError>([&] { run.filter.run(); }); };
+    const auto message = [&] { return messageOf([&] { run.filter.run(); }); };
     const std::uint64_t peak = peakBytesOf(run), liveBefore = host::deviceUse().liveBytes;
     {
         const host::ScopedDevices small(1, peak - 1);
@@ -83,16 +85,13 @@ TYPED_TEST(FilterFaultsTest, ReportsAFullOrMissingDevice) {
 }
 
 TYPED_TEST(FilterFaultsTest, PassesUnderEveryTestMode) {
-    TypeParam plain(this->image_, {});
-    plain.filter.run();
-    const host::TestModes modes[] = {{.deferredStreams = true},
-                                     {.protectedMemory = true},
-                                     {.poison = true, .redZones = true},
-                                     {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}};
-    for (const host::TestModes& mode : modes) {
+    const auto expected = resultOf<typename TypeParam::Pixel>(TypeParam(this->image_, {}));
+    for (const host::TestModes& mode : {host::TestModes{.deferredStreams = true},
+                                        {.protectedMemory = true},
+                                        {.poison = true, .redZones = true},
+                                        {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}}) {
         const host::ScopedTestModes scoped(mode);
-        expectEverywhere(plain.template result<typename TestFixture::Pixel>(),
-                         std::vector{typename TestFixture::Tile{}, TypeParam::tile},
+        expectEverywhere(expected, this->tiles_,
                          [&](const auto& placement) { return TypeParam(this->image_, placement); });
     }
 }

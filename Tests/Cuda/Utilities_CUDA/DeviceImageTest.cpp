@@ -1,52 +1,36 @@
 #include "Utilities_CUDA/DeviceImage.h"
 
-#include <gtest/gtest.h>
 #include <host_device.h>
 
-#include <numeric>
-
-#include "DeviceVectors.h"
 #include "NonLocalMeans/CudaUtils_CUDA.h"
+#include "PaddedVolume.h"
 #include "Utilities_CUDA/DeviceCopy_CUDA.h"
 #include "zel/Exceptions.h"
 
 using namespace zel;
 using namespace zel::cuda;
 
-namespace {
-
-std::uint64_t allocations() {
-    return host::callCount("cudaMalloc") + host::callCount("cudaMallocPitch") + host::callCount("cudaMalloc3D");
-}
-
-/// Allocations that a resize of the image makes.
-template <typename T>
-std::uint64_t allocationsOf(DeviceImage<T>& image, std::size_t width, std::size_t height, std::size_t depth,
-                            bool exact) {
-    const std::uint64_t before = allocations();
-    image.resize(width, height, depth, exact);
-    return allocations() - before;
-}
-
-}  // namespace
-
 TEST(DeviceImageTest, KeepsItsMemoryWhileTheSizeFits) {
     DeviceImage<float> image(100, 20, 3, true);
-    const std::size_t pitch = image.pitch();
-    EXPECT_EQ(pitch % 256, 0U);
-    EXPECT_EQ(image.slicePitch(), 20 * pitch);
-
-    EXPECT_EQ(allocationsOf(image, 100, 20, 3, true), 0U);
-    EXPECT_EQ(allocationsOf(image, 60, 20, 3, true), 0U) << "narrower rows fit the pitch";
+    const auto callsFor = [&](std::size_t width, std::size_t height, std::size_t depth, bool exact) {
+        host::resetCallCounts();
+        image.resize(width, height, depth, exact);
+        EXPECT_EQ(image.pitch() % 256, 0U);
+        EXPECT_EQ(image.slicePitch(), image.height() * image.pitch());
+        return host::callCount();
+    };
+    EXPECT_EQ(callsFor(100, 20, 3, true), 0U);
+    EXPECT_EQ(callsFor(60, 20, 3, true), 0U) << "narrower rows fit the pitch";
+    EXPECT_EQ(callsFor(128, 20, 3, true), 0U) << "so do wider rows, into the padding";
+    EXPECT_EQ(callsFor(60, 10, 2, false), 0U);
     EXPECT_EQ(image.width(), 100U) << "the fields are those of the allocation";
-    EXPECT_EQ(allocationsOf(image, 128, 20, 3, true), 0U) << "so do wider rows, into the padding";
-    EXPECT_EQ(allocationsOf(image, 60, 10, 2, false), 0U);
-    EXPECT_EQ(allocationsOf(image, 60, 10, 3, true), 1U) << "exact means the same height";
-    EXPECT_EQ(allocationsOf(image, 60, 10, 2, true), 1U) << "and depth";
-    EXPECT_EQ(image.slicePitch(), 10 * image.pitch());
-    EXPECT_EQ(allocationsOf(image, 60, 10, 4, false), 1U);
-    EXPECT_EQ(allocationsOf(image, 600, 10, 4, false), 1U);
-    EXPECT_EQ(allocationsOf(image, 600, 11, 4, false), 1U);
+    constexpr std::uint64_t releaseAndAllocation = 2;
+    EXPECT_EQ(callsFor(60, 10, 3, true), releaseAndAllocation) << "exact means the same height";
+    EXPECT_EQ(callsFor(60, 10, 2, true), releaseAndAllocation) << "and depth";
+    EXPECT_EQ(callsFor(60, 10, 4, false), releaseAndAllocation);
+    EXPECT_EQ(callsFor(600, 10, 4, false), releaseAndAllocation);
+    EXPECT_EQ(callsFor(600, 11, 4, false), releaseAndAllocation);
+    EXPECT_EQ(image.height(), 11U);
 }
 
 TEST(DeviceImageTest, PlainRowsArePackedAndAZeroSizeIsLegal) {
@@ -57,45 +41,35 @@ TEST(DeviceImageTest, PlainRowsArePackedAndAZeroSizeIsLegal) {
     EXPECT_EQ(packed.data(), nullptr);
     EXPECT_EQ(packed.pitch() + packed.slicePitch() + packed.width() + packed.height() + packed.depth(), 0U);
 
-    const std::uint64_t before = host::callCount();
+    host::resetCallCounts();
     const DeviceImage<float> nothing(0, 0, 0, true);
-    EXPECT_EQ(host::callCount(), before) << "an empty buffer asks the device for nothing";
+    EXPECT_EQ(host::callCount(), 0U) << "an empty buffer asks the device for nothing";
     EXPECT_NO_THROW(DeviceImage<float>(0, 0, true));
     EXPECT_NO_THROW(DeviceImage<float>(0, 5, false));
 }
 
 TEST(DeviceImageTest, DropsTheOldMemoryBeforeItAsksForNew) {
-    const auto before = host::deviceUse();
-    {
-        DeviceImage<std::uint8_t> image(1024, 1024, false);
-        host::resetPeakBytes();
-        image.resize(1024, 2048, true);
-        EXPECT_EQ(host::deviceUse().peakBytes, before.liveBytes + 1024 * 2048);
+    const std::uint64_t before = host::deviceUse().liveBytes;
+    DeviceImage<std::uint8_t> image(1024, 1024, false);
+    host::resetPeakBytes();
+    image.resize(1024, 2048, true);
+    EXPECT_EQ(host::deviceUse().peakBytes, before + 1024 * 2048);
 
-        host::injectFault({.call = "cudaMalloc"});
-        EXPECT_THROW(image.resize(1024, 4096, true), RuntimeError);
-        EXPECT_EQ(image.data(), nullptr);
-        EXPECT_EQ(host::deviceUse().liveBytes, before.liveBytes);
-    }
-    EXPECT_EQ(host::deviceUse().liveAllocations, before.liveAllocations);
+    host::injectFault({.call = "cudaMalloc"});
+    EXPECT_THROW(image.resize(1024, 4096, true), RuntimeError);
+    EXPECT_EQ(image.data(), nullptr);
+    EXPECT_EQ(host::deviceUse().liveBytes, before);
 }
 
 TEST(CopyDeviceVolumeTest, TakesEachVolumesOwnPitches) {
     using T = std::uint16_t;
-    constexpr std::size_t width = 5, height = 3, depth = 2, size = sizeof(T);
-    std::vector<T> values(8 * 4 * depth);
-    std::iota(values.begin(), values.end(), T{0});
-    const auto src = test::toDevice(values);
-    for (const std::size_t copied : {depth, std::size_t{1}}) {
-        std::vector<T> expected(6 * 5 * depth, 999);
-        const auto dst = test::toDevice(expected);
-        copyDeviceVolume(static_cast<const T*>(src.get()), 8 * size, 8 * 4 * size, static_cast<T*>(dst.get()), 6 * size,
-                         6 * 5 * size, width, height, copied, nullptr);
-        for (std::size_t i = 0; i < width * height * copied; ++i) {
-            const std::size_t x = i % width, y = i / width % height, z = i / (width * height);
-            expected[(z * 5 + y) * 6 + x] = values[(z * 4 + y) * 8 + x];
-        }
-        EXPECT_EQ(test::toHost<T>(dst, expected.size()), expected);
+    for (const std::size_t depth : {2, 1}) {
+        const auto from = test::PaddedVolume<T>::numbered({5, 3, depth}, 3);
+        const test::PaddedVolume<T> to(from.size, 1, 999);
+        const auto src = test::toDevice(from.elements), dst = test::toDevice(to.elements);
+        copyDeviceVolume<T>(src.get(), from.pitch(), from.slicePitch(), dst.get(), to.pitch(), to.slicePitch(), 5, 3,
+                            depth, nullptr);
+        EXPECT_EQ(test::toHost(dst, to.elements.size()), to.with(from.plain().voxels));
     }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <host_device.h>
 
-#include <functional>
 #include <memory>
 
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
@@ -13,59 +12,51 @@
 using namespace zel;
 using namespace zel::cuda;
 
-namespace {
-
-int currentDevice() {
-    int device = -1;
-    cudaGetDevice(&device);
-    return device;
-}
-
-}  // namespace
-
+/// Three devices, of which the first is the current one.
 class GpuTest : public ::testing::Test {
 protected:
     void TearDown() override {
         cudaSetDevice(0);
         EXPECT_EQ(host::deviceUse().liveStreams, streamsBefore_);
     }
+    static int currentDevice() {
+        int device = -1;
+        cudaGetDevice(&device);
+        return device;
+    }
+
+    const std::uint64_t streamsBefore_ = host::deviceUse().liveStreams;
 
 private:
     host::ScopedDevices devices_{3, 64 << 20};
-    std::uint64_t streamsBefore_ = host::deviceUse().liveStreams;
 };
 
 TEST_F(GpuTest, ContextWithoutStreamMakesOneForItsLife) {
     for (const CudaContext& given : {CudaContext{}, CudaContext{1, nullptr}}) {
-        const std::uint64_t streams = host::deviceUse().liveStreams;
-        auto context = makeNppStreamContext(&given);
+        const auto context = makeNppStreamContext(&given);
         EXPECT_NE(context->hStream, nullptr);
         EXPECT_EQ(context->nCudaDeviceId, given.deviceId < 0 ? 0 : 1);
         EXPECT_EQ(context->nMultiProcessorCount, 132);
         EXPECT_EQ(context->nMaxThreadsPerBlock, 1024);
         EXPECT_EQ(context->nCudaDevAttrComputeCapabilityMajor, 9);
-        EXPECT_EQ(host::deviceUse().liveStreams, streams + 1);
-        context.reset();
-        EXPECT_EQ(host::deviceUse().liveStreams, streams);
+        EXPECT_EQ(host::deviceUse().liveStreams, streamsBefore_ + 1);
     }
-    EXPECT_EQ(makeNppStreamContext(nullptr)->nCudaDeviceId, 0);
     EXPECT_EQ(currentDevice(), 0) << "the current device is left alone";
 }
 
 TEST_F(GpuTest, ContextKeepsTheCallersStream) {
-    cudaStream_t stream = nullptr;
-    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-    const CudaContext given{2, stream};
+    const auto stream = makeCudaStream();
+    const CudaContext given{2, *stream};
     auto context = makeNppStreamContext(&given);
-    EXPECT_EQ(context->hStream, stream);
+    EXPECT_EQ(context->hStream, *stream);
     EXPECT_EQ(context->nCudaDeviceId, 2);
     context.reset();
-    EXPECT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
-    cudaStreamDestroy(stream);
+    EXPECT_EQ(cudaStreamSynchronize(*stream), cudaSuccess);
 }
 
 TEST_F(GpuTest, AnIdOfNoGpuStandsForTheCurrentOne) {
     cudaSetDevice(1);
+    EXPECT_EQ(makeNppStreamContext(nullptr)->nCudaDeviceId, 1);
     for (const int id : {3, 100, -1}) {
         const CudaContext given{id, nullptr};
         EXPECT_EQ(makeNppStreamContext(&given)->nCudaDeviceId, 1) << id;
@@ -75,19 +66,17 @@ TEST_F(GpuTest, AnIdOfNoGpuStandsForTheCurrentOne) {
 TEST_F(GpuTest, GuardSelectsADeviceAndPutsTheFormerOneBack) {
     cudaSetDevice(1);
     host::resetCallCounts();
-    {
-        const auto guard = makeChangeCurrentGpu(2);
-        EXPECT_EQ(currentDevice(), 2);
-    }
+    auto guard = makeChangeCurrentGpu(2);
+    EXPECT_EQ(currentDevice(), 2);
+    guard.reset();
     EXPECT_EQ(currentDevice(), 1);
     EXPECT_EQ(host::callCount("cudaSetDevice"), 2U);
-    host::resetCallCounts();
     makeChangeCurrentGpu(1).reset();
-    EXPECT_EQ(host::callCount("cudaSetDevice"), 1U) << "none to select what is selected, one to put it back";
+    EXPECT_EQ(host::callCount("cudaSetDevice"), 3U) << "none to select what is selected, one to put it back";
     EXPECT_THROW(makeChangeCurrentGpu(7), RuntimeError);
     EXPECT_EQ(currentDevice(), 1);
 
-    auto guard = makeChangeCurrentGpu(0);
+    guard = makeChangeCurrentGpu(0);
     host::injectFault({.call = "cudaSetDevice"});
     EXPECT_NO_THROW(guard.reset()) << "an error in a destructor is swallowed";
     cudaGetLastError();
@@ -97,19 +86,18 @@ TEST_F(GpuTest, GuardSelectsADeviceAndPutsTheFormerOneBack) {
 TEST_F(GpuTest, OwnersThatOutliveAResetLeaveNoErrorPending) {
     const host::ScopedTestModes modes({.strictReleases = true});
     std::size_t pitch = 0;
-    const std::function<std::shared_ptr<const void>()> makers[] = {
-        [] { return allocateDeviceMemory(1); },
-        [&] { return allocateDevicePitched(pitch, 8, 2, 1); },
-        [&] { return allocateDevicePitched(pitch, 8, 2, 2); },
-        [] { return makeCudaStream(); },
-        [] { return makeNppStreamContext(nullptr); },
-        [] { return tarnway_cuda::CudaImageView::allocate(tarnway::ElementType::uint8, 4, 3, 2); },
+    std::shared_ptr<const void> owners[] = {
+        allocateDeviceMemory(1),
+        allocateDevicePitched(pitch, 8, 2, 1),
+        allocateDevicePitched(pitch, 8, 2, 2),
+        makeCudaStream(),
+        makeNppStreamContext(nullptr),
+        tarnway_cuda::CudaImageView::allocate(tarnway::ElementType::uint8, 4, 3, 2),
     };
-    for (const auto& make : makers) {
-        auto owner = make();
-        ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
+    ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
+    for (auto& owner : owners) {
         owner.reset();
-        EXPECT_EQ(cudaGetLastError(), cudaSuccess) << "owner " << &make - makers;
+        EXPECT_EQ(cudaGetLastError(), cudaSuccess) << "owner " << &owner - owners;
     }
 }
 

@@ -1,51 +1,62 @@
 #include "Utilities_CUDA/ImageTransfer_CUDA.h"
 
-#include <gtest/gtest.h>
 #include <host_device.h>
 
 #include "Messages.h"
 #include "TestImages.h"
 #include "Utilities_CUDA/DeviceImage.h"
-#include "zel/ImageModelSizeProxy.h"
 
 using namespace zel;
 using namespace zel::cuda;
-using test::messageOf;
-using test::randomImage;
-using test::readAll;
-using test::RowsOnlyImage;
+using namespace zel::test;
 
 namespace {
 
-/// Up to the device and down into `target`; slices lie three rows further apart there than they need to.
-template <typename T>
-void roundTrip(const ImageModel& source, ImageModel& target, bool as3d) {
-    const std::size_t height = source.getDimension(1);
-    DeviceImage<T> device(source.getDimension(0), height + 3, source.getDimension(2), true);
-    if (as3d) {
-        copyImageToDevice3d(source, device.data(), device.pitch(), device.slicePitch(), 0, 0, nullptr);
-        copyDeviceToImage3d(device.data(), device.pitch(), device.slicePitch(), target, 0, 0, nullptr);
-    } else {
-        copyImageToDevice2d(source, device.data(), device.pitch(), 0, 0, nullptr);
-        copyDeviceToImage2d(device.data(), device.pitch(), target, 0, 0, nullptr);
+/// A device buffer for an image; its slices lie three rows further apart than they need to.
+struct Buffer {
+    Buffer(const ImageModel& image, bool in3d)
+        : as3d(in3d),
+          memory(image.getDimension(0) * helper::getSizeOf(image.getDataType()), image.getDimension(1) + 3,
+                 image.getDimension(2), true) {}
+
+    void upload(const ImageModel& image, std::size_t i3 = 0, std::size_t i4 = 0) {
+        if (as3d) {
+            copyImageToDevice3d(image, memory.data(), memory.pitch(), memory.slicePitch(), i3, i4, nullptr);
+        } else {
+            copyImageToDevice2d(image, memory.data(), memory.pitch(), i3, i4, nullptr);
+        }
     }
+    void download(ImageModel& image) const {
+        if (as3d) {
+            copyDeviceToImage3d(memory.data(), memory.pitch(), memory.slicePitch(), image, 0, 0, nullptr);
+        } else {
+            copyDeviceToImage2d(memory.data(), memory.pitch(), image, 0, 0, nullptr);
+        }
+    }
+
+    bool as3d;
+    DeviceImage<std::uint8_t> memory;
+};
+
+RowsOnlyImage emptyRows(const ImageSize& size, std::optional<std::size_t> failingRow = {}) {
+    return RowsOnlyImage(HostImage(VoxelTypes::uint8, size), failingRow);
 }
 
 template <typename T>
 void expectRoundTrips(const ImageSize& size) {
     const HostImage source = randomImage<T>(size, 11);
     const RowsOnlyImage rows(randomImage<T>(size, 11));
-    const std::vector<T> expected = readAll<T>(source);
     for (const bool as3d : {false, true}) {
         if (!as3d && size.z > 1) continue;
-        for (const ImageModel* from :
-             {static_cast<const ImageModel*>(&source), static_cast<const ImageModel*>(&rows)}) {
-            HostImage direct(source.getDataType(), size);
-            RowsOnlyImage staged(HostImage(source.getDataType(), size));
-            roundTrip<T>(*from, direct, as3d);
-            roundTrip<T>(*from, staged, as3d);
-            EXPECT_EQ(readAll<T>(direct), expected);
-            EXPECT_EQ(readAll<T>(staged), expected);
+        for (const ImageModel* from : std::initializer_list<const ImageModel*>{&source, &rows}) {
+            HostImage direct(voxelTypeOf<T>, size);
+            RowsOnlyImage staged(HostImage(voxelTypeOf<T>, size));
+            Buffer buffer(source, as3d);
+            buffer.upload(*from);
+            buffer.download(direct);
+            buffer.download(staged);
+            EXPECT_EQ(readAll<T>(direct), readAll<T>(source));
+            EXPECT_EQ(readAll<T>(staged), readAll<T>(source));
         }
     }
 }
@@ -63,52 +74,43 @@ TEST(ImageTransferTest, BringsEveryImageBackAsItWas) {
 
 TEST(ImageTransferTest, CopiesInOneGoWhatIsContiguousAndInChunksWhatIsNot) {
     const auto copies = [](const ImageModel& image) {
-        DeviceImage<std::uint8_t> device(image.getDimension(0), image.getDimension(1), true);
+        Buffer buffer(image, false);
         host::resetCallCounts();
-        copyImageToDevice2d(image, device.data(), device.pitch(), 0, 0, nullptr);
+        buffer.upload(image);
         EXPECT_EQ(host::callCount("cudaDeviceSynchronize"), host::callCount("cudaMemcpy2DAsync"));
         return host::callCount("cudaMemcpy2DAsync");
     };
-    const auto rows = [](std::size_t width, std::size_t height) {
-        return RowsOnlyImage(HostImage(VoxelTypes::uint8, {width, height}));
-    };
     EXPECT_EQ(copies(HostImage(VoxelTypes::uint8, {1000000, 4})), 1U);
-    EXPECT_EQ(copies(rows(100, 5)), 1U);
-    EXPECT_EQ(copies(rows(500000, 5)), 3U) << "chunks of 2, 2 and 1 rows";
-    EXPECT_EQ(copies(rows(1048576, 3)), 3U) << "a row that just fills the buffer";
-    EXPECT_EQ(copies(rows(1048577, 3)), 3U) << "a row that the buffer grows for";
-    EXPECT_EQ(copies(rows(524289, 3)), 3U);
+    EXPECT_EQ(copies(emptyRows({100, 5})), 1U);
+    EXPECT_EQ(copies(emptyRows({500000, 5})), 3U) << "chunks of 2, 2 and 1 rows";
+    EXPECT_EQ(copies(emptyRows({1048576, 3})), 3U) << "a row that just fills the buffer";
+    EXPECT_EQ(copies(emptyRows({1048577, 3})), 3U) << "a row that the buffer grows for";
+    EXPECT_EQ(copies(emptyRows({524289, 3})), 3U);
 
     const HostImage channels(VoxelTypes::uint8, {10, 10, 1, 1, 2});
-    const ImageModelSizeProxy one(&channels, 0, 10, 0, 10, 0, 1, 0, 1, 0, 1);
-    EXPECT_EQ(copies(one), 1U);
+    EXPECT_EQ(copies(partOf(channels, {}, {10, 10})), 1U);
 }
 
 TEST(ImageTransferTest, PicksTheIndicesAlongTheFurtherAxes) {
-    HostImage image = randomImage<std::uint8_t>({6, 4, 3, 2, 3}, 9);
-    DeviceImage<std::uint8_t> device(6, 4, 3, true);
-    copyImageToDevice3d(image, device.data(), device.pitch(), device.slicePitch(), 1, 2, nullptr);
+    const HostImage image = randomImage<std::uint8_t>({6, 4, 3, 2, 3}, 9);
+    Buffer buffer(image, true);
+    buffer.upload(image, 1, 2);
     HostImage target(VoxelTypes::uint8, {6, 4, 3});
-    copyDeviceToImage3d(device.data(), device.pitch(), device.slicePitch(), target, 0, 0, nullptr);
-    const ImageModelSizeProxy expected(&image, 0, 6, 0, 4, 0, 3, 1, 1, 2, 1);
-    EXPECT_EQ(readAll<std::uint8_t>(target), readAll<std::uint8_t>(expected));
+    buffer.download(target);
+    EXPECT_EQ(readAll<std::uint8_t>(target), readAll<std::uint8_t>(partOf(image, {0, 0, 0, 1, 2}, {6, 4, 3})));
 }
 
+// Rows of a second chunk too.
 TEST(ImageTransferTest, NamesTheRowThatFails) {
-    RowsOnlyImage flat(HostImage(VoxelTypes::uint8, {8, 4}), 2);
-    RowsOnlyImage deep(HostImage(VoxelTypes::uint8, {8, 4, 3}), 1);
-    DeviceImage<std::uint8_t> device(8, 4, 3, true);
-    const auto message = [](const auto& action) { return messageOf<RuntimeError>(action); };
-    EXPECT_EQ(message([&] { copyImageToDevice2d(flat, device.data(), device.pitch(), 0, 0, nullptr); }),
-              "Cannot read a row at the coordinates (0, 2, 0, 0, 0) in the image (8, 4, 1, 1, 1)");
-    EXPECT_EQ(message([&] { copyDeviceToImage2d(device.data(), device.pitch(), flat, 0, 0, nullptr); }),
-              "Cannot write a row at the coordinates (0, 2, 0, 0, 0) in the image (8, 4, 1, 1, 1)");
-    EXPECT_EQ(
-        message([&] { copyImageToDevice3d(deep, device.data(), device.pitch(), device.slicePitch(), 0, 0, nullptr); }),
-        "Cannot read a row at the coordinates (0, 1, 0, 0, 0) in the image (8, 4, 3, 1, 1)");
-    EXPECT_EQ(
-        message([&] { copyDeviceToImage3d(device.data(), device.pitch(), device.slicePitch(), deep, 0, 0, nullptr); }),
-        "Cannot write a row at the coordinates (0, 1, 0, 0, 0) in the image (8, 4, 3, 1, 1)");
+    RowsOnlyImage flat = emptyRows({500000, 4}, 2), deep = emptyRows({8, 4, 3}, 1);
+    for (const auto& [image, at] : {std::pair{&flat, "(0, 2, 0, 0, 0) in the image (500000, 4, 1, 1, 1)"},
+                                    std::pair{&deep, "(0, 1, 0, 0, 0) in the image (8, 4, 3, 1, 1)"}}) {
+        Buffer buffer(*image, image == &deep);
+        EXPECT_EQ(messageOf([&, image = image] { buffer.upload(*image); }),
+                  std::string("Cannot read a row at the coordinates ") + at);
+        EXPECT_EQ(messageOf([&, image = image] { buffer.download(*image); }),
+                  std::string("Cannot write a row at the coordinates ") + at);
+    }
 }
 
 TEST(ImageTransferTest, WaitsForItsDataOnStreamsThatRunLate) {

@@ -10,33 +10,18 @@ using namespace zel;
 using namespace zel::cuda;
 using test::messageOf;
 
-namespace {
-
-/// Leaves an error pending: there is no such device.
-void makeErrorPending() {
-    ASSERT_NE(cudaSetDevice(9999), cudaSuccess);
-}
-
-}  // namespace
-
 TEST(CheckCudaStatusTest, NamesThePendingErrorOnlyWhenItIsAnother) {
+    const auto message = [](cudaError_t status) { return messageOf([=] { checkCudaStatus(status); }); };
+    const std::string text = cudaGetErrorString(cudaErrorMemoryAllocation);
     cudaGetLastError();
-    EXPECT_NO_THROW(checkCudaStatus(cudaSuccess));
+    EXPECT_EQ(message(cudaErrorMemoryAllocation), text + " ; " + cudaGetErrorString(cudaSuccess));
 
-    makeErrorPending();
-    const cudaError_t pending = cudaPeekAtLastError();
-    EXPECT_EQ(messageOf<RuntimeError>([&] { checkCudaStatus(pending); }), cudaGetErrorString(pending));
+    const cudaError_t pending = cudaSetDevice(9999);  // there is none
+    EXPECT_NO_THROW(checkCudaStatus(cudaSuccess)) << "success is not asked for what is pending";
+    EXPECT_EQ(message(cudaErrorMemoryAllocation), text + " ; " + cudaGetErrorString(pending));
     EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess) << "reported, so no longer pending";
 
-    makeErrorPending();
-    EXPECT_EQ(messageOf<RuntimeError>([] { checkCudaStatus(cudaErrorMemoryAllocation); }),
-              std::string(cudaGetErrorString(cudaErrorMemoryAllocation)) + " ; " + cudaGetErrorString(pending));
-    EXPECT_EQ(messageOf<RuntimeError>([] { checkCudaStatus(cudaErrorMemoryAllocation); }),
-              std::string(cudaGetErrorString(cudaErrorMemoryAllocation)) + " ; " + cudaGetErrorString(cudaSuccess));
-
-    makeErrorPending();
-    EXPECT_NO_THROW(checkCudaStatus(cudaSuccess)) << "success is not asked for what is pending";
-    cudaGetLastError();
+    EXPECT_EQ(message(cudaSetDevice(9999)), cudaGetErrorString(pending));
 }
 
 TEST(CheckCudaStatusTest, ReportsFromItsSource) {
@@ -47,25 +32,22 @@ TEST(CheckCudaStatusTest, ReportsFromItsSource) {
         EXPECT_EQ(error.info().file, "Cuda/src/Utilities_CUDA");
         EXPECT_GT(error.info().line, 0U);
     }
-    cudaGetLastError();
 }
 
 TEST(CheckNppStatusTest, FailsOnWarningsToo) {
     EXPECT_NO_THROW(checkNppStatus(NPP_NO_ERROR));
-    const auto text = [](int status) {
-        return messageOf<RuntimeError>([=] { checkNppStatus(static_cast<NppStatus>(status)); });
-    };
-    EXPECT_EQ(text(6), "Divisor is zero however does not terminate the execution.");
-    EXPECT_EQ(text(-6), "Size error.");
-    EXPECT_EQ(text(-9999), "Not supported mode.");
-    EXPECT_EQ(text(10000), "Speed reduction due to uncoalesced memory accesses warning.");
-    EXPECT_EQ(text(-4711), "<unknown>");
+    for (const auto& [status, text] : {std::pair{6, "Divisor is zero however does not terminate the execution."},
+                                       {-6, "Size error."},
+                                       {-9999, "Not supported mode."},
+                                       {10000, "Speed reduction due to uncoalesced memory accesses warning."},
+                                       {-4711, "<unknown>"}}) {
+        EXPECT_EQ(messageOf([s = status] { checkNppStatus(static_cast<NppStatus>(s)); }), text);
+    }
 }
 
 TEST(CheckCufftStatusTest, SpeaksByNumberWhateverTheToolkitStillNames) {
     EXPECT_NO_THROW(checkCufftStatus(CUFFT_SUCCESS));
-    EXPECT_EQ(messageOf<RuntimeError>([] { checkCufftStatus(CUFFT_ALLOC_FAILED); }),
-              "cuFFT failed to allocate GPU or CPU memory");
+    EXPECT_EQ(messageOf([] { checkCufftStatus(CUFFT_ALLOC_FAILED); }), "cuFFT failed to allocate GPU or CPU memory");
     EXPECT_STREQ(cufftStatusText(10), "Missing parameters in call");
     EXPECT_STREQ(cufftStatusText(16), "Operation is not supported for parameters given");
     EXPECT_STREQ(cufftStatusText(17), "<unknown>");
@@ -74,6 +56,10 @@ TEST(CheckCufftStatusTest, SpeaksByNumberWhateverTheToolkitStillNames) {
 
 TEST(CheckCudaFatalTest, ResetsTheDevice) {
     EXPECT_NO_THROW(amnlm::checkCudaFatal(cudaSuccess));
-    EXPECT_EQ(messageOf<RuntimeError>([] { amnlm::checkCudaFatal(cudaErrorMemoryAllocation); }),
+    void* memory = nullptr;
+    ASSERT_EQ(cudaMalloc(&memory, 1), cudaSuccess);
+    EXPECT_EQ(messageOf([] { amnlm::checkCudaFatal(cudaErrorMemoryAllocation); }),
               std::string("Fatal Cuda error: ") + cudaGetErrorString(cudaErrorMemoryAllocation) + "\n");
+    EXPECT_NE(cudaFree(memory), cudaSuccess) << "the reset has freed it";
+    cudaGetLastError();
 }
