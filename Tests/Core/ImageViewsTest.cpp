@@ -74,19 +74,6 @@ TEST(ImageModelSizeProxyTest, RefusesBoxesOutsideAndWritesToConstImages) {
     EXPECT_THROW(readOnly.setSpacing(0, 1), RuntimeError);
 }
 
-TEST(ImageModelSizeProxyTest, LiesWhereItsFirstVoxelLies) {
-    HostImage image = countingImage({4, 4, 4});
-    image.setOrigin(0, 100);
-    image.setSpacing(1, 2);
-    // x of the image runs along y of the world, and y against x.
-    using Axis = tarnway::Vector<double, 3>;
-    image.setOrientation({Axis(0, 1, 0), Axis(-1, 0, 0), Axis(0, 0, 1)});
-    const ImageModelSizeProxy part = partOf(image, {3, 2, 1}, {});
-    EXPECT_EQ(part.getOrigin(0), 100 - 2 * 2);
-    EXPECT_EQ(part.getOrigin(1), 3);
-    EXPECT_EQ(part.getOrigin(2), 1);
-}
-
 TEST(ImageModelAdapterTest, ConvertsAsDocumented) {
     const float nan = std::nanf("");
     expectConverted<float, std::uint8_t>({2.9F, 300.0F, -1.5F, nan, 1e20F}, {2, 44, 0, 0, 255});

@@ -94,11 +94,13 @@ TEST(ImageModelTest, TakesOverThePlaceOfAnother) {
     ImageModel::Orientation orientation;
     image.getOrientation(orientation);
     EXPECT_EQ(orientation, turned);
+    // One voxel of 2 along y of the world, two of 3 against x, three of 4 along z.
+    constexpr double firstOfImage[] = {10 + 2 * 3, 11 - 1 * 2, 12 - 3 * 4};
     for (const int axis : {0, 1, 2}) {
-        EXPECT_EQ(part.getOrigin(axis), 10 + axis);
         EXPECT_EQ(image.getSpacing(axis), 2 + axis);
+        EXPECT_EQ(image.getOrigin(axis), firstOfImage[axis]);
+        EXPECT_EQ(part.getOrigin(axis), 10 + axis);
     }
-    EXPECT_EQ(image.getOrigin(0), 10 + 2 * 3) << "two voxels of 3 against x of the world";
 
     seenAsFloat.setBackgroundValue(7);
     EXPECT_EQ(image.getBackgroundValue(), 7);

@@ -11,9 +11,7 @@ using namespace zel::test;
 namespace {
 
 /// Blocks and threads of a launch at most; results do not depend on them.
-struct Limits {
-    unsigned int blocks, threads;
-};
+using Limits = std::pair<unsigned int, unsigned int>;
 
 /// What `out` becomes, padding and all. In place it is that of `in`.
 template <typename In, typename Out>
@@ -25,7 +23,7 @@ std::vector<Out> convolved(std::size_t axis, const PaddedVolume<In>& in, const P
     const auto dst = inPlace ? std::reinterpret_pointer_cast<Out>(src) : toDevice(out.elements);
     const auto deviceTaps = toDevice(taps);
     axes[axis](src.get(), in.pitch(), in.slicePitch(), dst.get(), out.pitch(), out.slicePitch(), in.size[0], in.size[1],
-               in.size[2], deviceTaps.get(), taps.size(), nullptr, limits.blocks, limits.threads);
+               in.size[2], deviceTaps.get(), taps.size(), nullptr, limits.first, limits.second);
     return toHost(dst, out.elements.size());
 }
 

@@ -32,7 +32,7 @@ TYPED_TEST(FilterFaultsTest, SynchronisesAtEachStepAndMakesOneStreamAtMost) {
     });
 }
 
-TYPED_TEST(FilterFaultsTest, LeavesNothingBehindWhenCancelled) {
+TYPED_TEST(FilterFaultsTest, EndsAtTheNextPollWhenCancelledAndLeavesNothingBehind) {
     this->onAllPlacements([](TypeParam& run, const auto& placement) {
         DisturbedRun disturbed(run);
         expectCancelledAtEachStep(run, placement);

@@ -46,14 +46,6 @@ TYPED_TEST(FilterLawsTest, TakesAStepForEachUploadPassAndDownload) {
     });
 }
 
-TYPED_TEST(FilterLawsTest, EndsAtTheNextPollWhenCancelledAndRunsRightAgain) {
-    this->onAllPlacements([](TypeParam& run, const auto& placement) {
-        const auto expected = resultOf<typename TypeParam::Pixel>(run);
-        expectCancelledAtEachStep(run, placement);
-        EXPECT_EQ(resultOf<typename TypeParam::Pixel>(run), expected);
-    });
-}
-
 TYPED_TEST(FilterLawsTest, GoesFromImagesOfAnyKindToImagesOfAnyKind) {
     using T = typename TypeParam::Pixel;
     ImagesOfAllKinds<T> images(this->image_, TypeParam::size);

@@ -1,10 +1,9 @@
 #include "Utilities_CUDA/DeviceImage.h"
 
+#include <gtest/gtest.h>
 #include <host_device.h>
 
 #include "NonLocalMeans/CudaUtils_CUDA.h"
-#include "PaddedVolume.h"
-#include "Utilities_CUDA/DeviceCopy_CUDA.h"
 #include "zel/Exceptions.h"
 
 using namespace zel;
@@ -59,18 +58,6 @@ TEST(DeviceImageTest, DropsTheOldMemoryBeforeItAsksForNew) {
     EXPECT_THROW(image.resize(1024, 4096, true), RuntimeError);
     EXPECT_EQ(image.data(), nullptr);
     EXPECT_EQ(host::deviceUse().liveBytes, before);
-}
-
-TEST(CopyDeviceVolumeTest, TakesEachVolumesOwnPitches) {
-    using T = std::uint16_t;
-    for (const std::size_t depth : {2, 1}) {
-        const auto from = test::PaddedVolume<T>::numbered({5, 3, depth}, 3);
-        const test::PaddedVolume<T> to(from.size, 1, 999);
-        const auto src = test::toDevice(from.elements), dst = test::toDevice(to.elements);
-        copyDeviceVolume<T>(src.get(), from.pitch(), from.slicePitch(), dst.get(), to.pitch(), to.slicePitch(), 5, 3,
-                            depth, nullptr);
-        EXPECT_EQ(test::toHost(dst, to.elements.size()), to.with(from.plain().voxels));
-    }
 }
 
 TEST(GetDeviceCoreInfoTest, KnowsTheHostDevice) {
