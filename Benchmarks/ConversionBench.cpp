@@ -3,7 +3,7 @@
 #include "CaseSizes.h"
 #include "Comparison.h"
 #include "Kernels/ConvertImage.h"
-#include "Kernels/OffsetBytes.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 #include "Kernels/ResetImage.h"
 #include "Kernels/RowLaunch.h"
 #include "MemoryCopy.h"
