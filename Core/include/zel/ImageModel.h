@@ -9,10 +9,10 @@
 
 namespace zel {
 
-/// An image of up to five dimensions: axes 0 x, 1 y, 2 z, and two further ones, 3 and 4. The derived class
-/// knows where its voxels lie (host memory, a GPU, somewhere else altogether); every image can be read and written row
-/// by row. To bring an image of your own, derive from LocatedImage and implement size, type and rows: back ends work
-/// on any image.
+/// An image of up to five dimensions: axes 0 x, 1 y, 2 z, and two further ones, 3 and 4. The derived class knows
+/// where its voxels lie (host memory, a GPU, somewhere else altogether); every image can be read and written row by row.
+/// To bring an image of your own, derive from LocatedImage and implement size, type and rows: back ends work on any
+/// image.
 class ZEL_API ImageModel {
 public:
     using Orientation = std::array<tarnway::Vector<double, 3>, 3>;

@@ -71,7 +71,7 @@ public:
 private:
     static Size sizeOf(const ImageModel& image) {
         return {static_cast<unsigned>(image.getDimension(0)), static_cast<unsigned>(image.getDimension(1)),
-                static_cast<unsigned>(image.getDimension(2))};
+                dimensions == 3 ? static_cast<unsigned>(image.getDimension(2)) : 1};
     }
     static Size blockSize(const Vector2<unsigned>& tileSize) { return {tileSize.x, tileSize.y, 1}; }
     static Size blockSize(const Vector3<unsigned>& tileSize) { return tileSize; }

@@ -32,7 +32,7 @@ TYPED_TEST(FilterFaultsTest, SynchronisesAtEachStepAndMakesOneStreamAtMost) {
     });
 }
 
-TYPED_TEST(FilterFaultsTest, EndsAtTheNextPollWhenCancelledAndLeavesNothingBehind) {
+TYPED_TEST(FilterFaultsTest, LeavesNothingBehindWhenCancelled) {
     this->onAllPlacements([](TypeParam& run, const auto& placement) {
         DisturbedRun disturbed(run);
         expectCancelledAtEachStep(run, placement);

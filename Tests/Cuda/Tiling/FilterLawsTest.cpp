@@ -46,6 +46,10 @@ TYPED_TEST(FilterLawsTest, TakesAStepForEachUploadPassAndDownload) {
     });
 }
 
+TYPED_TEST(FilterLawsTest, EndsAtTheNextPollWhenCancelled) {
+    this->onAllPlacements([](TypeParam& run, const auto& placement) { expectCancelledAtEachStep(run, placement); });
+}
+
 TYPED_TEST(FilterLawsTest, GoesFromImagesOfAnyKindToImagesOfAnyKind) {
     using T = typename TypeParam::Pixel;
     ImagesOfAllKinds<T> images(this->image_, TypeParam::size);
