@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <thrust/copy.h>
-#include <thrust/device_vector.h>
 #include <thrust/fill.h>
 #include <thrust/host_vector.h>
 #include <thrust/inner_product.h>
@@ -10,14 +9,13 @@
 #include <thrust/transform.h>
 #include <thrust/transform_reduce.h>
 
-#include "NonLocalMeans/DeviceAllocator.h"
+#include "NonLocalMeans/DeviceVector.h"
 #include "ThrustPolicy.h"
 
 /// What the back end does with Thrust, each with its result checked: on every platform and in every test mode the same.
 namespace zel::test {
 
-template <typename T>
-using DeviceVector = thrust::device_vector<T, amnlm::DeviceAllocator<T>>;
+using amnlm::DeviceVector;
 
 template <typename T>
 std::vector<T> onHost(const DeviceVector<T>& vector) {
