@@ -1,0 +1,99 @@
+#include "children/ChildImages.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "Helper/parallelRanges.h"
+#include "Helper/raise.h"
+#include "zel/ImageModelAdapter.h"
+#include "zel/TemporaryImage.h"
+
+namespace zel::children {
+
+namespace {
+
+constexpr const char* thisFile = "Core/src/children/ChildImages";
+
+/// Fewer voxels than that are done before a second thread has woken up.
+constexpr std::size_t voxelsPerTask = 8192;
+
+std::string sizeText(const ImageSize& size) {
+    return plainText(size.x, " x ", size.y, " x ", size.z, " x ", size.i3, " x ", size.i4);
+}
+
+[[noreturn]] void raiseRow(const char* verb, const Row& row) {
+    raise<RuntimeError>(thisFile, __LINE__, "Cannot ", verb, " a row at the coordinates (0, ", row.y, ", ", row.z, ", ",
+                        row.i3, ", ", row.i4, ") in the image");
+}
+
+}  // namespace
+
+ImageSize sizeOf(const ImageModel& image) {
+    return {image.getDimension(0), image.getDimension(1), image.getDimension(2), image.getDimension(3),
+            image.getDimension(4)};
+}
+
+std::size_t rowNumber(const ImageSize& size, const Row& row) {
+    return ((row.i4 * size.i3 + row.i3) * size.z + row.z) * size.y + row.y;
+}
+
+void requireReal(const validation::NamedImage& image) {
+    if (image.image == nullptr) raise<RuntimeError>(thisFile, __LINE__, image.name, " is missing; set it to an image");
+    const ImageSize size = sizeOf(*image.image);
+    if (size.x * size.y * size.z * size.i3 * size.i4 == 0) {
+        raise<RuntimeError>(thisFile, __LINE__, image.name, " is ", sizeText(size), "; no axis may be empty");
+    }
+    if (isComplex(image.image->getDataType())) {
+        raise<RuntimeError>(thisFile, __LINE__, image.name, " is of ", voxelTypeName(image.image->getDataType()),
+                            "; its voxels must be real");
+    }
+}
+
+void requireChoice(const PropertySingleChoice& choice, int known, const char* meaning) {
+    if (choice.get() == known) return;
+    raise<RuntimeError>(thisFile, __LINE__, choice.name(), " is ", choice.get(), "; the only choice is ", known, ", ",
+                        meaning);
+}
+
+void shapeOutput(const PropertyWriteImage& output, const ImageModel& input, const ImageSize& size) {
+    ImageModel* const image = output.get();
+    if (image == nullptr) raise<RuntimeError>(thisFile, __LINE__, output.name(), " is missing; set it to an image");
+    if (image == &input && sizeOf(input) == size) return;
+    if (auto* const resizable = dynamic_cast<ResizableImage*>(image); resizable != nullptr && image != &input) {
+        if (sizeOf(*image) != size || image->getDataType() != input.getDataType()) {
+            resizable->reserve(input.getDataType(), size);
+        }
+        image->enforceSameCharacteristics(&input, 3);
+        return;
+    }
+    if (sizeOf(*image) != size) {
+        raise<RuntimeError>(thisFile, __LINE__, output.name(), " is ", sizeText(sizeOf(*image)), "; it must be ",
+                            sizeText(size));
+    }
+    requireReal(output);
+}
+
+void readRow(const ImageModel& image, const Row& row, double* voxels) {
+    const ImageModelAdapter asDouble(&image, VoxelTypes::float64, DataConvertionTypes::cast);
+    if (!asDouble.readRow(image.getDimension(0), voxels, 0, row.y, row.z, row.i3, row.i4)) raiseRow("read", row);
+}
+
+void writeRow(ImageModel& image, const Row& row, const double* voxels) {
+    ImageModelAdapter asDouble(&image, VoxelTypes::float64, DataConvertionTypes::cast);
+    if (!asDouble.writeRow(image.getDimension(0), voxels, 0, row.y, row.z, row.i3, row.i4)) raiseRow("write", row);
+}
+
+void forEachRow(const ImageSize& size, const std::function<void(const Row& row, double* buffer)>& body) {
+    const std::size_t rows = size.y * size.z * size.i3 * size.i4;
+    const std::size_t grain = std::max<std::size_t>(1, voxelsPerTask / size.x);
+    parallelRanges(rows, grain, [&](std::size_t begin, std::size_t end) {
+        std::vector<double> buffer(size.x);
+        for (std::size_t row = begin; row < end; ++row) {
+            body({row % size.y, row / size.y % size.z, row / (size.y * size.z) % size.i3,
+                  row / (size.y * size.z * size.i3)},
+                 buffer.data());
+        }
+    });
+}
+
+}  // namespace zel::children
