@@ -1,10 +1,13 @@
 #include <lanes.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "DeviceFixture.h"
@@ -62,6 +65,43 @@ TEST_F(LaunchTest, StreamBelongsToItsDevice) {
     EXPECT_EQ(cudaLaunchKernelEx(&config, nothingKernel, 0), cudaErrorInvalidResourceHandle);
     EXPECT_THAT(Statuses({cudaSetDevice(0), cudaStreamDestroy(stream)}), Each(cudaSuccess));
     EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
+}
+
+/// Threads that have met each other in a kernel.
+struct Meeting {
+    std::atomic<int> arrived{0};
+    std::atomic<bool> met{false};
+
+    /// Waits for a second thread, but not forever.
+    void attend() {
+        using namespace std::chrono_literals;
+        thread_local const Meeting* attended = nullptr;
+        if (std::exchange(attended, this) != this && ++arrived == 2) met = true;
+        for (const auto end = std::chrono::steady_clock::now() + 10s; !met && std::chrono::steady_clock::now() < end;)
+            std::this_thread::yield();
+    }
+};
+
+/// Its first item is slow enough to make the others worth sharing, and they wait for a second thread.
+__global__ void meetingKernel(Meeting* meeting, int* visits, std::uint64_t count) {
+    cuda::forEachItemBundle(count, 0, count, [=](const auto bundle) {
+        for (unsigned int lane = 0; lane < bundle.lanes; ++lane) ++visits[bundle.first + lane];
+        if (bundle.first == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        else
+            meeting->attend();
+    });
+}
+
+// A projection of patches launches one block of 512 items: one thread did all of them.
+TEST_F(LaunchTest, ThreadsShareTheItemsOfOneBlock) {
+    if (std::thread::hardware_concurrency() < 2) GTEST_SKIP() << "there is one thread";
+    const auto config = shape(dim3(1), dim3(512));
+    Meeting meeting;
+    std::vector<int> visits(512);
+    ASSERT_EQ(cudaLaunchKernelEx(&config, meetingKernel, &meeting, visits.data(), std::uint64_t{512}), cudaSuccess);
+    EXPECT_TRUE(meeting.met);
+    EXPECT_EQ(visits, std::vector<int>(512, 1));
 }
 
 /// Its scratch is more than there is, or else it fails by itself.

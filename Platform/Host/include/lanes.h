@@ -5,4 +5,6 @@
 
 #include "lanes/Block.h"
 #include "lanes/Bundles.h"
+#include "lanes/Items.h"
 #include "lanes/Lines.h"
+#include "lanes/Voxels.h"

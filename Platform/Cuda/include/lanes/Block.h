@@ -4,8 +4,6 @@
 
 #include <cstdint>
 
-#include "BlockNumber.h"
-
 namespace zel::cuda {
 
 template <class T>

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "Block.h"
+#include "BlockNumber.h"
 #include "Bundles.h"
 
 // Words for kernels whose blocks walk over the lines of an image. blockBarrier() may stand inside their bodies.

@@ -24,6 +24,14 @@ namespace zel::host {
 /// The dynamic shared memory of the block that this thread runs, aligned to 64 bytes; null when the launch asked for
 /// none.
 ZEL_BLOCK_VARIABLE void* blockSharedMemory;
+
+/// A block of independent pieces of work may be run in parts: `count` calls of the kernel, this one being `index`. A
+/// word that keeps to its part says so by `taken`; a kernel without such words does all of its work in the first call.
+struct BlockPart {
+    unsigned int index, count;
+    bool taken;
+};
+ZEL_BLOCK_VARIABLE BlockPart blockPart;
 }  // namespace zel::host
 #undef ZEL_BLOCK_VARIABLE
 

@@ -13,16 +13,18 @@ namespace zel::host {
 struct KernelCall {
     const void* kernel;  ///< which one it is
     const void* call;    ///< null when there is none
-    /// Runs `count` blocks on this thread, the first one being blockIdx.
-    void (*runBlocks)(const void* call, std::uint64_t count);
+    /// Runs `count` parts of blocks on this thread, the first one being that of blockIdx and blockPart.
+    void (*runParts)(const void* call, std::uint64_t count);
     /// For a launch that runs after its caller has gone on.
     std::shared_ptr<const void> (*copy)(const void* call);
 };
 
 ZEL_HOST_API cudaError_t launchKernel(const cudaLaunchConfig_t* config, const KernelCall& call);
 
-/// Moves blockIdx to the next block of the grid.
-inline void advanceBlock() {
+/// Moves on to the next part of the block, or else to the next block of the grid.
+inline void advancePart() {
+    if (++blockPart.index != blockPart.count) return;
+    blockPart.index = 0;
     if (++blockIdx.x != gridDim.x) return;
     blockIdx.x = 0;
     if (++blockIdx.y != gridDim.y) return;
@@ -35,11 +37,11 @@ struct TypedKernelCall {
     void (*kernel)(Parameters...);
     std::tuple<Parameters...> arguments;
 
-    static void runBlocks(const void* call, std::uint64_t count) {
+    static void runParts(const void* call, std::uint64_t count) {
         const auto& self = *static_cast<const TypedKernelCall*>(call);
         for (; count != 0; --count) {
             std::apply(self.kernel, self.arguments);
-            advanceBlock();
+            advancePart();
         }
     }
     static std::shared_ptr<const void> copy(const void* call) {
@@ -57,5 +59,5 @@ cudaError_t cudaLaunchKernelEx(const cudaLaunchConfig_t* config, void (*kernel)(
     using Call = zel::host::TypedKernelCall<Parameters...>;
     const Call call{kernel, {static_cast<Parameters>(arguments)...}};
     return zel::host::launchKernel(
-        config, {reinterpret_cast<const void*>(kernel), kernel ? &call : nullptr, Call::runBlocks, Call::copy});
+        config, {reinterpret_cast<const void*>(kernel), kernel ? &call : nullptr, Call::runParts, Call::copy});
 }

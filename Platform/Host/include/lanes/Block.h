@@ -4,8 +4,6 @@
 
 #include <cstdint>
 
-#include "BlockNumber.h"
-
 namespace zel::cuda {
 
 /// Memory that lanes of a block exchange values through.

@@ -2,35 +2,22 @@
 
 #include <cuda_runtime.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
 
 #include "Block.h"
 #include "Bundles.h"
+#include "Share.h"
 #include "host_runtime/Scratch.h"
 
 // Words for kernels whose blocks walk over the lines of an image. blockBarrier() may stand inside their bodies.
 namespace zel::cuda {
 
-/// The block's part of `count` pieces of work: neighbours, since a block's threads do not share cache lines here.
-struct BlockShare {
-    std::uint64_t begin, end;
-
-    explicit BlockShare(std::uint64_t count) {
-        const std::uint64_t block = blockNumber();
-        const std::uint64_t each = count / blockCount();
-        const std::uint64_t rest = count % blockCount();  // one more for each of the first blocks
-        begin = each * block + std::min(block, rest);
-        end = begin + each + (block < rest ? 1 : 0);
-    }
-};
-
 /// Calls body(o, l) for l = 0 ... count - 1 of each o = 0 ... outer - 1, dealt to the blocks: each line is one block's.
 template <class Body>
 __forceinline__ void forEachLine(std::uint64_t outer, std::uint64_t count, Body body) {
-    const BlockShare share(outer * count);
+    const Share share = blockShare(outer * count);
     for (std::uint64_t i = share.begin; i < share.end; ++i) body(i / count, i % count);
 }
 
@@ -43,7 +30,7 @@ template <class Body>
 __forceinline__ void forEachLineBundle(std::uint64_t outer, std::uint64_t count, Body body) {
     constexpr std::uint64_t large = lineBundle;
     const std::uint64_t bundles = (count + large - 1) / large;
-    const BlockShare share(outer * bundles);
+    const Share share = blockShare(outer * bundles);
     for (std::uint64_t i = share.begin; i < share.end; ++i) {
         const std::uint64_t o = i / bundles;
         const std::uint64_t first = i % bundles * large;

@@ -16,6 +16,7 @@ constinit thread_local uint3 blockIdx{};
 constinit thread_local dim3 blockDim;
 constinit thread_local dim3 gridDim;
 constinit thread_local void* zel::host::blockSharedMemory = nullptr;
+constinit thread_local zel::host::BlockPart zel::host::blockPart{0, 1, false};
 
 namespace zel::host {
 namespace {
@@ -28,16 +29,18 @@ struct Launch {
 
     std::uint64_t blocks() const { return std::uint64_t{grid.x} * grid.y * grid.z; }
 
-    /// Runs neighbouring blocks on this thread.
-    void run(std::uint64_t first, std::uint64_t count) const {
+    /// Runs neighbouring blocks on this thread, or parts of which each block has `parts`.
+    void run(std::uint64_t first, std::uint64_t count, unsigned int parts = 1) const {
         gridDim = grid;
         blockDim = block;
-        const std::uint64_t row = first / grid.x;
-        blockIdx = {static_cast<unsigned int>(first % grid.x), static_cast<unsigned int>(row % grid.y),
+        const std::uint64_t number = first / parts;
+        const std::uint64_t row = number / grid.x;
+        blockIdx = {static_cast<unsigned int>(number % grid.x), static_cast<unsigned int>(row % grid.y),
                     static_cast<unsigned int>(row / grid.y)};
+        blockPart = {static_cast<unsigned int>(first % parts), parts, false};
         if (sharedBytes != 0) return runWithSharedMemory(count);
         blockSharedMemory = nullptr;
-        kernel.runBlocks(kernel.call, count);
+        kernel.runParts(kernel.call, count);
     }
 
 private:
@@ -45,7 +48,7 @@ private:
     [[gnu::noinline]] void runWithSharedMemory(std::uint64_t count) const {
         constexpr std::size_t alignmentBits = 512;
         blockSharedMemory = __builtin_alloca_with_align(sharedBytes, alignmentBits);
-        kernel.runBlocks(kernel.call, count);
+        kernel.runParts(kernel.call, count);
         blockSharedMemory = nullptr;
     }
 };
@@ -58,11 +61,14 @@ void runShuffled(const Launch& launch, std::uint64_t seed) {
     for (const std::uint64_t block : order) launch.run(block, 1);
 }
 
-/// Measured cost per block of a kernel's last launch, in ticks; 0 before it is known.
+/// What is known of a kernel from its last launch of so many blocks.
 struct Pace {
     const void* kernel = nullptr;
     std::uint64_t blocks = 0;
-    double perBlock = 0;
+    unsigned int parts = 0;  ///< parts that a block is run in; 0 before it is known whether it can be
+    double perPart = 0;      ///< measured cost of a part, in ticks; 0 before it is known
+
+    std::uint64_t allParts() const { return blocks * parts; }
 };
 
 /// The paces of this thread's last launches: a volume is filtered by launches of the same few kernels for each slice.
@@ -71,7 +77,7 @@ public:
     Pace& of(const void* kernel, std::uint64_t blocks) {
         for (Pace& pace : paces_)
             if (pace.kernel == kernel && pace.blocks == blocks) return pace;
-        return paces_[oldest_++ % paces_.size()] = {kernel, blocks, 0};
+        return paces_[oldest_++ % paces_.size()] = {kernel, blocks, 0, 0};
     }
 
 private:
@@ -80,46 +86,62 @@ private:
 };
 constinit thread_local Paces paces;
 
-/// Runs 1, 2, 4, ... blocks until their pace is known or all are done. Gives how many.
-std::uint64_t tryBlocks(const Launch& launch, Pace& pace) {
+/// Parts to cut a block into, so that each thread has a few pieces of work even where the launch has few blocks.
+unsigned int wantedParts(std::uint64_t blocks, std::size_t threads) {
+    constexpr std::size_t piecesPerThread = 4;
+    return static_cast<unsigned int>((piecesPerThread * threads - 1) / blocks + 1);
+}
+
+/// Runs one part of the first block, which shows whether the kernel keeps to it or has run the whole block.
+void tryPart(const Launch& launch, Pace& pace, std::size_t threads) {
+    pace.parts = wantedParts(pace.blocks, threads);
+    launch.run(0, 1, pace.parts);
+    if (!blockPart.taken) pace.parts = 1;
+}
+
+/// Runs 1, 2, 4, ... parts, `done` of which are done, until their pace is known or all are done. Gives how many are.
+std::uint64_t tryParts(const Launch& launch, Pace& pace, std::uint64_t done, std::uint64_t start) {
     constexpr double trial = 1000 * ticksPerNanosecond;
-    const std::uint64_t start = ticks();
-    std::uint64_t done = 0;
-    double spent = 0;
-    for (std::uint64_t step = 1; done < pace.blocks && spent < trial; step *= 2) {
-        const std::uint64_t count = std::min(step, pace.blocks - done);
-        launch.run(done, count);
+    double spent = done == 0 ? 0 : static_cast<double>(ticks() - start);
+    for (std::uint64_t step = 1; done < pace.allParts() && spent < trial; step *= 2) {
+        const std::uint64_t count = std::min(step, pace.allParts() - done);
+        launch.run(done, count, pace.parts);
         done += count;
         spent = static_cast<double>(ticks() - start);
     }
-    pace.perBlock = std::max(spent, 1.0) / static_cast<double>(done);
+    pace.perPart = std::max(spent, 1.0) / static_cast<double>(done);
     return done;
 }
 
-/// Handing blocks to other threads costs up to some microseconds. So the calling thread learns the blocks' pace first,
-/// hands over only what is worth it, and in pieces that outweigh their dealing. A kernel whose arguments have changed
-/// since its last launch may run at another pace: one launch is then dealt badly, and the next one knows.
+/// Handing blocks to other threads costs up to some microseconds. So the calling thread learns the pace first, hands
+/// over only what is worth it, and in pieces that outweigh their dealing. A kernel whose arguments have changed since
+/// its last launch may run at another pace: one launch is then dealt badly, and the next one knows.
 void runBlocks(const Launch& launch) {
     constexpr double worthSharing = 4000 * ticksPerNanosecond;
-    const std::uint64_t blocks = launch.blocks();
-    const std::size_t threads = blocks == 1 ? 1 : usableThreads();
-    if (threads == 1) return launch.run(0, blocks);
+    Pace& pace = paces.of(launch.kernel.kernel, launch.blocks());
+    const std::size_t threads = pace.blocks == 1 && pace.parts == 1 ? 1 : usableThreads();
+    if (threads == 1) return launch.run(0, pace.blocks);
 
-    Pace& pace = paces.of(launch.kernel.kernel, blocks);
-    const std::uint64_t done = pace.perBlock != 0 ? 0 : tryBlocks(launch, pace);
-    const std::uint64_t left = blocks - done;
+    const std::uint64_t trialStart = ticks();
+    std::uint64_t done = 0;
+    if (pace.parts == 0) {
+        tryPart(launch, pace, threads);
+        done = 1;
+    }
+    if (pace.perPart == 0) done = tryParts(launch, pace, done, trialStart);
+    const std::uint64_t left = pace.allParts() - done;
     if (left == 0) return;
     const std::uint64_t start = ticks();
     const auto spent = [&] { return std::max(1.0, static_cast<double>(ticks() - start)); };
-    if (pace.perBlock * static_cast<double>(left) < worthSharing) {
-        launch.run(done, left);
-        pace.perBlock = spent() / static_cast<double>(left);
+    if (pace.perPart * static_cast<double>(left) < worthSharing) {
+        launch.run(done, left, pace.parts);
+        pace.perPart = spent() / static_cast<double>(left);
     } else {
         const double piece = (isWorkerWaiting() ? 1000 : 4000) * ticksPerNanosecond;
-        parallelFor(left, static_cast<std::size_t>(std::max(1.0, piece / pace.perBlock)),
-                    [&](std::size_t begin, std::size_t end) { launch.run(done + begin, end - begin); });
+        parallelFor(left, static_cast<std::size_t>(std::max(1.0, piece / pace.perPart)),
+                    [&](std::size_t begin, std::size_t end) { launch.run(done + begin, end - begin, pace.parts); });
         // With the cost of sharing in it the pace can only be overrated.
-        pace.perBlock = std::min(pace.perBlock, static_cast<double>(threads) * spent() / static_cast<double>(left));
+        pace.perPart = std::min(pace.perPart, static_cast<double>(threads) * spent() / static_cast<double>(left));
     }
 }
 
