@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <span>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "zel/HostImage.h"
 #include "zel/ImageModelAdapter.h"
 #include "zel/ImageModelSizeProxy.h"
+#include "zel/children/IntensityExtrema.h"
 #include "zel/children/IntensityStatistics.h"
 #include "zel/children/ResetImage.h"
 #include "zel/children/SwapQuadrants.h"
@@ -67,6 +69,26 @@ TEST(ChildrenTest, StandardDeviationIsThePopulationsWhateverTheOffset) {
     statistics->inputImage = &bytes;
     statistics->run();
     EXPECT_EQ(statistics->outputStandardDeviation.get().getRealValue(), 127.5);
+}
+
+TEST(ChildrenTest, ExtremaAreExactAndIgnoreNan) {
+    const auto extrema = [](HostImage image) {
+        const auto child = IntensityExtrema::New(nullptr);
+        const auto measurement = IntensityExtremaMsr::New();
+        child->inputImage = &image;
+        child->outputMeasurement = measurement.get();
+        child->run();
+        const std::size_t origin[] = {0, 0, 0};
+        const brontal_object_model::TupleX index(origin, 3);
+        return std::pair(measurement->minimum_tag.at(index), measurement->maximum_tag.at(index));
+    };
+    const float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
+    EXPECT_EQ(extrema(imageOf<float>({2, 2, 1}, {nan, 3, -1.5F, nan})), std::pair(-1.5, 3.0));
+    EXPECT_EQ(extrema(imageOf<float>({3, 1, 1}, {2, infinity, nan})), std::pair(2.0, double{infinity}));
+    EXPECT_EQ(extrema(imageOf<std::int32_t>({1, 1, 3}, {2147483647, -2147483647 - 1, 5})),
+              std::pair(-2147483648.0, 2147483647.0));
+    EXPECT_TRUE(std::isnan(extrema(imageOf<float>({2, 1, 1}, {nan, nan})).first));
+    EXPECT_TRUE(std::isnan(extrema(imageOf<float>({2, 1, 1}, {nan, nan})).second));
 }
 
 TEST(ChildrenTest, ResetWritesThroughViewsAndTruncates) {
