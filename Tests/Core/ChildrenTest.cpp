@@ -8,12 +8,15 @@
 #include <vector>
 
 #include "zel/AbstractPrivateImplementation.h"
+#include "zel/Exceptions.h"
 #include "zel/HostImage.h"
 #include "zel/ImageModelAdapter.h"
 #include "zel/ImageModelSizeProxy.h"
 #include "zel/children/IntensityExtrema.h"
 #include "zel/children/IntensityStatistics.h"
+#include "zel/children/ResampleAffine3d.h"
 #include "zel/children/ResetImage.h"
+#include "zel/children/Resize3d.h"
 #include "zel/children/SwapQuadrants.h"
 
 using namespace zel;
@@ -32,6 +35,35 @@ template <typename T>
 std::vector<T> voxelsOf(ImageModel& image) {
     const auto* const voxels = static_cast<const T*>(image.hostDataReadOnly());
     return {voxels, voxels + image.getDimension(0) * image.getDimension(1) * image.getDimension(2)};
+}
+
+/// The input on a box of `size` voxels up to `upper`, each taken from where `toSource` leads.
+std::vector<float> resampled(const HostImage& input, const Vector3<int>& size, const tarnway::Point& lower,
+                             const tarnway::Point& upper, const tarnway::Transform& toSource) {
+    const auto resample = ResampleAffine3d::New(nullptr);
+    const auto result = TemporaryImage::New(LocationMode::hostMemory);
+    resample->inputImage = &input;
+    resample->lowerPoint = lower;
+    resample->upperPoint = upper;
+    resample->outputSize = size;
+    resample->paddingValue = -1;
+    resample->toSource = toSource;
+    resample->outputImage = result->getImageModel();
+    resample->run();
+    EXPECT_EQ(result->getImageModel()->getOrigin(0), lower[0]);
+    return voxelsOf<float>(*result->getImageModel());
+}
+
+/// About z through a point, by whole quarters; where the turned image's voxels come from.
+tarnway::Transform quarterTurns(int quarters, const tarnway::Point& centre) {
+    tarnway::Transform turn = tarnway::Transform::identity();
+    const double angle = quarters * M_PI / 2;
+    turn.setAt(0, 0, std::cos(angle));
+    turn.setAt(0, 1, std::sin(angle));
+    turn.setAt(1, 0, -std::sin(angle));
+    turn.setAt(1, 1, std::cos(angle));
+    const tarnway::Point back(-centre[0], -centre[1], -centre[2]);
+    return tarnway::translation(centre) * turn * tarnway::translation(back);
 }
 
 }  // namespace
@@ -99,4 +131,79 @@ TEST(ChildrenTest, ResetWritesThroughViewsAndTruncates) {
     reset->value = -2.9;
     reset->run();
     EXPECT_THAT(voxelsOf<std::int16_t>(image), ElementsAre(1, 2, 3, 4, -2, -2));
+}
+
+TEST(ChildrenTest, ResizeAlignsVoxelCentres) {
+    const HostImage image = imageOf<float>({3, 1, 2}, {0, 10, 20, 100, 110, 120});
+    const auto resize = Resize3d::New(nullptr);
+    const auto result = TemporaryImage::New(LocationMode::hostMemory);
+    resize->inputImage = &image;
+    resize->outputImage = result->getImageModel();
+    resize->outputSize = {6, 1, 2};
+    resize->run();
+    EXPECT_THAT(voxelsOf<float>(*result->getImageModel()),
+                ElementsAre(0, 2.5, 7.5, 12.5, 17.5, 20, 100, 102.5, 107.5, 112.5, 117.5, 120));
+    EXPECT_EQ(result->getImageModel()->getSpacing(0), 0.5);
+    resize->outputSize = {1, 2, 1};
+    resize->run();
+    EXPECT_THAT(voxelsOf<float>(*result->getImageModel()), ElementsAre(60, 60));
+}
+
+TEST(ChildrenTest, ResamplingByTheIdentityReproducesAndQuarterTurnsMoveVoxels) {
+    using At = tarnway::Point;
+    HostImage image = imageOf<float>({3, 2, 1}, {1, 2, 3, 4, 5, 6});
+    const auto identity = tarnway::Transform::identity();
+    EXPECT_THAT(resampled(image, {3, 2, 1}, At(0, 0, 0), At(2, 1, 0), identity), ElementsAre(1, 2, 3, 4, 5, 6))
+        << "a box of voxel centres";
+    EXPECT_THAT(resampled(image, {3, 2, 1}, At(0, 0, 0), At(3, 2, 1), identity), ElementsAre(1, 2, 3, 4, 5, 6))
+        << "a box of whole voxels";
+    EXPECT_THAT(resampled(image, {3, 1, 1}, At(0, 0, 0), At(2, 0, 0), tarnway::translation(At(0.5, 0, 0))),
+                ElementsAre(1.5, 2.5, -1));
+    const At centre(1, 0.5, 0);
+    // x goes to y: column by column from below. The turned box begins half a voxel to the right and above.
+    EXPECT_THAT(resampled(image, {2, 3, 1}, At(0.5, -0.5, 0), At(2.5, 2.5, 1), quarterTurns(1, centre)),
+                ElementsAre(4, 1, 5, 2, 6, 3));
+    EXPECT_THAT(resampled(image, {3, 2, 1}, At(0, 0, 0), At(2, 1, 0), quarterTurns(2, centre)),
+                ElementsAre(6, 5, 4, 3, 2, 1));
+    // The same turn in a world of other voxel sizes, elsewhere.
+    for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, 2.5);
+    image.setOrigin(0, 7);
+    EXPECT_THAT(resampled(image, {3, 2, 1}, At(7, 0, 0), At(12, 2.5, 0), quarterTurns(2, At(9.5, 1.25, 0))),
+                ElementsAre(6, 5, 4, 3, 2, 1));
+}
+
+TEST(ChildrenTest, RefuseWhatTheyCannotDo) {
+    const HostImage image = imageOf<float>({2, 1, 1}, {1, 2});
+    const HostImage complexImage(VoxelTypes::complex64, {2, 1, 1});
+    HostImage other(VoxelTypes::float32, {3, 1, 1});
+    const auto resample = [&](auto change) {
+        const auto child = ResampleAffine3d::New(nullptr);
+        child->inputImage = &image;
+        child->outputImage = &other;
+        child->outputSize = {3, 1, 1};
+        change(*child);
+        try {
+            child->run();
+        } catch (const RuntimeError& error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(resample([](auto&) {}), "");
+    EXPECT_EQ(resample([](auto& child) {
+                  child.outputSize = {2, 1, 0};
+              }),
+              "outputSize is 2 x 1 x 0; each must be at least 1");
+    EXPECT_EQ(resample([](auto& child) {
+                  child.outputSize = {2, 1, 1};
+              }),
+              "outputImage is 3 x 1 x 1 x 1 x 1; it must be 2 x 1 x 1 x 1 x 1");
+    EXPECT_EQ(resample([&](auto& child) { child.inputImage = &complexImage; }),
+              "inputImage is of complex64; its voxels must be real");
+    EXPECT_EQ(resample([&](auto& child) { child.inputImage = &other; }),
+              "outputImage is the same image as inputImage; give it one of its own");
+    EXPECT_EQ(resample([](auto& child) { child.interpolation = 2; }),
+              "interpolation is 2; the only choice is 1, trilinear");
+    EXPECT_EQ(resample([](auto& child) { child.upperPoint = tarnway::Point(0, NAN, 0); }),
+              "upperPoint is nan along axis 1; it must be finite");
 }

@@ -33,6 +33,10 @@ ImageSize sizeOf(const ImageModel& image) {
             image.getDimension(4)};
 }
 
+ImageSize toImageSize(const Vector3<int>& size) {
+    return {static_cast<std::size_t>(size.x), static_cast<std::size_t>(size.y), static_cast<std::size_t>(size.z)};
+}
+
 std::size_t rowNumber(const ImageSize& size, const Row& row) {
     return ((row.i4 * size.i3 + row.i3) * size.z + row.z) * size.y + row.y;
 }
@@ -47,6 +51,29 @@ void requireReal(const validation::NamedImage& image) {
         raise<RuntimeError>(thisFile, __LINE__, image.name, " is of ", voxelTypeName(image.image->getDataType()),
                             "; its voxels must be real");
     }
+}
+
+void requireVolume(const validation::NamedImage& image) {
+    requireReal(image);
+    const ImageSize size = sizeOf(*image.image);
+    if (size.i3 == 1 && size.i4 == 1) return;
+    raise<RuntimeError>(thisFile, __LINE__, image.name, " is ", sizeText(size),
+                        "; it must have one element along axes 3 and 4");
+}
+
+void requireSize(const Property<Vector3<int>>& size) {
+    const Vector3<int>& given = size.get();
+    if (given.x >= 1 && given.y >= 1 && given.z >= 1) return;
+    raise<RuntimeError>(thisFile, __LINE__, size.name(), " is ", given.x, " x ", given.y, " x ", given.z,
+                        "; each must be at least 1");
+}
+
+void requireOther(const PropertyWriteImage& output, const PropertyReadImage& input) {
+    if (output.get() == nullptr)
+        raise<RuntimeError>(thisFile, __LINE__, output.name(), " is missing; set it to an image");
+    if (output.get() != input.get()) return;
+    raise<RuntimeError>(thisFile, __LINE__, output.name(), " is the same image as ", input.name(),
+                        "; give it one of its own");
 }
 
 void requireChoice(const PropertySingleChoice& choice, int known, const char* meaning) {

@@ -19,11 +19,18 @@ struct Row {
 };
 
 ImageSize sizeOf(const ImageModel& image);
+ImageSize toImageSize(const Vector3<int>& size);
 /// Number of a row, from 0 on, in an image of that size.
 std::size_t rowNumber(const ImageSize& size, const Row& row);
 
 /// The image is there, no axis is empty, and its voxels are real. @throws RuntimeError naming the property.
 void requireReal(const validation::NamedImage& image);
+/// The same, and it has no more than x, y and z.
+void requireVolume(const validation::NamedImage& image);
+/// No component is below 1.
+void requireSize(const Property<Vector3<int>>& size);
+/// The output is there, and is not the input itself.
+void requireOther(const PropertyWriteImage& output, const PropertyReadImage& input);
 /// A numbered choice has the one value that there is. @throws RuntimeError naming the property.
 void requireChoice(const PropertySingleChoice& choice, int known, const char* meaning);
 
