@@ -2,7 +2,6 @@
 
 #include <cuda_runtime.h>
 
-#include <algorithm>
 #include <cstdint>
 
 #include "BlockNumber.h"
@@ -10,14 +9,17 @@
 namespace zel::cuda {
 
 /// One of `shares` parts of `count` pieces of work: neighbours, since threads of the host do not share cache lines.
+/// Where there are more shares than pieces, the empty ones lie between the others, for threads take neighbouring
+/// shares.
 struct Share {
     std::uint64_t begin, end;
 
     Share(std::uint64_t count, std::uint64_t share, std::uint64_t shares) {
         const std::uint64_t each = count / shares;
-        const std::uint64_t rest = count % shares;  // one more for each of the first shares
-        begin = each * share + std::min(share, rest);
-        end = begin + each + (share < rest ? 1 : 0);
+        const std::uint64_t rest = count % shares;
+        const auto firstOf = [=](std::uint64_t number) { return each * number + rest * number / shares; };
+        begin = firstOf(share);
+        end = firstOf(share + 1);
     }
 };
 
