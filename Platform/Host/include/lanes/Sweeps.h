@@ -1,0 +1,125 @@
+#pragma once
+
+#include <cuda_runtime.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <type_traits>
+
+#include "Bundles.h"
+#include "Share.h"
+#include "SweepAxes.h"
+
+// Words for kernels of which each thread walks along a line, position after position. No barrier, and no other word
+// beside them that does not share its work among the calls of a kernel.
+namespace zel::cuda {
+
+/// `lineCount` lines side by side, which are walked along together. Of each voxel the channels from `firstChannel` on,
+/// `channelCount` of them, are worked on; an element is one channel of one line: element i belongs to line
+/// i / channelCount. Where the lines' elements are neighbours in memory, a step loads and stores them as vectors.
+template <unsigned int channelCount, unsigned int lineCount, bool elementsAdjacent>
+struct SweepLines {
+    static constexpr unsigned int elements = channelCount * lineCount;
+    std::uint64_t first;  ///< number of the first line's first voxel
+    std::uint64_t step;
+    std::uint64_t lineStep;
+    unsigned int firstChannel;
+    unsigned int channels;  ///< of a voxel
+
+    /// Where element i has its value at a position, in an array of all channels.
+    __forceinline__ std::uint64_t at(int position, unsigned int i) const {
+        const std::uint64_t voxel = first + static_cast<std::uint64_t>(position) * step;
+        if constexpr (elementsAdjacent)
+            return voxel * channelCount + i;
+        else
+            return (voxel + i / channelCount * lineStep) * channels + firstChannel + i % channelCount;
+    }
+    /// Number of the voxel of a line at a position: the index in an array of one channel.
+    __forceinline__ std::uint64_t voxelAt(int position, unsigned int line) const {
+        return first + static_cast<std::uint64_t>(position) * step + line * lineStep;
+    }
+    __forceinline__ static constexpr unsigned int lineOf(unsigned int i) { return i / channelCount; }
+
+    /// A value for each element, and one for each line, all equal to begin with.
+    template <class T>
+    __forceinline__ BundleValues<T, elements> fill(T value) const {
+        return WholeBundle<elements>{0}.fill(value);
+    }
+    template <class T>
+    __forceinline__ BundleValues<T, lineCount> fillLines(T value) const {
+        return WholeBundle<lineCount>{0}.fill(value);
+    }
+
+    /// Calls body(i) for each element. Those of lines apart are taken one by one: their values stay in registers, and
+    /// each has its own place in memory.
+    template <class Body>
+    __forceinline__ void each(Body body) const {
+        if constexpr (elementsAdjacent) {
+#pragma omp simd
+            for (unsigned int i = 0; i < elements; ++i) body(i);
+        } else {
+#pragma GCC unroll 64
+            for (unsigned int i = 0; i < elements; ++i) body(i);
+        }
+    }
+    /// Calls body(line) for each line.
+    template <class Body>
+    __forceinline__ void eachLine(Body body) const {
+#pragma omp simd
+        for (unsigned int line = 0; line < lineCount; ++line) body(line);
+    }
+};
+
+namespace detail {
+
+/// Lines that are walked along together where they are rows of memory apart.
+inline constexpr unsigned int separateLines = 8;
+
+/// The launch's lines dealt to its calls in bundles of neighbours; those left over at the end of a layer go
+/// in smaller bundles, then one by one.
+template <unsigned int channelCount, bool adjacent, int axis, class Body>
+__forceinline__ void sweepChannels(const SweepAxis<axis>& along, unsigned int firstChannel, Body body) {
+    constexpr unsigned int large = adjacent ? largeBundle / channelCount : separateLines;
+    constexpr unsigned int small = adjacent ? PartBundle::capacity / channelCount : 1;
+    const auto lines = static_cast<std::uint64_t>(along.lines());
+    const auto channels = static_cast<unsigned int>(along.channels);
+    const std::uint64_t bundles = (lines + large - 1) / large;
+    const std::uint64_t total = bundles * static_cast<std::uint64_t>(along.layers());
+    const Share share = callShare(total);
+    for (std::uint64_t bundle = share.begin; bundle < share.end; ++bundle) {
+        std::uint64_t line = bundle % bundles * large;
+        const std::uint64_t lineEnd = std::min(line + large, lines);
+        const std::uint64_t layer = bundle / bundles * along.layerStep();
+        const auto sweep = [&]<unsigned int count>(std::integral_constant<unsigned int, count>) {
+            for (; line + count <= lineEnd; line += count)
+                body(SweepLines<channelCount, count, adjacent>{layer + line * along.lineStep(), along.step(),
+                                                               along.lineStep(), firstChannel, channels});
+        };
+        sweep(std::integral_constant<unsigned int, large>{});
+        sweep(std::integral_constant<unsigned int, small>{});
+        if constexpr (small > 1) sweep(std::integral_constant<unsigned int, 1>{});
+    }
+}
+
+}  // namespace detail
+
+/// Calls body(lines) for all lines along an axis, each of which is walked along by one thread of the launch: thread x
+/// goes with the line, thread y with the layer, and those beyond do nothing. The body is generic and reaches data
+/// through lines.at() and lines.voxelAt() only. Channel counts other than 1, 2 and 4 come a channel after the other.
+template <int axis, class Body>
+__forceinline__ void forEachSweepLine(const SweepAxis<axis>& along, Body body) {
+    constexpr bool adjacent = axis != 0;
+    switch (along.channels) {
+        case 1:
+            return detail::sweepChannels<1, adjacent>(along, 0, body);
+        case 2:
+            return detail::sweepChannels<2, adjacent>(along, 0, body);
+        case 4:
+            return detail::sweepChannels<4, adjacent>(along, 0, body);
+        default:
+            for (int channel = 0; channel < along.channels; ++channel)
+                detail::sweepChannels<1, false>(along, static_cast<unsigned int>(channel), body);
+    }
+}
+
+}  // namespace zel::cuda
