@@ -1,0 +1,91 @@
+#include "CudaAmnlmRFFilter.h"
+
+#include "CudaUtils_CUDA.h"
+#include "NonLocalMeans/DeviceVector.h"
+#include "RecursiveSweep.h"
+#include "VoxelLaunch.h"
+#include "lanes.h"
+
+namespace amnlm {
+
+using namespace zel::cuda;
+
+namespace {
+
+/// Sets each voxel's distance to the one before it along an axis, 1 where there is none.
+template <int axis>
+__device__ __forceinline__ void stepLengths(float* distance, const float* joint, const SweepAxis<axis> along,
+                                            float scale) {
+    constexpr int dx = axis == 0, dy = axis == 1, dz = axis == 2;
+    const auto voxel = [=](int x, int y, int z) {
+        return (static_cast<std::uint64_t>(z) * along.ny + y) * along.nx + x;
+    };
+    // The first voxels come apart, so that no lane has to choose.
+    forEachVoxel(dx ? 1 : along.nx, dy ? 1 : along.ny, dz ? 1 : along.nz,
+                 [=](int x, int y, int z) { distance[voxel(x, y, z)] = 1.0f; });
+    withChannels(along.channels, [=](const auto channels) {
+        const std::uint64_t back = along.step() * channels;
+        forEachVoxel(along.nx - dx, along.ny - dy, along.nz - dz, [=](int x, int y, int z) {
+            const std::uint64_t v = voxel(x + dx, y + dy, z + dz);
+            const float* const values = joint + v * channels;
+            float sum = 0.0f;
+            for (int k = 0; k < channels; ++k) {
+                const float difference = (values - back)[k] - values[k];
+                sum += difference * difference;
+            }
+            distance[v] = std::sqrt(1.0f + scale * sum);
+        });
+    });
+}
+
+template <int axis>
+__device__ __forceinline__ void sweep(float* data, const float* distance, const SweepAxis<axis> along, float a) {
+    const FixedBasePower power(a);
+    sweepBothWays(data, along, 0.0f, [=](auto& weights, const auto& lines, int end) {
+        lines.eachLine([&](unsigned int line) { weights[line] = power(distance[lines.voxelAt(end, line)]); });
+    });
+}
+
+}  // namespace
+
+__global__ void kernRFDiffX(float* distance, const float* joint, int nz, int ny, int nx, int c, float scale) {
+    stepLengths(distance, joint, AlongX{nz, ny, nx, c}, scale);
+}
+__global__ void kernRFDiffY(float* distance, const float* joint, int nz, int ny, int nx, int c, float scale) {
+    stepLengths(distance, joint, AlongY{nz, ny, nx, c}, scale);
+}
+__global__ void kernRFDiffZ(float* distance, const float* joint, int nz, int ny, int nx, int c, float scale) {
+    stepLengths(distance, joint, AlongZ{nz, ny, nx, c}, scale);
+}
+
+__global__ void kernRFDotX(float* data, const float* distance, int nz, int ny, int nx, int c, float a) {
+    sweep(data, distance, AlongX{nz, ny, nx, c}, a);
+}
+__global__ void kernRFDotY(float* data, const float* distance, int nz, int ny, int nx, int c, float a) {
+    sweep(data, distance, AlongY{nz, ny, nx, c}, a);
+}
+__global__ void kernRFDotZ(float* data, const float* distance, int nz, int ny, int nx, int c, float a) {
+    sweep(data, distance, AlongZ{nz, ny, nx, c}, a);
+}
+
+void rfFilter(const RkCUDAAMNLMData& data, const RkCUDAAMNLMData& joint, float rangeSigma, float spatialSigma,
+              RkCUDAAMNLMData& out) {
+    const int nz = out.dims[0], ny = out.dims[1], nx = out.dims[2], c = out.dims[3];
+    const int jointChannels = joint.dims[3];
+    const float a = feedbackOf(spatialSigma);
+    const float ratio = spatialSigma / rangeSigma;
+    const float scale = ratio * ratio;
+    checkCudaFatal(cudaMemcpy(out.data, data.data, out.byteSize(), cudaMemcpyDeviceToDevice));
+    DeviceVector<float> lengths(static_cast<std::size_t>(nx) * ny * nz);
+    float* const distance = thrust::raw_pointer_cast(lengths.data());
+    const cudaLaunchConfig_t voxels = voxelLaunch(nx, ny, nz);
+    const auto pass = [&](auto diff, auto dot, const cudaLaunchConfig_t& lines) {
+        cudaLaunchKernelEx(&voxels, diff, distance, joint.data, nz, ny, nx, jointChannels, scale);
+        cudaLaunchKernelEx(&lines, dot, out.data, distance, nz, ny, nx, c, a);
+    };
+    pass(kernRFDiffX, kernRFDotX, lineLaunch(ny, nz));
+    pass(kernRFDiffY, kernRFDotY, lineLaunch(nx, nz));
+    pass(kernRFDiffZ, kernRFDotZ, lineLaunch(nx, ny));
+}
+
+}  // namespace amnlm
