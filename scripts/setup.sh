@@ -5,7 +5,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 packages=(
     g++ cmake ninja-build pkg-config
-    libtbb-dev libthrust-dev
+    libtbb-dev libthrust-dev libfftw3-dev
     libpng-dev libtiff-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev
 )

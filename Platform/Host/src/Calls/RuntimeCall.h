@@ -22,15 +22,9 @@ cudaError_t deviceCall(const char* name, Body body) {
     });
 }
 
-/// A call that gives something back does so under a fault too: nobody could do it again later, and what a test then
-/// finds alive is what the system under test forgot.
 template <class Body>
 cudaError_t releasingCall(const char* name, Body body) {
-    return guarded<CallFamily::runtime>([&] {
-        const auto fault = enterCall(name);
-        const cudaError_t status = body();
-        return fault ? static_cast<cudaError_t>(*fault) : status;
-    });
+    return releasingVendorCall<CallFamily::runtime>(name, body);
 }
 
 /// The status of giving back what a reset has ended. Its holder is on its way out after an error, and must not leave a
