@@ -11,8 +11,8 @@ namespace zel::host {
 
 using ::testing::Each;
 
-/// Each test leaves the device as it found it: nothing alive, no fault, no pending error. Looked at when what a test's
-/// own fixture holds is gone.
+/// Each test leaves the device as it found it: nothing alive, no fault, no pending error, the same modes. Looked at
+/// when what a test's own fixture holds is gone.
 class DeviceTest : public ::testing::Test {
 protected:
     ~DeviceTest() override {
@@ -20,7 +20,11 @@ protected:
         cudaGetLastError();
         const DeviceUse use = deviceUse();
         EXPECT_EQ(use.liveAllocations + use.liveBytes + use.liveStreams, 0u);
+        EXPECT_TRUE(testModes() == modesBefore_);
     }
+
+private:
+    const TestModes modesBefore_ = testModes();
 };
 
 /// What calls return that are made one after the other.

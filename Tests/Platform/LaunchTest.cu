@@ -17,21 +17,29 @@ namespace {
 
 using LaunchTest = DeviceTest;
 
-/// Counts where only a block of these coordinates should, and there the threads of a block.
+constexpr std::size_t sharedCount = 64;
+
+/// Counts where only a block of these coordinates should, and there the threads of a block, unless another block writes
+/// to its shared memory.
 __global__ void visitKernel(unsigned int* visits) {
     if (blockIdx.x >= gridDim.x || blockIdx.y >= gridDim.y || blockIdx.z >= gridDim.z) return;
-    const std::size_t row = blockIdx.y + std::size_t{gridDim.y} * blockIdx.z;
-    visits[blockIdx.x + gridDim.x * row] += blockDim.x * blockDim.y * blockDim.z;
+    const std::size_t row = blockIdx.y + std::size_t{gridDim.y} * blockIdx.z, block = blockIdx.x + gridDim.x * row;
+    auto* const shared = cuda::dynamicShared<std::size_t>();
+    std::fill_n(shared, sharedCount, block);
+    const bool isOwn = std::count(shared, shared + sharedCount, block) == sharedCount;
+    if (isOwn && reinterpret_cast<std::uintptr_t>(shared) % 64 == 0)
+        visits[block] += blockDim.x * blockDim.y * blockDim.z;
 }
 
 // Grids from one block to many, in plain and in shuffled order.
-TEST_F(LaunchTest, EachBlockOfTheGridRunsOnce) {
+TEST_F(LaunchTest, EachBlockOfTheGridRunsOnceWithSharedMemoryOfItsOwn) {
     for (const dim3 grid : {dim3(1), dim3(7), dim3(1, 5), dim3(3, 4, 5), dim3(100000), dim3(11, 130, 70)})
         for (const std::uint64_t seed : {0, 17}) {
             SCOPED_TRACE(::testing::Message() << grid.x << " x " << grid.y << " x " << grid.z << ", seed " << seed);
             const ScopedTestModes modes({.blockShuffleSeed = seed});
             std::vector<unsigned int> visits(std::size_t{grid.x} * grid.y * grid.z);
-            const auto config = shape(grid, dim3(4, 2, 3));
+            auto config = shape(grid, dim3(4, 2, 3));
+            config.dynamicSmemBytes = sharedCount * sizeof(std::size_t);
             ASSERT_EQ(cudaLaunchKernelEx(&config, visitKernel, visits.data()), cudaSuccess);
             EXPECT_EQ(visits, std::vector<unsigned int>(visits.size(), 24));
         }

@@ -83,6 +83,8 @@ TEST_F(NppArgumentsTest, FaultyOnesGiveTheVendorsCodesAndWriteNothing) {
     EXPECT_EQ(pixel(), 2);
     expectStatus(0, all, [](Call&) {});
     EXPECT_EQ(pixel(), 1);
+    host::injectFault({.call = "nppiFilterBoxBorder_16u_C1R_Ctx", .status = NPP_MEMORY_ALLOCATION_ERR});
+    EXPECT_EQ(Call{}.box(), NPP_MEMORY_ALLOCATION_ERR) << "a refused call does not look at its arguments";
 }
 
 TEST(NppMemoryDeathTest, FilterWithoutMemoryForItsWorkBufferIsRefused) {
