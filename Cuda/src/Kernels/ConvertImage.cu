@@ -5,6 +5,7 @@
 #include <tuple>
 #include <type_traits>
 
+#include "BlockRow.h"
 #include "FloatToInteger.h"
 #include "RowLaunch.h"
 #include "Utilities_CUDA/DeviceCopy_CUDA.h"
@@ -47,8 +48,8 @@ __device__ __forceinline__ To convertPixel(From value) {
 template <typename From, typename To, RoundMode mode>
 __global__ void convertImage2dKernel(const From* src, unsigned long long srcPitch, To* dst, unsigned long long dstPitch,
                                      unsigned long long width) {
-    const From* const srcRow = offsetBytes(src, srcPitch * blockIdx.x);
-    To* const dstRow = offsetBytes(dst, dstPitch * blockIdx.x);
+    const From* const srcRow = blockRow(src, srcPitch);
+    To* const dstRow = blockRow(dst, dstPitch);
     forEachColumn(width, [=](std::uint64_t x) { dstRow[x] = convertPixel<To, mode>(srcRow[x]); });
 }
 

@@ -1,7 +1,7 @@
 #include "ResetImage.h"
 
+#include "BlockRow.h"
 #include "RowLaunch.h"
-#include "Utilities_CUDA/OffsetBytes.h"
 #include "lanes.h"
 #include "zel/VoxelTypes.h"
 
@@ -9,7 +9,7 @@ namespace zel::cuda {
 
 template <typename T>
 __global__ void resetImage2dKernel(T* image, unsigned long long pitch, T value, unsigned long long width) {
-    T* const row = offsetBytes(image, pitch * blockIdx.x);
+    T* const row = blockRow(image, pitch);
     forEachColumn(width, [=](std::uint64_t x) { row[x] = value; });
 }
 
