@@ -7,13 +7,16 @@
 
 namespace zel::test {
 
-/// A volume as kernels and copies get it: behind each row comes a padding, behind each slice a row of padding.
+/// A volume as kernels and copies get it: behind each row comes a padding, behind each slice rows of padding.
 template <typename T>
 struct PaddedVolume {
     using Size = std::array<std::size_t, 3>;
 
-    PaddedVolume(const Size& volumeSize, std::size_t rowPadding, T value)
-        : size(volumeSize), rowLength(size[0] + rowPadding), elements(rowLength * (size[1] + 1) * size[2], value) {}
+    PaddedVolume(const Size& volumeSize, std::size_t rowPadding, T value, std::size_t slicePadding = 1)
+        : size(volumeSize),
+          rowLength(size[0] + rowPadding),
+          sliceRows(size[1] + slicePadding),
+          elements(rowLength * sliceRows * size[2], value) {}
 
     /// Each element has a value of its own, padding too.
     static PaddedVolume numbered(const Size& size, std::size_t rowPadding) {
@@ -23,9 +26,9 @@ struct PaddedVolume {
     }
 
     std::size_t pitch() const { return rowLength * sizeof(T); }
-    std::size_t slicePitch() const { return pitch() * (size[1] + 1); }
+    std::size_t slicePitch() const { return pitch() * sliceRows; }
     std::size_t indexOf(std::size_t x, std::size_t y, std::size_t z) const {
-        return x + rowLength * (y + (size[1] + 1) * z);
+        return x + rowLength * (y + sliceRows * z);
     }
 
     /// visit(element) for each voxel, x fastest, and not for the padding.
@@ -52,7 +55,7 @@ struct PaddedVolume {
     }
 
     Size size;
-    std::size_t rowLength;
+    std::size_t rowLength, sliceRows;
     std::vector<T> elements;
 };
 

@@ -1,0 +1,90 @@
+#include "Kernels/MultiplyByConjugate.h"
+#include "Kernels/MultiplyComplex.h"
+#include "Pixelwise.h"
+#include "Utilities_CUDA/OffsetBytes.h"
+
+using namespace zel::cuda;
+using namespace zel::test;
+
+namespace {
+
+template <typename P>
+using Part = decltype(P::x);
+
+template <typename P>
+using Pixel = P (*)(const P& a, const P& b);
+
+template <typename P>
+P product(const P& a, const P& b) {
+    return {a.x * b.x - a.y * b.y, std::fma(a.y, b.x, a.x * b.y)};
+}
+template <typename P>
+P swappedProduct(const P& a, const P& b) {
+    return product(b, a);
+}
+template <typename P>
+P conjugateProduct(const P& a, const P& b) {
+    return {std::fma(a.x, b.x, a.y * b.y), a.y * b.x - a.x * b.y};
+}
+
+/// A launcher or a kernel of both modules' shape, with what it is to make of a pixel.
+template <typename P, typename Launch>
+PixelwiseOperation<P> operation(Pixel<P> pixel, Part<P> scale, const Launch& launch) {
+    return {[=](const auto& in, const auto& out, const VolumeSize& size) { launch(in[0], in[1], out, size); },
+            [=](const std::vector<P>& in) {
+                const P result = pixel(in[0], in[1]);
+                return P{result.x * scale, result.y * scale};
+            }};
+}
+
+/// The launch of a kernel that no launcher reaches, for each slice.
+template <typename... Parameters>
+auto bySlices(void (*kernel)(Parameters...)) {
+    return [=](const auto& a, const auto& b, const auto& out, const VolumeSize& size) {
+        launchRowsPerSlice(size[1], size[2], nullptr, [&](const cudaLaunchConfig_t& config, std::uint64_t z) {
+            const auto slice = [=](const auto& image) { return offsetBytes(image.first, z * image.slicePitch); };
+            if constexpr (sizeof...(Parameters) == 7)
+                cudaLaunchKernelEx(&config, kernel, slice(a), a.pitch, slice(b), b.pitch, slice(out), out.pitch,
+                                   size[0]);
+            else
+                cudaLaunchKernelEx(&config, kernel, slice(a), a.pitch, slice(b), b.pitch, size[0]);
+        });
+    };
+}
+
+template <typename P>
+class ComplexProductTest : public ::testing::Test {};
+using ComplexTypes = ::testing::Types<float2, double2>;
+TYPED_TEST_SUITE(ComplexProductTest, ComplexTypes);
+
+}  // namespace
+
+// In place of the second factor as well: of the conjugate product that is still a times conj(b).
+TYPED_TEST(ComplexProductTest, ScalesWhereverTheResultGoes) {
+    using P = TypeParam;
+    using R = Part<P>;
+    const R scale = R(0.3);
+    const auto complex = [=](const auto& a, const auto& b, const auto& out, const VolumeSize& size) {
+        multiplyComplexAndScale<R, P>(a.first, a.pitch, a.slicePitch, b.first, b.pitch, b.slicePitch, out.first,
+                                      out.pitch, out.slicePitch, size[0], size[1], size[2], scale, nullptr);
+    };
+    const auto conjugate = [=](const auto& a, const auto& b, const auto& out, const VolumeSize& size) {
+        multiplyByConjugateAndScale<R, P>(a.first, a.pitch, a.slicePitch, b.first, b.pitch, b.slicePitch, out.first,
+                                          out.pitch, out.slicePitch, size[0], size[1], size[2], scale, nullptr);
+    };
+    expectPixelwise(operation<P>(product, scale, complex), {"abc", "aba", "aac", "aaa"});
+    expectPixelwise(operation<P>(swappedProduct, scale, complex), {"abb"});
+    expectPixelwise(operation<P>(conjugateProduct, scale, conjugate), {"abc", "aba", "abb", "aac", "aaa"});
+}
+
+TYPED_TEST(ComplexProductTest, KernelsWithoutAScaleGiveThePureProduct) {
+    using P = TypeParam;
+    const auto check = [](Pixel<P> pixel, auto kernel, const char* placement) {
+        expectPixelwise(operation<P>(pixel, 1, bySlices(kernel)), {placement});
+    };
+    check(product<P>, multiplyComplexKernel<P>, "abc");
+    check(product<P>, multiplyComplexInsituKernel<P>, "aba");
+    check(conjugateProduct<P>, multiplyByConjugateKernel<P>, "abc");
+    check(conjugateProduct<P>, multiplyByConjugateInsituKernel<P>, "aba");
+    check(conjugateProduct<P>, multiplyByConjugateInsitu2Kernel<P>, "abb");
+}
