@@ -15,6 +15,7 @@
 #include "zel/children/IntensityExtrema.h"
 #include "zel/children/IntensityStatistics.h"
 #include "zel/children/ResampleAffine3d.h"
+#include "zel/children/RescaleIntensity.h"
 #include "zel/children/ResetImage.h"
 #include "zel/children/Resize3d.h"
 #include "zel/children/SwapQuadrants.h"
@@ -206,4 +207,26 @@ TEST(ChildrenTest, RefuseWhatTheyCannotDo) {
               "interpolation is 2; the only choice is 1, trilinear");
     EXPECT_EQ(resample([](auto& child) { child.upperPoint = tarnway::Point(0, NAN, 0); }),
               "upperPoint is nan along axis 1; it must be finite");
+}
+
+TEST(ChildrenTest, RescalingMapsRangeToRange) {
+    const auto rescaled = [](HostImage image, const Vector2<double>& from, const Vector2<double>& to) {
+        const auto rescale = RescaleIntensity::New(nullptr);
+        rescale->inputImage = &image;
+        rescale->inputRange = from;
+        rescale->outputRange = to;
+        rescale->outputImage = &image;
+        rescale->run();
+        return voxelsOf<float>(image);
+    };
+    EXPECT_THAT(rescaled(imageOf<float>({2, 2, 1}, {2, 3, 6, 8}), {2, 6}, {-1, 1}), ElementsAre(-1, -0.5, 1, 2));
+    EXPECT_THAT(rescaled(imageOf<float>({2, 1, 1}, {5, 6}), {6, 5}, {0, 10}), ElementsAre(10, 0)) << "turned round";
+    EXPECT_THAT(rescaled(imageOf<float>({2, 1, 1}, {7, 7}), {7, 7}, {-1, 1}), ElementsAre(-1, -1));
+
+    HostImage image = imageOf<float>({1, 1, 1}, {0});
+    const auto rescale = RescaleIntensity::New(nullptr);
+    rescale->inputImage = &image;
+    rescale->outputImage = &image;
+    rescale->outputTypeChoice = 3;
+    EXPECT_THROW(rescale->run(), RuntimeError);
 }
