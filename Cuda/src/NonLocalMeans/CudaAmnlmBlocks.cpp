@@ -44,7 +44,7 @@ std::size_t unsignedIndex(std::int32_t index) {
 
 }  // namespace
 
-Region::Region(const std::int32_t (&corner)[3], const std::int32_t (&opposite)[3])
+Region::Region(const Extents3& corner, const Extents3& opposite)
     : xLow(std::min(corner[0], opposite[0])),
       xHigh(std::max(corner[0], opposite[0])),
       yLow(std::min(corner[1], opposite[1])),
@@ -63,15 +63,12 @@ Region intersect(const Region& a, const Region& b) {
     return common;
 }
 
-BlockIterator::BlockIterator(const std::int32_t (&extents)[3], const std::int32_t (&steps)[3])
-    : position{}, extent{}, origin{}, size{}, step{} {
-    std::copy_n(extents, rank, size);
-    std::copy_n(steps, rank, step);
+BlockIterator::BlockIterator(const Extents3& extents, const Extents3& steps) : size(extents), step(steps) {
     position[0] -= step[0];
 }
 
 bool BlockIterator::next() {
-    for (int axis = 0;; ++axis) {
+    for (std::size_t axis = 0;; ++axis) {
         const std::int64_t next = std::int64_t{position[axis]} + step[axis];
         if (next < std::int64_t{origin[axis]} + size[axis]) {
             position[axis] = static_cast<std::int32_t>(next);
@@ -80,7 +77,7 @@ bool BlockIterator::next() {
         if (axis == rank - 1) return false;
         position[axis] = origin[axis];
     }
-    for (int axis = 0; axis < rank; ++axis)
+    for (std::size_t axis = 0; axis < rank; ++axis)
         extent[axis] = std::min(step[axis], size[axis] - position[axis] + origin[axis]);
     return true;
 }

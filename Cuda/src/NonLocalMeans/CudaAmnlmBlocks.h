@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "NonLocalMeans/CudaAmnlmData.h"
@@ -7,11 +8,14 @@
 
 namespace amnlm {
 
+/// Extents or a position along x, y and z.
+using Extents3 = std::array<std::int32_t, 3>;
+
 /// A box of voxels; all bounds belong to it.
 struct Region {
     Region() = default;
     /// From two opposite corners in any order.
-    Region(const std::int32_t (&corner)[3], const std::int32_t (&opposite)[3]);
+    Region(const Extents3& corner, const Extents3& opposite);
 
     std::int32_t extentX() const { return xHigh - xLow + 1; }
     std::int32_t extentY() const { return yHigh - yLow + 1; }
@@ -29,18 +33,18 @@ Region intersect(const Region& a, const Region& b);
 /// takes what is left. Axis 0 is x.
 struct BlockIterator {
     /// @param steps  extents of a core, each at least 1.
-    BlockIterator(const std::int32_t (&extents)[3], const std::int32_t (&steps)[3]);
+    BlockIterator(const Extents3& extents, const Extents3& steps);
 
     /// Goes to the next core, at first to the first one. False at the end of the walk.
     bool next();
     Region core() const;
 
-    std::int32_t rank = 3;
-    std::int32_t position[3];
-    std::int32_t extent[3];
-    std::int32_t origin[3];
-    std::int32_t size[3];
-    std::int32_t step[3];
+    static constexpr std::size_t rank = 3;
+    Extents3 position{};  ///< of the core
+    Extents3 extent{};    ///< of the core
+    Extents3 origin{};    ///< of the image
+    Extents3 size;        ///< of the image
+    Extents3 step;
 };
 
 /// How many times next() is going to give true.
