@@ -98,10 +98,11 @@ TEST(LibraryTest, ExportsItsFourFunctionsAndNothingElseIsNeeded) {
 TEST(LibraryTest, SaysWhichAlgorithmsThisBuildLacks) {
     const Library library = loadLibrary();
     HostImage input(VoxelTypes::uint8, {4, 4}), output(VoxelTypes::uint8, {4, 4});
-    CudaMedianFilter2d filter;
+    CudaAdaptiveManifoldNlmFilter filter;
     filter.inputImage = &input;
     filter.outputImage = &output;
-    EXPECT_EQ(test::messageOf([&] { filter.run(); }), "CudaMedianFilter2d has no GPU implementation in this build");
+    EXPECT_EQ(test::messageOf([&] { filter.run(); }),
+              "CudaAdaptiveManifoldNlmFilter has no GPU implementation in this build");
 
     CudaErosion2d other;
     EXPECT_THROW(CudaMedianFilter2d::getClassInfo()->availableRunner()->run(&other), UnexpectedError);

@@ -37,15 +37,29 @@ inline Window diamond(long radius) {
     return window;
 }
 
-/// Each pixel of an image becomes what `fold` makes of those in its window, the image's edge repeated.
+/// The pixel at a position of a line whose outermost pixels go on beyond its ends.
+inline long edgeRepeated(long position, long length) {
+    return std::clamp(position, 0L, length - 1);
+}
+
+/// The pixel at a position of a line that goes on mirrored at both ends, the edge pixel not repeated.
+inline long mirroredAtEdge(long position, long length) {
+    while (position < 0 || position >= length) {
+        if (length == 1) return 0;
+        position = position < 0 ? -position : 2 * (length - 1) - position;
+    }
+    return position;
+}
+
+/// Each pixel of an image becomes what `fold` makes of those in its window. @param border  one of the two above.
 template <typename T, typename Fold>
-std::vector<T> plainWindowFilter(const PlainVolume<T>& image, const Window& window, const Fold& fold) {
+std::vector<T> plainWindowFilter(const PlainVolume<T>& image, const Window& window, const Fold& fold,
+                                 long (*border)(long, long) = edgeRepeated) {
     const auto width = static_cast<long>(image.size[0]), height = static_cast<long>(image.size[1]);
     std::vector<T> result, seen(window.size());
     for (long i = 0; i < width * height; ++i) {
         std::transform(window.begin(), window.end(), seen.begin(), [&](const auto& offset) {
-            const long x = std::clamp(i % width + offset[0], 0L, width - 1);
-            const long y = std::clamp(i / width + offset[1], 0L, height - 1);
+            const long x = border(i % width + offset[0], width), y = border(i / width + offset[1], height);
             return image.voxels[static_cast<std::size_t>(y * width + x)];
         });
         result.push_back(static_cast<T>(fold(seen)));

@@ -2,6 +2,7 @@
 
 #include "BoxFilterRun.h"
 #include "GaussianFilterRun.h"
+#include "MedianFilterRun.h"
 #include "MorphologyRun.h"
 #include "RunChecks.h"
 
@@ -61,8 +62,8 @@ struct FlatGaussian : Gaussian {
 };
 
 /// All of them, each law and each fault is tried on.
-using SmallFilterRuns =
-    ::testing::Types<SmallBoxFilter, SquareErosion, DiamondOpening, DiamondClosing, Gaussian, FlatGaussian>;
+using SmallFilterRuns = ::testing::Types<SmallBoxFilter, SmallMedianFilter, SquareErosion, DiamondOpening,
+                                         DiamondClosing, Gaussian, FlatGaussian>;
 
 /// A typed test over them.
 template <typename Filter>

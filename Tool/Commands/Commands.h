@@ -8,6 +8,7 @@
 /// All commands, in the order of --help. Each NAME stands for makeNAMECommand() in a file of the command's own.
 #define ZEL_FOR_EACH_COMMAND(X) \
     X(BoxFilter)                \
+    X(MedianFilter)             \
     X(Erosion)                  \
     X(Dilation)                 \
     X(Opening)                  \

@@ -15,6 +15,7 @@ std::vector<DemoSection> demoSections() {
         {{"picture", "", ".png", makeDemoPicture},
          {
              {"box-filter", "--kernel 9,9"},
+             {"median-filter", "--radius 3"},
              {"gaussian-filter", "--sigma 3,3,0"},
              {"gaussian-filter", "--sigma 8,0,0", "x"},
              {"erosion", "--radius 3 --neighborhood square", "square"},
@@ -29,6 +30,7 @@ std::vector<DemoSection> demoSections() {
         {{"volume", "volume-", ".tif", makeDemoVolume},
          {
              {"box-filter", "--kernel 9,9"},
+             {"median-filter", "--radius 3"},
              {"gaussian-filter", "--sigma 1.5,1.5,1.5"},
              {"opening", "--radius 2 --neighborhood square", "square"},
          }},

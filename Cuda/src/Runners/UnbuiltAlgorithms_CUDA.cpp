@@ -26,8 +26,4 @@ void runOnGpu(CudaTemplateMatching3d* algorithm) {
     raiseUnbuilt(*algorithm);
 }
 
-void runOnGpu(CudaMedianFilter2d* algorithm) {
-    raiseUnbuilt(*algorithm);
-}
-
 }  // namespace zel::cuda

@@ -13,6 +13,12 @@
     X(FilterBox, 16s, Npp16s)  \
     X(FilterBox, 32f, Npp32f)
 
+#define ZEL_NPP_MEDIAN_FILTERS(X) \
+    X(FilterMedian, 8u, Npp8u)    \
+    X(FilterMedian, 16u, Npp16u)  \
+    X(FilterMedian, 16s, Npp16s)  \
+    X(FilterMedian, 32f, Npp32f)
+
 #define ZEL_NPP_MORPHOLOGY_FILTERS(X) \
     X(Erode, 8u, Npp8u)               \
     X(Erode, 16u, Npp16u)             \

@@ -61,6 +61,14 @@ TEST_F(FilterCommandTest, BoxFilterAveragesARectangle) {
     expectResult("box-filter --kernel 5,1", expected);
 }
 
+// Mirrored at the edge, the dark pixel has itself but once in its window.
+TEST_F(FilterCommandTest, MedianFilterRemovesLonePixels) {
+    expectResult("median-filter --radius 1", drawn(grey + grey));
+    const std::string stripe = "o......", narrow = "oo.....";
+    folder.write("in.npy", npyBytes("|u1", "(2, 5, 7)", rawBytes(drawn(fiveRows(stripe) + fiveRows(narrow)))));
+    expectResult("median-filter --radius 1", drawn(grey + fiveRows(narrow)));
+}
+
 TEST_F(FilterCommandTest, MorphologyMovesWhatIsBrightAndDark) {
     const std::string diamond = "o......oo.....ooo....oo.....o......";
     expectResult("dilation --radius 2 --neighborhood square", drawn(fiveRows(".#####.") + grey));

@@ -1,0 +1,96 @@
+#include <nppi_filtering_functions.h>
+
+#include <limits>
+#include <vector>
+
+#include "Calls/VendorCall.h"
+#include "Device/Allocations.h"
+#include "Device/Streams.h"
+#include "Npp/Median/MirroredKeys.h"
+#include "host_runtime/Parallel.h"
+
+namespace zel::host {
+namespace {
+
+bool isOdd(NppiSize mask) {
+    return mask.width % 2 == 1 && mask.height % 2 == 1;
+}
+
+/// Sets `bytes` to the work buffer's size for a region and an odd mask.
+template <typename Pixel>
+NppStatus findBufferBytes(NppiSize roi, NppiSize mask, Npp32u& bytes) {
+    if (mask.width <= 7 && mask.height <= 7) {
+        bytes = 0;
+        return NPP_SUCCESS;
+    }
+    constexpr std::uint64_t maxBytes = std::numeric_limits<Npp32u>::max();
+    const std::uint64_t width = std::uint64_t(roi.width) + std::uint64_t(mask.width) - 1;
+    const std::uint64_t height = std::uint64_t(roi.height) + std::uint64_t(mask.height) - 1;
+    if (width > maxBytes / sizeof(Pixel) / height) return NPP_MEMORY_ALLOCATION_ERR;
+    bytes = static_cast<Npp32u>(width * height * sizeof(Pixel));
+    return NPP_SUCCESS;
+}
+
+template <typename Pixel>
+void filterMedian(const MedianJob<Pixel>& job) {
+    using Key = typename MedianOrder<Pixel>::Key;
+    const std::ptrdiff_t stride = job.reachedWidth();
+    const auto maskPixels = static_cast<std::size_t>(std::ptrdiff_t{job.mask.width} * job.mask.height);
+    parallelFor(static_cast<std::size_t>(job.roi.height), 1, [&](std::size_t begin, std::size_t end) {
+        std::vector<Key> rows(static_cast<std::size_t>(stride * job.mask.height)), window(maskPixels);
+        for (auto y = static_cast<std::ptrdiff_t>(begin); y < static_cast<std::ptrdiff_t>(end); ++y) {
+            for (std::ptrdiff_t j = 0; j < job.mask.height; ++j) job.readKeys(y + j, 0, stride, &rows[j * stride]);
+            for (std::ptrdiff_t x = 0; x < job.roi.width; ++x) {
+                for (std::ptrdiff_t j = 0; j < job.mask.height; ++j)
+                    std::copy_n(&rows[j * stride + x], job.mask.width, &window[j * job.mask.width]);
+                const auto middle = window.begin() + static_cast<std::ptrdiff_t>(maskPixels / 2);
+                std::nth_element(window.begin(), middle, window.end());
+                job.dstRow(y)[x] = MedianOrder<Pixel>::pixelOf(*middle);
+            }
+        }
+    });
+}
+
+template <typename Pixel>
+NppStatus filterMedianBorder(const char* name, const FilterArguments& arguments, Npp8u* buffer, cudaStream_t stream) {
+    return vendorCall<CallFamily::npp>(name, [&] {
+        if (const NppStatus status = checkFilterArguments(arguments, sizeof(Pixel), NPP_BORDER_MIRROR)) return status;
+        if (!isOdd(arguments.mask)) return NPP_MASK_SIZE_ERROR;
+        Npp32u bytes = 0;
+        if (const NppStatus status = findBufferBytes<Pixel>(arguments.roi, arguments.mask, bytes)) return status;
+        if (bytes != 0) {
+            if (buffer == nullptr) return NPP_NULL_POINTER_ERROR;
+            if (!isDeviceRange(buffer, bytes)) return NPP_INVALID_DEVICE_POINTER_ERROR;
+            if (reinterpret_cast<std::uintptr_t>(buffer) % sizeof(Pixel) != 0) return NPP_ALIGNMENT_ERROR;
+        }
+        enqueue(stream, [job = MedianJob<Pixel>(arguments)] { filterMedian(job); });
+        return NPP_SUCCESS;
+    });
+}
+
+template <typename Pixel>
+NppStatus findMedianBufferSize(const char* name, NppiSize roi, NppiSize mask, Npp32u* bytes, NppiBorderType border) {
+    return vendorCall<CallFamily::npp>(name, [&] {
+        if (bytes == nullptr) return NPP_NULL_POINTER_ERROR;
+        if (roi.width <= 0 || roi.height <= 0) return NPP_SIZE_ERROR;
+        if (mask.width <= 0 || mask.height <= 0 || !isOdd(mask)) return NPP_MASK_SIZE_ERROR;
+        if (border != NPP_BORDER_MIRROR) return NPP_NOT_SUPPORTED_MODE_ERROR;
+        return findBufferBytes<Pixel>(roi, mask, *bytes);
+    });
+}
+
+}  // namespace
+}  // namespace zel::host
+
+#define DEFINE(filter, suffix, Pixel)                                                                           \
+    ZEL_NPP_MEDIAN_FUNCTION(filter, suffix, Pixel) {                                                            \
+        return zel::host::filterMedianBorder<Pixel>(                                                            \
+            __func__,                                                                                           \
+            {pSrc, nSrcStep, oSrcSize, oSrcOffset, pDst, nDstStep, oSizeROI, oMaskSize, oAnchor, eBorderType},  \
+            pBuffer, nppStreamCtx.hStream);                                                                     \
+    }                                                                                                           \
+    ZEL_NPP_MEDIAN_BUFFER_FUNCTION(filter, suffix, Pixel) {                                                     \
+        static_cast<void>(nppStreamCtx);                                                                        \
+        return zel::host::findMedianBufferSize<Pixel>(__func__, oSizeROI, oMaskSize, nBufferSize, eBorderType); \
+    }
+ZEL_NPP_MEDIAN_FILTERS(DEFINE)
