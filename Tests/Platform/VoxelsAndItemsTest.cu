@@ -1,5 +1,6 @@
 #include <lanes.h>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -45,6 +46,29 @@ TEST_F(VoxelsAndItemsTest, EachVoxelIsMetOnce) {
     for (int launch = 0; launch < 3; ++launch) {
         expectEachVoxelOnce<int>(dim3(8, 8, 8));
         expectEachVoxelOnce<std::uint64_t>(dim3(70, 2, 7));
+    }
+}
+
+__global__ void columnsKernel(int* out, int nx, int ny, int nz, int channels) {
+    forEachVoxelColumn(nx, ny, nz, channels, [=](const auto bundle, int yBegin, int yEnd, int z) {
+        for (int y = yBegin; y < yEnd; ++y)
+            bundle.each([&](unsigned int lane) {
+                const auto x = static_cast<int>(bundle.first + lane);
+                out[x + nx * channels * (y + ny * z)] += place(x, y, z);
+            });
+    });
+}
+
+TEST_F(VoxelsAndItemsTest, ColumnsMeetEachElementOnce) {
+    for (const auto& [nx, ny, nz, channels] : {std::array{1, 1, 1, 1}, {20, 70, 2, 4}, {130, 9, 1, 1}, {5, 33, 9, 3}}) {
+        SCOPED_TRACE(::testing::Message() << nx << " x " << ny << " x " << nz << ", " << channels << " channels");
+        const auto config = host::shape(dim3((nx + 7) / 8, (ny + 7) / 8, (nz + 7) / 8), dim3(8, 8, 8));
+        std::vector<int> out(static_cast<std::size_t>(nx * ny * nz * channels)), expected;
+        ASSERT_EQ(cudaLaunchKernelEx(&config, columnsKernel, out.data(), nx, ny, nz, channels), cudaSuccess);
+        for (int z = 0; z < nz; ++z)
+            for (int y = 0; y < ny; ++y)
+                for (int x = 0; x < nx * channels; ++x) expected.push_back(place(x, y, z));
+        EXPECT_EQ(out, expected);
     }
 }
 

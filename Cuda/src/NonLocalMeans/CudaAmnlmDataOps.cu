@@ -4,6 +4,7 @@
 #include <thrust/transform.h>
 
 #include <cstdint>
+#include <utility>
 
 #include "CudaUtils_CUDA.h"
 #include "ThrustPolicy.h"
@@ -12,7 +13,7 @@
 
 namespace amnlm {
 
-using zel::cuda::forEachVoxel;
+using namespace zel::cuda;
 
 /// x / y where y can be divided by, else 0. NaN is not above the limit.
 template <typename T>
@@ -28,11 +29,35 @@ struct maskdata {
     __host__ __device__ T operator()(T x, bool mask) const { return mask ? x : T{0}; }
 };
 
-/// Linear interpolation along one axis: the share of a sample, and that of the next one.
+__global__ void kernConcat(float* out, const float* a, const float* b, int nx, int ny, int nz, int ca, int cb) {
+    withChannels(ca, [=](const auto channelsA) {
+        withChannels(cb, [=](const auto channelsB) {
+            forEachVoxel(nx, ny, nz, [=](int x, int y, int z) {
+                const std::int64_t v = (std::int64_t{z} * ny + y) * nx + x;
+                float* const voxel = out + v * (channelsA + channelsB);
+                for (int k = 0; k < channelsA; ++k) voxel[k] = a[v * channelsA + k];
+                for (int k = 0; k < channelsB; ++k) voxel[channelsA + k] = b[v * channelsB + k];
+            });
+        });
+    });
+}
+
+__global__ void kernExtract(float* out, const float* in, int nx, int ny, int nz, int c, int first, int last) {
+    withChannels(c, [=](const auto channels) {
+        withChannels(last - first, [=](const auto taken) {
+            forEachVoxel(nx, ny, nz, [=](int x, int y, int z) {
+                const std::int64_t v = (std::int64_t{z} * ny + y) * nx + x;
+                for (int k = 0; k < taken; ++k) out[v * taken + k] = in[v * channels + first + k];
+            });
+        });
+    });
+}
+
+/// A position between two samples of an axis: the share of the first, and that of the one behind it.
 struct AxisPosition {
     int index;
-    float next;
     float here;
+    float next;
 
     __device__ __forceinline__ AxisPosition(int position, float scale) {
         const float exact = static_cast<float>(position) * scale;
@@ -42,39 +67,84 @@ struct AxisPosition {
         here = 1 - next;
     }
 
-    __device__ __forceinline__ float between(float low, float high) const { return here * low + next * high; }
+    __device__ __forceinline__ float between(float first, float second) const { return here * first + next * second; }
 };
 
-__global__ void kernConcat(float* out, const float* a, const float* b, int nx, int ny, int nz, int ca, int cb) {
-    forEachVoxel(nx, ny, nz, [=](int x, int y, int z) {
-        const std::int64_t v = (std::int64_t{z} * ny + y) * nx + x;
-        for (int c = 0; c < ca; ++c) out[v * (ca + cb) + c] = a[v * ca + c];
-        for (int c = 0; c < cb; ++c) out[v * (ca + cb) + ca + c] = b[v * cb + c];
-    });
-}
+/// Takes the elements of a bundle, of a row of `nx` voxels that goes on with zeros, out of rows of `in`.
+template <typename Bundle, typename Channels>
+class RowSampler {
+public:
+    using Values = decltype(std::declval<const Bundle&>().fill(0.0f));
 
-__global__ void kernExtract(float* out, const float* in, int nx, int ny, int nz, int c, int first, int last) {
-    forEachVoxel(nx, ny, nz, [=](int x, int y, int z) {
-        const std::int64_t v = (std::int64_t{z} * ny + y) * nx + x;
-        for (int k = first; k < last; ++k) out[v * (last - first) + k - first] = in[v * c + k];
-    });
-}
+    __device__ __forceinline__ RowSampler(const Bundle& bundle, Channels channels, float scale, int nx)
+        : bundle_(bundle),
+          channels_(channels),
+          base_(AxisPosition(static_cast<int>(bundle.first / channels), scale).index),
+          offset_(bundle.fill(0)),
+          here_(bundle.fill(0.0f)),
+          next_(bundle.fill(0.0f)) {
+        last_ = static_cast<int>((nx - 1 - base_) * channels);
+        bundle.each([&](unsigned int lane) {
+            const std::uint64_t element = bundle.first + lane;
+            const AxisPosition position(static_cast<int>(element / channels), scale);
+            offset_[lane] = static_cast<int>((position.index - base_) * channels + element % channels);
+            here_[lane] = position.here;
+            next_[lane] = position.next;
+        });
+    }
+
+    /// @param row  null for one beyond the image, which is 0.
+    __device__ __forceinline__ Values operator()(const float* row) const {
+        Values values = bundle_.fill(0.0f);
+        if (row == nullptr) return values;
+        const float* const samples = row + base_ * channels_;
+        bundle_.each([&](unsigned int lane) {
+            const bool hasNext = offset_[lane] < last_;
+            const float next = keepIf(hasNext, samples[offset_[lane] + (hasNext ? static_cast<int>(channels_) : 0)]);
+            values[lane] = here_[lane] * samples[offset_[lane]] + next_[lane] * next;
+        });
+        return values;
+    }
+
+private:
+    Bundle bundle_;
+    Channels channels_;
+    std::int64_t base_;  ///< voxel of the row that offsets count from
+    int last_;           ///< offset of the row's last voxel
+    decltype(std::declval<const Bundle&>().fill(0)) offset_;
+    Values here_;
+    Values next_;
+};
 
 __global__ void kernPatchSpaceScale(float* out, int onx, int ony, int onz, const float* in, int inx, int iny, int inz,
-                                    int c, float sx, float sy, float sz) {
-    forEachVoxel(onx, ony, onz, [=](int x, int y, int z) {
-        const AxisPosition atX(x, sx), atY(y, sy), atZ(z, sz);
-        float* const voxel = out + ((std::int64_t{z} * ony + y) * onx + x) * c;
-        for (int k = 0; k < c; ++k) {
-            const auto sample = [=](int dx, int dy, int dz) {
-                const int ix = atX.index + dx, iy = atY.index + dy, iz = atZ.index + dz;
-                if (ix >= inx || iy >= iny || iz >= inz) return 0.0f;
-                return in[((std::int64_t{iz} * iny + iy) * inx + ix) * c + k];
+                                    int channelCount, float sx, float sy, float sz) {
+    withChannels(channelCount, [=](const auto channels) {
+        forEachVoxelColumn(onx, ony, onz, channels, [=](const auto bundle, int yBegin, int yEnd, int z) {
+            const RowSampler sampler(bundle, channels, sx, inx);
+            const AxisPosition atZ(z, sz);
+            const auto sampled = [&](int y, int dz) {
+                const std::int64_t plane = atZ.index + dz;
+                const bool inside = y < iny && plane < inz;
+                return sampler(inside ? in + (plane * iny + y) * inx * channels : nullptr);
             };
-            const auto alongX = [=](int dy, int dz) { return atX.between(sample(0, dy, dz), sample(1, dy, dz)); };
-            const auto alongY = [=](int dz) { return atY.between(alongX(0, dz), alongX(1, dz)); };
-            voxel[k] = atZ.between(alongY(0), alongY(1));
-        }
+            int row = -1;  // the first of the rows of `in` that the four are samples of
+            auto a = bundle.fill(0.0f), b = a, c = a, d = a;
+            for (int y = yBegin; y < yEnd; ++y) {
+                const AxisPosition atY(y, sy);
+                if (row < 0 || atY.index != row) {
+                    const bool isNext = row >= 0 && atY.index == row + 1;
+                    a = isNext ? b : sampled(atY.index, 0);
+                    c = isNext ? d : sampled(atY.index, 1);
+                    b = sampled(atY.index + 1, 0);
+                    d = sampled(atY.index + 1, 1);
+                    row = atY.index;
+                }
+                float* const target = out + (std::int64_t{z} * ony + y) * onx * channels + bundle.first;
+                bundle.each([&](unsigned int lane) {
+                    target[lane] = atZ.between(atY.between(a[lane], b[lane]), atY.between(c[lane], d[lane]));
+                });
+            }
+        });
     });
 }
 
@@ -84,7 +154,7 @@ template <typename Second, typename Operation>
 void transformData(const RkCUDAAMNLMData& a, Second b, RkCUDAAMNLMData& out, Operation operation) {
     if (a.elementCount() == 0) return;
     const auto first = thrust::device_pointer_cast(static_cast<const float*>(a.data));
-    thrust::transform(zel::cuda::thrustPolicy, first, first + static_cast<std::int64_t>(a.elementCount()), b,
+    thrust::transform(thrustPolicy, first, first + static_cast<std::int64_t>(a.elementCount()), b,
                       thrust::device_pointer_cast(out.data), operation);
 }
 

@@ -11,4 +11,5 @@
 #include "lanes/Lines.h"
 #include "lanes/Patches.h"
 #include "lanes/Sweeps.h"
+#include "lanes/VoxelColumns.h"
 #include "lanes/Voxels.h"
