@@ -1,6 +1,4 @@
 #include <cstring>
-#include <numeric>
-#include <vector>
 
 #include "DeviceFixture.h"
 
@@ -18,9 +16,7 @@ Bytes counting(std::size_t count) {
 
 // Sizes around the pieces that large copies are cut into, in one row and in many, with and without padding.
 TEST_F(CopyTest, PitchedRowsArriveAndPaddingStays) {
-    struct Case {
-        std::size_t width, height, hostPadding, devicePadding;
-    };
+    using Case = std::array<std::size_t, 4>;
     for (const auto& [width, height, hostPadding, devicePadding] :
          {Case{1, 1, 0, 0}, Case{100, 7, 3, 5}, Case{100, 7, 0, 0}, Case{(1 << 20) + 1, 3, 1, 0},
           Case{3 << 20, 1, 0, 0}, Case{4099, 300, 0, 13}, Case{1, 600000, 1, 0}}) {
@@ -66,7 +62,7 @@ TEST_F(CopyTest, VolumesAreCutOutAtTheirPositions) {
     for (std::size_t i = 0; i < back.size(); ++i) {
         const std::size_t x = i % 10, y = i / 10 % 4, z = i / 40;
         const bool inside = x >= 7 && y >= 1 && z < 2;
-        EXPECT_EQ(back[i], inside ? source[((z + 1) * 5 + y + 1) * 6 + x - 6] : 0) << x << ", " << y << ", " << z;
+        EXPECT_EQ(back[i], inside ? source[((z + 1) * 5 + y + 1) * 6 + x - 6] : 0) << i;
     }
     down.extent.height = 5;
     up.dstPos.z = 2;
@@ -81,12 +77,9 @@ TEST_F(CopyTest, BoundsEndWithTheLastRowsWidth) {
     const auto copy = [&](std::size_t offset, std::size_t pitch, std::size_t width, std::size_t height) {
         return cudaMemcpy2DAsync(device.get() + offset, pitch, host.data(), 200, width, height, cudaMemcpyHostToDevice);
     };
-    const auto copyFlat = [&](std::size_t bytes) {
-        return cudaMemcpy(device.get(), host.data(), bytes, cudaMemcpyHostToDevice);
-    };
-    EXPECT_THAT(Statuses({copy(0, 100, 60, 3), copy(0, 100, 0, 4), copyFlat(260)}), Each(cudaSuccess));
+    EXPECT_THAT(Statuses({copy(0, 100, 60, 3), copy(0, 100, 0, 4)}), Each(cudaSuccess));
     EXPECT_THAT(Statuses({copy(0, 100, 61, 3), copy(1, 100, 60, 3), copy(0, 100, 60, 4), copy(0, 59, 60, 2),
-                          copy(0, std::size_t{1} << 63, 60, 3), copyFlat(261)}),
+                          copy(0, std::size_t{1} << 63, 60, 3)}),
                 Each(cudaErrorInvalidValue));
 }
 

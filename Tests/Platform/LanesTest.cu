@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <numeric>
-#include <vector>
 
 #include "DeviceFixture.h"
 

@@ -8,7 +8,6 @@
 #include <stdexcept>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "DeviceFixture.h"
 
@@ -137,14 +136,15 @@ TEST_F(LaunchTest, QueuedWorkThatFailsIsToldOnce) {
     cudaStream_t stream = nullptr;
     void* memory = nullptr;
     EXPECT_THAT(Statuses({cudaStreamCreate(&stream), cudaMalloc(&memory, 8)}), Each(cudaSuccess));
-    const std::function<cudaError_t()> calls[] = {
-        [&] { return cudaStreamSynchronize(stream); }, [&] { return cudaDeviceSynchronize(); },
-        [&] { return cudaFree(memory); }, [&] { return cudaStreamDestroy(stream); }};
-    for (const auto& call : calls) {
+    const auto tells = [&](const auto& call) {
         EXPECT_THAT(Statuses({launchFailing(true, 1, stream), launchFailing(false, 1, stream)}), Each(cudaSuccess));
         EXPECT_EQ(call(), cudaErrorMemoryAllocation) << "the first one's";
         EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
-    }
+    };
+    tells([&] { return cudaStreamSynchronize(stream); });
+    tells(cudaDeviceSynchronize);
+    tells([&] { return cudaFree(memory); });
+    tells([&] { return cudaStreamDestroy(stream); });
 }
 
 /// The last block to finish sums what all have published.

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <vector>
 
 #include "DeviceFixture.h"
 #include "ProcessMemory.h"

@@ -1,13 +1,11 @@
 #include <host_device.h>
 #include <nppi_filtering_functions.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <utility>
-#include <vector>
 
 #include "Npp/Box/BoxDivision.h"
 #include "NppImage.h"

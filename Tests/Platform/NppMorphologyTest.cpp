@@ -1,7 +1,5 @@
-#include <host_device.h>
 #include <nppi_morphological_operations.h>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <compare>

@@ -1,7 +1,5 @@
 #include <tbb/global_control.h>
-#include <thrust/inner_product.h>
 #include <thrust/system_error.h>
-#include <thrust/transform_reduce.h>
 
 #include <array>
 #include <cmath>
@@ -10,7 +8,6 @@
 
 #include "DeviceFixture.h"
 #include "DeviceVectorOperations.h"
-#include "ThrustPolicy.h"
 
 namespace zel::test {
 namespace {
@@ -45,22 +42,18 @@ cudaError_t add(DeviceVector<float>& vector, float value, unsigned int blocks = 
 TEST_F(ThrustTest, ComesInTheOrderOfTheDefaultStream) {
     const host::ScopedTestModes late({.deferredStreams = true});
     DeviceVector<float> vector(1, 0.0f), other(1);
-    float expected = 0;
-    const auto afterKernel = [&](const std::function<float()>& value) {
-        ASSERT_EQ(add(vector, 1), cudaSuccess);
-        EXPECT_EQ(value(), ++expected);
+    const std::pair<float, std::function<float()>> readers[] = {
+        {1, [&] { return thrust::reduce(vector.begin(), vector.end(), 0.0f); }},
+        {2, [&] { return static_cast<float>(vector[0]); }},
+        {3, [&] { return onHost(vector)[0]; }},
+        {4, [&] { return *thrust::raw_pointer_cast((other = vector).data()); }},
+        {25,
+         [&] { return thrust::transform(vector.begin(), vector.end(), other.begin(), Square()), onHost(other)[0]; }},
     };
-    afterKernel([&] { return thrust::reduce(vector.begin(), vector.end(), 0.0f); });
-    afterKernel([&] { return static_cast<float>(vector[0]); });
-    afterKernel([&] { return onHost(vector)[0]; });
-    afterKernel([&] {
-        other = vector;
-        return *static_cast<const volatile float*>(thrust::raw_pointer_cast(other.data()));
-    });
-    afterKernel([&] {
-        thrust::transform(vector.begin(), vector.end(), other.begin(), thrust::negate<float>());
-        return -onHost(other)[0];
-    });
+    for (const auto& [expected, read] : readers) {
+        ASSERT_EQ(add(vector, 1), cudaSuccess);
+        EXPECT_EQ(read(), expected);
+    }
     ASSERT_EQ(add(vector, 1), cudaSuccess);
     vector[0] = 50;
     ASSERT_EQ(add(vector, 1), cudaSuccess);

@@ -26,11 +26,9 @@ TEST_F(CommandsTest, InfoShowsAllFilesThatCanBeRead) {
               "f.npy: NPY, 2 x 2, float32, spacing 1 x 1, range -1.5 to 7\n"
               "c.npy: NPY, 2 x 1, complex64, spacing 1 x 1\n");
     expectOneErrorLine({result.exitCode, "", result.errors}, 1, "cannot read gone.npy");
-
-    EXPECT_EQ(zel("info --json f.npy").output,
-              R"({"images":[{"file":"f.npy","format":"NPY","size":[2,2],"type":"float32","spacing":[1.0,1.0,1.0],)"
-              R"("minimum":-1.5,"maximum":7.0}]})"
-              "\n");
+    EXPECT_THAT(zel("info --json f.npy").output,
+                StartsWith(R"({"images":[{"file":"f.npy","format":"NPY","size":[2,2],"type":"float32","spacing":[1.0,)"
+                           R"(1.0,1.0],"minimum":-1.5,"maximum":7.0}]})"));
 }
 
 TEST_F(CommandsTest, ConvertChangesFormatAndType) {
@@ -60,8 +58,10 @@ TEST_F(CommandsTest, DemoWritesWhatItsCommandLinesWrite) {
     for (const auto& row : demo["results"]) {
         const std::string command = row["algorithm"], parameters = row["parameters"], file = row["file"];
         differentFiles.insert(folder.read(file));
-        if (command.empty()) input = file;
-        if (command.empty()) continue;
+        if (command.empty()) {
+            input = file;
+            continue;
+        }
         SCOPED_TRACE(row.dump());
         const std::string output = "out" + file.substr(file.find('.'));
         ASSERT_EQ(zel(command + " " + input + " " + output + " " + parameters).exitCode, 0);

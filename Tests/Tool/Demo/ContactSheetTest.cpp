@@ -28,7 +28,6 @@ TEST_F(ContactSheetTest, ShowsTheMiddleSliceOfEachImage) {
     std::vector<float> values{1000, 1000, 1000, 1000, -5, std::nanf(""), 0, 5, 1000, 1000, 1000, 1000};
     sheet.add(picture, "picture");
     sheet.add(HostImage(VoxelTypes::float32, {2, 2, 3}, values.data()), "volume");
-    EXPECT_EQ(sheet.render().getDimension(0), 16U + 2 * (256 + 16));
     EXPECT_EQ(pixelAt(0, 0, 0), 75);
     EXPECT_EQ(pixelAt(0, 255, 127), 75);
     EXPECT_NE(pixelAt(0, 0, 128), 75) << "half as high as wide";

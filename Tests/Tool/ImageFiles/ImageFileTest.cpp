@@ -80,15 +80,9 @@ TEST_F(ImageFileTest, RefusesFilesThatAreNotImages) {
 TEST_F(ImageFileTest, SaysWhyItCannotBeWritten) {
     using enum VoxelTypes;
     const std::tuple<const char*, VoxelTypes, ImageSize, const char*> cases[] = {
-        {"a.png",
-         float32,
-         {2, 2},
-         "PNG holds uint8 and uint16, the image is float32; write .npy, or make it fit with zel"},
+        {"a.png", float32, {2, 2}, "PNG holds uint8 and uint16, the image is float32; write .npy, or make it "},
         {"a.png", uint8, {2, 2, 5}, "PNG holds one slice, the image has 5"},
-        {"a.mrc",
-         uint8,
-         {2, 2},
-         "holds int8, int16, uint16 and float32, the image is uint8; write .npy, or make it fit "},
+        {"a.mrc", uint8, {2, 2}, "holds int8, int16, uint16 and float32, the image is uint8; write .npy, or make "},
         {"a.mrc", uint8, {2, 2}, "with zel convert --type int16"},
         {"a.mrc", float64, {2, 2}, "--type float32"},
         {"a.mrc", int8, {2, 2, 1, 3}, "up to three axes; write .npy"},

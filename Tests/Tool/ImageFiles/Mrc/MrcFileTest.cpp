@@ -93,12 +93,8 @@ TEST_F(MrcFileTest, PutsTheAxesInOrderAndKeepsTheSpacing) {
 
 TEST_F(MrcFileTest, ReadsUnsignedBytesOfFilesWithoutTheFlagForSignedOnes) {
     constexpr int imod = 1146047817;
-    const std::tuple<int, int, VoxelTypes> cases[] = {{imod, 0, VoxelTypes::uint8},
-                                                      {imod, 2, VoxelTypes::uint8},
-                                                      {imod, 3, VoxelTypes::int8},
-                                                      {0, 0, VoxelTypes::int8}};
-    for (const auto& [program, flags, type] : cases) {
-        EXPECT_EQ(read(MrcBytes().set(39, program).set(40, flags) + voxels8).getDataType(), type) << flags;
+    for (const auto& [flags, type] : {std::pair{0, VoxelTypes::uint8}, {2, VoxelTypes::uint8}, {3, VoxelTypes::int8}}) {
+        EXPECT_EQ(read(MrcBytes().set(39, imod).set(40, flags) + voxels8).getDataType(), type) << flags;
     }
 }
 
@@ -122,7 +118,7 @@ TEST_F(MrcFileTest, WritesACompleteHeader) {
 
 TEST_F(MrcFileTest, RefusalsSayWhatIsWrong) {
     const int huge = 2147483647;
-    const std::pair<MrcBytes, const char*> cases[] = {
+    for (const auto& [mrc, text] : std::initializer_list<std::pair<MrcBytes, const char*>>{
         {MrcBytes().set(53, 0), "it has no 'MAP ' in its header"},
         {MrcBytes().text(212, "\x12\x34\x56\xFF"), "its machine stamp is 12 34 56 ff; 44 44 (little endian) and"},
         {MrcBytes().text(212, noStamp).set(4, 77), "its machine stamp is 00 00 00 00"},
@@ -135,8 +131,9 @@ TEST_F(MrcFileTest, RefusalsSayWhatIsWrong) {
         {MrcBytes().set(17, 2), "MAPC, MAPR, MAPS are 2, 2, 3"},
         {MrcBytes().set(24, -1), "its extended header has -1 bytes"},
         {MrcBytes().set(24, 16), "the header promises 40 bytes behind it, 24 are there"},
-    };
-    for (const auto& [mrc, text] : cases) expectRefusals({{mrc + voxels8, text}});
+         }) {
+        expectRefusals({{mrc + voxels8, text}});
+    }
 }
 
 }  // namespace zel::test
