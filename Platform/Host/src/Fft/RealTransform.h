@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "Fft/ComplexLines.h"
+#include "Fft/PanelTransform.h"
 
 namespace zel::host {
 
@@ -37,8 +37,8 @@ private:
     void transformAcrossSlices(Complex* spectrum) const;
 
     FftShape shape_;
-    ComplexLines<R> rows_, columns_;
-    std::vector<ComplexLines<R>> acrossSlices_;  ///< one, or none in 2D
+    PanelTransform<R> rows_, columns_;
+    std::vector<PanelTransform<R>> acrossSlices_;  ///< one, or none in 2D
 };
 
 }  // namespace zel::host

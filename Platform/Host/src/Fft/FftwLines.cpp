@@ -1,4 +1,4 @@
-#include "Fft/ComplexLines.h"
+#include "Fft/FftwLines.h"
 
 #include <fftw3.h>
 
@@ -35,11 +35,11 @@ std::shared_ptr<void> makePlan(std::size_t length, FftDirection direction) {
     using Api = Fftw<R>;
     const int n = static_cast<int>(length);
     const int lines = panelLines<R>;
-    const std::unique_ptr<typename Api::Complex, decltype(Api::free)> panel(Api::allocate(length * panelLines<R>),
-                                                                            Api::free);
-    if (panel == nullptr) throw std::bad_alloc();
+    const std::unique_ptr<typename Api::Complex, decltype(Api::free)> data(Api::allocate(length * panelLines<R>),
+                                                                           Api::free);
+    if (data == nullptr) throw std::bad_alloc();
     const std::lock_guard lock(planner);
-    const auto plan = Api::plan(1, &n, lines, panel.get(), nullptr, lines, 1, panel.get(), nullptr, lines, 1,
+    const auto plan = Api::plan(1, &n, lines, data.get(), nullptr, lines, 1, data.get(), nullptr, lines, 1,
                                 static_cast<int>(direction), FFTW_ESTIMATE);
     if (plan == nullptr) throw std::bad_alloc();
     return {plan, [](void* made) {
@@ -51,17 +51,28 @@ std::shared_ptr<void> makePlan(std::size_t length, FftDirection direction) {
 }  // namespace
 
 template <typename R>
-ComplexLines<R>::ComplexLines(std::size_t length, FftDirection direction)
+FftwLines<R>::FftwLines(std::size_t length, FftDirection direction)
     : length_(length), plan_(makePlan<R>(length, direction)) {}
 
 template <typename R>
-void ComplexLines<R>::transform(std::complex<R>* panel) const {
+void FftwLines<R>::transform(R* panel) const {
     using Api = Fftw<R>;
+    // FFTW has the two parts of a number side by side.
+    for (std::size_t p = 0; p < length_; ++p) {
+        R* const point = panel + p * panelStep<R>;
+        Parts<R>{loadLanes(point), loadLanes(point + panelLines<R>)}.store(point);
+    }
     auto* const data = reinterpret_cast<typename Api::Complex*>(panel);
     Api::execute(static_cast<typename Api::Plan>(plan_.get()), data, data);
+    for (std::size_t p = 0; p < length_; ++p) {
+        R* const point = panel + p * panelStep<R>;
+        const Parts<R> parts = Parts<R>::load(point);
+        storeLanes(parts.re, point);
+        storeLanes(parts.im, point + panelLines<R>);
+    }
 }
 
-template class ComplexLines<float>;
-template class ComplexLines<double>;
+template class FftwLines<float>;
+template class FftwLines<double>;
 
 }  // namespace zel::host
