@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "DebugEnvironment.h"
+#include "diagnostics/QnMinimalAssertionHandler.h"
 
 using namespace zel::diagnostics;
 using zel::test::DebugEnvironment;
@@ -96,9 +97,7 @@ TEST(DebugFacilityTest, CountsItsUsersAndHasAHandlerForAsLongAsThereAreSome) {
 }
 
 TEST(AssertionHandlerTest, PrintsALineAndReturnsTheValue) {
-    const DebugEnvironment environment{};
-    initialiseDebugging();
-    QnAssertionHandler& handler = *debugSettings().assertionHandler;
+    QnMinimalAssertionHandler handler;
     EXPECT_EQ(printedBy([&] {
                   EXPECT_EQ(handler.assertionFailed(-5, "a < b", "one.cpp", 12), -5);
                   EXPECT_EQ(handler.requireFailed(7, "p", "two.cpp", -1), 7);
@@ -109,7 +108,6 @@ TEST(AssertionHandlerTest, PrintsALineAndReturnsTheValue) {
               "Require p failed, file two.cpp, line -1\n"
               "Ensure 100%s failed, file three.cpp, line 0\n"
               "Critical Error no \"room\", file four.cpp, line 2147483647\n");
-    shutDownDebugging();
 }
 
 TEST(DebugWordListTest, SplitsAtBlanksUpToItsCapacity) {

@@ -1,5 +1,4 @@
 #include <numeric>
-#include <random>
 
 #include "BoxFilterRun.h"
 #include "PlainFilters.h"

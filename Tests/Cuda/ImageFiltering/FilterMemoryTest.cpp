@@ -1,7 +1,5 @@
 // Peak device memory of the filters, by formula.
 
-#include <host_device.h>
-
 #include <algorithm>
 
 #include "BoxFilterRun.h"

@@ -1,5 +1,3 @@
-#include <random>
-
 #include "GaussianFilterRun.h"
 #include "Messages.h"
 #include "PlainFilters.h"

@@ -1,6 +1,4 @@
 #include <bit>
-#include <cmath>
-#include <random>
 
 #include "MorphologyRun.h"
 #include "PlainFilters.h"

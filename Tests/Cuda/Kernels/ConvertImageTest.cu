@@ -1,7 +1,6 @@
 #include "Kernels/ConvertImage.h"
 
 #include <climits>
-#include <limits>
 
 #include "Kernels/RowLaunch.h"
 #include "PaddedVolume.h"
@@ -98,27 +97,21 @@ TEST(ConvertImageTest, CastsIntegersToEveryOtherType) {
 }
 
 TEST(ConvertImageTest, MakesComplexPixels) {
-    const auto fromReal = convertRow<float2>(std::vector{1.0 + 1e-9, -3.0});
-    EXPECT_EQ(fromReal[0].x, 1.0F);
-    EXPECT_EQ(fromReal[1].x, -3.0F);
-    EXPECT_EQ(fromReal[1].y, 0.0F);
-    const auto wide = convertRow<double2>(std::vector{float2{1.5F, -2.5F}});
-    EXPECT_EQ(wide[0].x, 1.5);
-    EXPECT_EQ(wide[0].y, -2.5);
-    const auto narrow = convertRow<float2>(std::vector{double2{0.1, 16777217}});
-    EXPECT_EQ(narrow[0].x, 0.1F);
-    EXPECT_EQ(narrow[0].y, 16777216.0F);
+    const auto parts = [](auto complex) { return std::pair<double, double>(complex.x, complex.y); };
+    EXPECT_EQ(parts(convertRow<float2>(std::vector{1.0 + 1e-9, -3.0})[1]), std::pair(-3.0, 0.0));
+    EXPECT_EQ(parts(convertRow<double2>(std::vector{float2{1.5F, -2.5F}})[0]), std::pair(1.5, -2.5));
+    const double2 wide{0.1, 16777217};
+    EXPECT_EQ(parts(convertRow<float2>(std::vector{wide})[0]), (std::pair<double, double>(0.1F, 16777216)));
 }
 
 TEST(ConvertImageTest, WalksBothImagesByTheirOwnPitches) {
-    const ConvertedVolume<std::uint16_t, float> toFloat;
-    const ConvertedVolume<std::uint32_t, double> toDouble;
-    const ConvertedVolume<double, float> narrowed;
-    const ConvertedVolume<float, float> copied;
-    EXPECT_EQ(toFloat.by(RoundMode::NearestEven), toFloat.expected());
-    EXPECT_EQ(toDouble.by(RoundMode::Down), toDouble.expected());
-    EXPECT_EQ(narrowed.by(RoundMode::HalfUp), narrowed.expected());
-    EXPECT_EQ(copied.by(RoundMode::Up), copied.expected());
+    const auto expectConverted = [](const auto& volume, RoundMode mode) {
+        EXPECT_EQ(volume.by(mode), volume.expected());
+    };
+    expectConverted(ConvertedVolume<std::uint16_t, float>(), RoundMode::NearestEven);
+    expectConverted(ConvertedVolume<std::uint32_t, double>(), RoundMode::Down);
+    expectConverted(ConvertedVolume<double, float>(), RoundMode::HalfUp);
+    expectConverted(ConvertedVolume<float, float>(), RoundMode::Up);
 }
 
 TEST(ConvertImageTest, DoesNothingForADepthOfZeroOrAnUnknownMode) {

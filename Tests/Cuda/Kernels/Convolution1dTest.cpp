@@ -1,5 +1,3 @@
-#include <random>
-
 #include "Kernels/CudaConvolution1d.h"
 #include "PaddedVolume.h"
 #include "TestImages.h"

@@ -1,7 +1,5 @@
 // What the host device tells of every filter: its calls, its memory, what it makes of faults.
 
-#include <host_device.h>
-
 #include "DeviceChecks.h"
 #include "Messages.h"
 #include "SmallFilterRuns.h"

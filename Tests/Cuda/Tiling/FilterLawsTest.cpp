@@ -1,6 +1,5 @@
 // What holds for every filter on every platform.
 
-#include "RunChecks.h"
 #include "SmallFilterRuns.h"
 
 using namespace zel;

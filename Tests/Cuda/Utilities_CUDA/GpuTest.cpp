@@ -44,23 +44,17 @@ TEST_F(GpuTest, ContextWithoutStreamMakesOneForItsLife) {
     EXPECT_EQ(currentDevice(), 0) << "the current device is left alone";
 }
 
-TEST_F(GpuTest, ContextKeepsTheCallersStream) {
-    const auto stream = makeCudaStream();
-    const CudaContext given{2, *stream};
-    auto context = makeNppStreamContext(&given);
-    EXPECT_EQ(context->hStream, *stream);
-    EXPECT_EQ(context->nCudaDeviceId, 2);
-    context.reset();
-    EXPECT_EQ(cudaStreamSynchronize(*stream), cudaSuccess);
-}
-
-TEST_F(GpuTest, AnIdOfNoGpuStandsForTheCurrentOne) {
+TEST_F(GpuTest, ContextKeepsTheCallersStreamAndTakesAnIdOfNoGpuForTheCurrentOne) {
     cudaSetDevice(1);
+    const auto stream = makeCudaStream();
     EXPECT_EQ(makeNppStreamContext(nullptr)->nCudaDeviceId, 1);
-    for (const int id : {3, 100, -1}) {
-        const CudaContext given{id, nullptr};
-        EXPECT_EQ(makeNppStreamContext(&given)->nCudaDeviceId, 1) << id;
+    for (const auto& [id, device] : {std::pair{2, 2}, {3, 1}, {100, 1}, {-1, 1}}) {
+        const CudaContext given{id, *stream};
+        const auto context = makeNppStreamContext(&given);
+        EXPECT_EQ(context->hStream, *stream);
+        EXPECT_EQ(context->nCudaDeviceId, device) << id;
     }
+    EXPECT_EQ(cudaStreamSynchronize(*stream), cudaSuccess);
 }
 
 TEST_F(GpuTest, GuardSelectsADeviceAndPutsTheFormerOneBack) {

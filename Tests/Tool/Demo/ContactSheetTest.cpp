@@ -1,7 +1,5 @@
 #include "Demo/ContactSheet.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 
 #include "TestImages.h"

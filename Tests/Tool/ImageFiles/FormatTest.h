@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "ByteText.h"
 #include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/Rows.h"

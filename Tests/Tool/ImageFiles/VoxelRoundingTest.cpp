@@ -1,10 +1,7 @@
 #include "ImageFiles/VoxelRounding.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <complex>
-#include <limits>
 
 #include "Messages.h"
 #include "TestImages.h"

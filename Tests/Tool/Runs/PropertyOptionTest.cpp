@@ -1,8 +1,5 @@
 #include "Runs/PropertyOption.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "Messages.h"
 
 namespace zel::test {

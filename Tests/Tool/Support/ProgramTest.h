@@ -1,9 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-
-#include <cstdlib>
 
 #include "ByteText.h"
 #include "Messages.h"

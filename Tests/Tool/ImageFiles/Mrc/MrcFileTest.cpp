@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 
 #include "ImageFiles/FormatTest.h"
@@ -119,18 +118,18 @@ TEST_F(MrcFileTest, WritesACompleteHeader) {
 TEST_F(MrcFileTest, RefusalsSayWhatIsWrong) {
     const int huge = 2147483647;
     for (const auto& [mrc, text] : std::initializer_list<std::pair<MrcBytes, const char*>>{
-        {MrcBytes().set(53, 0), "it has no 'MAP ' in its header"},
-        {MrcBytes().text(212, "\x12\x34\x56\xFF"), "its machine stamp is 12 34 56 ff; 44 44 (little endian) and"},
-        {MrcBytes().text(212, noStamp).set(4, 77), "its machine stamp is 00 00 00 00"},
-        {MrcBytes().set(4, 4), "its mode is 4; 0 (int8), 1 (int16), 2 (float32), 6 (uint16) and 12 (float16) can"},
-        {MrcBytes().set(2, -3), "its size is 2, -3, 4; each has to be above 0"},
-        {MrcBytes().set(3, 0), "its size is 2, 3, 0"},
-        {MrcBytes().set(1, huge).set(2, huge).set(3, huge), "its size is too large"},
-        {MrcBytes().set(1, huge), "its end is missing"},
-        {MrcBytes().set(17, 0), "MAPC, MAPR, MAPS are 0, 2, 3; they have to be 1, 2 and 3"},
-        {MrcBytes().set(17, 2), "MAPC, MAPR, MAPS are 2, 2, 3"},
-        {MrcBytes().set(24, -1), "its extended header has -1 bytes"},
-        {MrcBytes().set(24, 16), "the header promises 40 bytes behind it, 24 are there"},
+             {MrcBytes().set(53, 0), "it has no 'MAP ' in its header"},
+             {MrcBytes().text(212, "\x12\x34\x56\xFF"), "its machine stamp is 12 34 56 ff; 44 44 (little endian) and"},
+             {MrcBytes().text(212, noStamp).set(4, 77), "its machine stamp is 00 00 00 00"},
+             {MrcBytes().set(4, 4), "its mode is 4; 0 (int8), 1 (int16), 2 (float32), 6 (uint16) and 12 (float16) can"},
+             {MrcBytes().set(2, -3), "its size is 2, -3, 4; each has to be above 0"},
+             {MrcBytes().set(3, 0), "its size is 2, 3, 0"},
+             {MrcBytes().set(1, huge).set(2, huge).set(3, huge), "its size is too large"},
+             {MrcBytes().set(1, huge), "its end is missing"},
+             {MrcBytes().set(17, 0), "MAPC, MAPR, MAPS are 0, 2, 3; they have to be 1, 2 and 3"},
+             {MrcBytes().set(17, 2), "MAPC, MAPR, MAPS are 2, 2, 3"},
+             {MrcBytes().set(24, -1), "its extended header has -1 bytes"},
+             {MrcBytes().set(24, 16), "the header promises 40 bytes behind it, 24 are there"},
          }) {
         expectRefusals({{mrc + voxels8, text}});
     }
