@@ -97,12 +97,13 @@ TEST(LibraryTest, ExportsItsFourFunctionsAndNothingElseIsNeeded) {
 
 TEST(LibraryTest, SaysWhichAlgorithmsThisBuildLacks) {
     const Library library = loadLibrary();
-    HostImage input(VoxelTypes::uint8, {4, 4}), output(VoxelTypes::uint8, {4, 4});
-    CudaAdaptiveManifoldNlmFilter filter;
+    const HostImage input(VoxelTypes::uint8, {4, 4}), correlated(VoxelTypes::uint8, {2, 2});
+    HostImage output(VoxelTypes::float32, {4, 4});
+    CudaCrossCorrelation2d filter;
     filter.inputImage = &input;
+    filter.inputTemplate = &correlated;
     filter.outputImage = &output;
-    EXPECT_EQ(test::messageOf([&] { filter.run(); }),
-              "CudaAdaptiveManifoldNlmFilter has no GPU implementation in this build");
+    EXPECT_EQ(test::messageOf([&] { filter.run(); }), "CudaCrossCorrelation2d has no GPU implementation in this build");
 
     CudaErosion2d other;
     EXPECT_THROW(CudaMedianFilter2d::getClassInfo()->availableRunner()->run(&other), UnexpectedError);

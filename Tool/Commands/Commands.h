@@ -14,6 +14,7 @@
     X(Opening)                  \
     X(Closing)                  \
     X(GaussianFilter)           \
+    X(NonLocalMeans)            \
     X(Info)                     \
     X(Convert)                  \
     X(Demo)

@@ -8,7 +8,7 @@ namespace zel::tool {
 void AnyFilterCommand::addOptions(CLI::App& app) {
     files_.addTo(app);
     addParameters(app);
-    options_.addTo(app);
+    options_.addTo(app, takesTiles());
 }
 
 HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {

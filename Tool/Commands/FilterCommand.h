@@ -16,6 +16,8 @@ public:
 
     /// Adds the options that set the algorithm's own parameters.
     virtual void addParameters(CLI::App& app) = 0;
+    /// Whether there is a --tile.
+    virtual bool takesTiles() const = 0;
 
     /// An image for the result: of the input's size and position, and of the type that the options ask for.
     HostImage makeOutput(const ImageModel& input) const;
@@ -35,11 +37,15 @@ private:
 template <typename Algorithm>
 class FilterCommand : public AnyFilterCommand {
 public:
-    RunReport filter(const ImageModel& input, ImageModel& output, const RunOptions& options) final {
-        return runFilter(algorithm_, input, output, options);
+    RunReport filter(const ImageModel& input, ImageModel& output, const RunOptions& options) override {
+        return runFilter(algorithm_, input, output, options, [this](const ImageModel& part) { prepare(part); });
     }
+    bool takesTiles() const final { return TakesTiles<Algorithm>; }
 
 protected:
+    /// Before each run of the algorithm: on a slice, or on a volume.
+    virtual void prepare(const ImageModel&) {}
+
     Algorithm algorithm_;
 };
 

@@ -18,6 +18,7 @@ std::vector<DemoSection> demoSections() {
              {"median-filter", "--radius 3"},
              {"gaussian-filter", "--sigma 3,3,0"},
              {"gaussian-filter", "--sigma 8,0,0", "x"},
+             {"non-local-means", "--range-sigma 0.15"},
              {"erosion", "--radius 3 --neighborhood square", "square"},
              {"erosion", "--radius 5 --neighborhood diamond", "diamond"},
              {"dilation", "--radius 3 --neighborhood square", "square"},
@@ -32,6 +33,7 @@ std::vector<DemoSection> demoSections() {
              {"box-filter", "--kernel 9,9"},
              {"median-filter", "--radius 3"},
              {"gaussian-filter", "--sigma 1.5,1.5,1.5"},
+             {"non-local-means", "--range-sigma 0.2"},
              {"opening", "--radius 2 --neighborhood square", "square"},
          }},
     };

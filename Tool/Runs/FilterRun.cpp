@@ -85,6 +85,7 @@ RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, co
         }
         bar.finishRun();
     }
+    checkInterrupt();
     report.steps = bar.steps();
     return report;
 }

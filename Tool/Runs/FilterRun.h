@@ -26,7 +26,7 @@ using PartRun = std::function<void(const ImageModel& input, ImageModel& output, 
 
 /// Calls run for each part of input, with the same part of output; both images have the same size. Where the options
 /// say so, the parts are copied to the memory of the device for it.
-/// @throws Interrupted between parts, after a signal.
+/// @throws Interrupted after a signal: before the next part, or behind the last one.
 RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, const RunOptions& options,
                    const PartRun& run);
 
@@ -45,18 +45,31 @@ inline void setTile(Property<Vector3<unsigned>>& tileSize, const TileOption& til
     tileSize = {tile.width, tile.height, tile.depth.value_or(static_cast<unsigned>(image.getDimension(2)))};
 }
 
+/// An algorithm whose caller says how images are cut into tiles.
+template <typename Algorithm>
+concept TakesTiles = requires(Algorithm algorithm) {
+    algorithm.tileSize;
+};
+
 /// Runs an algorithm on an image: one for 2D images on each slice, one for 3D images on each volume.
 /// @param algorithm  with the properties of its own set; those of images and tiles are set here.
+/// @param prepare    called before the run on each part, with the part.
 /// @throws what the algorithm throws; ExceptionCancelation or Interrupted after a signal.
 template <typename Algorithm>
-RunReport runFilter(Algorithm& algorithm, const ImageModel& input, ImageModel& output, const RunOptions& options) {
-    if (options.tile) {
-        algorithm.tilingMode = 1;
-        setTile(algorithm.tileSize, *options.tile, input);
+RunReport runFilter(Algorithm& algorithm, const ImageModel& input, ImageModel& output, const RunOptions& options,
+                    const std::function<void(const ImageModel& part)>& prepare) {
+    RunPart part = RunPart::volume;
+    if constexpr (TakesTiles<Algorithm>) {
+        part = partFor(algorithm.tileSize);
+        if (options.tile) {
+            algorithm.tilingMode = 1;
+            setTile(algorithm.tileSize, *options.tile, input);
+        }
     }
     const CancelOnInterrupt cancelOnInterrupt(algorithm);
-    return runParts(partFor(algorithm.tileSize), input, output, options,
+    return runParts(part, input, output, options,
                     [&](const ImageModel& source, ImageModel& result, InteractionInterface* progress) {
+                        prepare(source);
                         algorithm.inputImage = &source;
                         algorithm.outputImage = &result;
                         algorithm.run(progress);

@@ -13,6 +13,8 @@ namespace zel::tool {
 
 namespace {
 
+constexpr const char* group = "Options of all algorithms";
+
 void selectDevice(unsigned device) {
     int count = 0;
     if (const cudaError_t status = cudaGetDeviceCount(&count); status != cudaSuccess) {
@@ -29,10 +31,8 @@ void selectDevice(unsigned device) {
 
 }  // namespace
 
-void RunOptions::addTo(CLI::App& app) {
-    constexpr const char* group = "Options of all algorithms";
+void RunOptions::addTileOption(CLI::App& app) {
     using Numbers = std::vector<unsigned>;
-    const NumberFormat<unsigned> number;
     addNumberOption(
         app,
         {.name = "--tile",
@@ -46,6 +46,12 @@ void RunOptions::addTo(CLI::App& app) {
             if (numbers.size() > 2) tile->depth = numbers[2];
         })
         ->group(group);
+}
+
+void RunOptions::addTo(CLI::App& app, bool withTiles) {
+    using Numbers = std::vector<unsigned>;
+    const NumberFormat<unsigned> number;
+    if (withTiles) addTileOption(app);
     addChoiceOption<Placement>(app,
                                {.name = "--placement",
                                 .values = "PLACE",

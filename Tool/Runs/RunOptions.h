@@ -15,7 +15,7 @@ struct TileOption {
     std::optional<unsigned> depth;  ///< for 3D algorithms; without it, the whole depth of the image
 };
 
-/// The options that all algorithms have.
+/// The options that algorithms have in common.
 struct RunOptions {
     std::optional<TileOption> tile;  ///< without it, the image is one tile
     Placement placement = Placement::host;
@@ -24,13 +24,16 @@ struct RunOptions {
     bool isJson = false;
 
     /// The object has to outlive the parser.
-    void addTo(CLI::App& app);
+    /// @param withTiles  with --tile, for algorithms that leave tiling to the caller.
+    void addTo(CLI::App& app, bool withTiles = true);
 
     /// Sets the process's number of threads and current device. Call it before anything uses a device.
     /// @throws std::runtime_error when there is no such device.
     void apply() const;
 
 private:
+    void addTileOption(CLI::App& app);
+
     unsigned threads_ = 0;  // 0: one on each core
 };
 

@@ -14,10 +14,6 @@ namespace {
 
 }  // namespace
 
-void runOnGpu(CudaAdaptiveManifoldNlmFilter* algorithm) {
-    raiseUnbuilt(*algorithm);
-}
-
 void runOnGpu(CudaCrossCorrelation2d* algorithm) {
     raiseUnbuilt(*algorithm);
 }

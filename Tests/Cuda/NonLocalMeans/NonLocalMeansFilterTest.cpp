@@ -1,0 +1,123 @@
+// The whole non-local means filter.
+
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <numeric>
+
+#include "Messages.h"
+#include "TestImages.h"
+#include "zel/algorithms/CudaAdaptiveManifoldNlmFilter.h"
+
+namespace zel::test {
+namespace {
+
+/// Balls and boxes in front of a slope, between 40 and 220 of 255.
+std::vector<double> phantom(const ImageSize& size) {
+    std::mt19937 random(11);
+    const auto unit = [&] { return static_cast<double>(random() % 1000) / 1000; };
+    std::vector<double> values;
+    for (std::size_t i = 0; i < size.x * size.y * size.z; ++i)
+        values.push_back(60 + 60 * static_cast<double>(i % size.x) / static_cast<double>(size.x));
+    for (int shape = 0; shape < 24; ++shape) {
+        const std::array middle{unit(), unit(), size.z > 1 ? unit() : 0.0};
+        const double radius = 0.04 + 0.1 * unit(), value = 40 + 180 * unit();
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const double x = static_cast<double>(i % size.x) / static_cast<double>(size.x) - middle[0];
+            const double y = static_cast<double>(i / size.x % size.y) / static_cast<double>(size.y) - middle[1];
+            const double z = static_cast<double>(i / (size.x * size.y)) / static_cast<double>(size.z) - middle[2];
+            const bool inside = shape % 2 == 0 ? x * x + y * y + z * z < radius * radius
+                                               : std::max({std::abs(x), std::abs(y), std::abs(z)}) < radius;
+            if (inside) values[i] = value;
+        }
+    }
+    return values;
+}
+
+/// The values times `unit` with Gaussian noise, rounded where the type has whole numbers.
+template <typename T>
+HostImage noisyImage(const ImageSize& size, const std::vector<double>& values, double sigma, double unit) {
+    HostImage image(voxelTypeOf<T>, size);
+    std::mt19937 random(12);
+    std::normal_distribution<double> noise(0, sigma);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double value = std::clamp(values[i] + noise(random), 0.0, 255.0) * unit;
+        voxels<T>(image)[i] = static_cast<T>(std::is_integral_v<T> ? std::round(value) : value);
+    }
+    return image;
+}
+
+/// Peak signal-to-noise ratio in dB.
+template <typename T>
+double psnrOf(HostImage& image, const std::vector<double>& values, double unit) {
+    double squares = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        // Half a unit: filtered integers are truncated.
+        const double value = (static_cast<double>(voxels<T>(image)[i]) + (std::is_integral_v<T> ? 0.5 : 0)) / unit;
+        squares += (value - values[i]) * (value - values[i]);
+    }
+    return 10 * std::log10(255 * 255 / (squares / static_cast<double>(values.size())));
+}
+
+/// The filter on an image, from a seed.
+HostImage filtered(const HostImage& image, VoxelTypes outputType, double spatialSigma = 5, double rangeSigma = 0.2) {
+    HostImage output(outputType, {image.getDimension(0), image.getDimension(1), image.getDimension(2)});
+    cuda::CudaAdaptiveManifoldNlmFilter filter;
+    filter.inputImage = &image;
+    filter.outputImage = &output;
+    filter.spatialSigma = spatialSigma;
+    filter.rangeSigma = rangeSigma;
+    std::srand(1);
+    filter.run();
+    return output;
+}
+
+template <typename T>
+void expectDenoises(const ImageSize& size, double unit) {
+    SCOPED_TRACE(testing::Message() << voxelTypeName(voxelTypeOf<T>) << ", " << size.z << " slices");
+    const std::vector<double> clean = phantom(size);
+    HostImage noisy = noisyImage<T>(size, clean, 20, unit);
+    HostImage result = filtered(noisy, voxelTypeOf<T>);
+    EXPECT_NEAR(psnrOf<T>(noisy, clean, unit), 22.1, 0.1);
+    EXPECT_GT(psnrOf<T>(result, clean, unit), 31.5);
+}
+
+TEST(NonLocalMeansFilterTest, RaisesTheSignalToNoiseRatio) {
+    for (const ImageSize& size : {ImageSize{256, 256, 1}, ImageSize{48, 48, 48}}) {
+        expectDenoises<std::uint8_t>(size, 1);
+        expectDenoises<std::uint16_t>(size, 200);
+        expectDenoises<float>(size, 0.001);
+    }
+}
+
+TEST(NonLocalMeansFilterTest, SameSeedGivesTheSameBitsAndOutputsOfAllTypes) {
+    const HostImage noisy = noisyImage<float>({61, 47, 3}, phantom({61, 47, 3}), 10, 1);
+    const std::vector<float> expected = readAll<float>(filtered(noisy, VoxelTypes::float32, 16));
+    EXPECT_EQ(readAll<float>(filtered(noisy, VoxelTypes::float32, 16)), expected);
+    [&]<typename... T>(TypeList<T...>) {
+        const auto expectType = [&]<typename Voxel>() {
+            const std::vector<Voxel> voxels = readAll<Voxel>(filtered(noisy, voxelTypeOf<Voxel>, 16));
+            for (std::size_t i = 0; i < expected.size(); ++i)
+                ASSERT_EQ(voxels[i], static_cast<Voxel>(static_cast<std::int64_t>(expected[i])) +
+                                         (std::is_floating_point_v<Voxel> ? expected[i] - std::trunc(expected[i]) : 0))
+                    << voxelTypeName(voxelTypeOf<Voxel>);
+        };
+        (expectType.template operator()<T>(), ...);
+    }(KernelTypes{});
+}
+
+TEST(NonLocalMeansFilterTest, ThinImagesHaveCoarseManifoldsOfOneVoxel) {
+    for (const ImageSize& size : {ImageSize{40, 3, 1}, ImageSize{1, 33, 2}, ImageSize{9, 1, 1}})
+        for (const float value : readAll<float>(filtered(randomImage<float>(size, 3), VoxelTypes::float32, 64, 0.5)))
+            ASSERT_TRUE(std::isfinite(value)) << size.x << " x " << size.y << " x " << size.z;
+}
+
+TEST(NonLocalMeansFilterTest, ConstantImagesHaveNoEigenvectors) {
+    const HostImage constant(VoxelTypes::uint8, {20, 20, 2});
+    EXPECT_EQ(messageOf<UnexpectedError>([&] { filtered(constant, VoxelTypes::uint8); }),
+              "Eigenvectors could not be computed. Try changing the number of PCA dimensions or increasing the "
+              "iterations limit.");
+}
+
+}  // namespace
+}  // namespace zel::test
