@@ -1,0 +1,121 @@
+// What the host device tells of the non-local means filter: its blocks on a small device, and what it makes of faults.
+
+#include <cuda_runtime.h>
+#include <gtest/gtest.h>
+#include <host_device.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "FilterRun.h"
+#include "Messages.h"
+#include "zel/algorithms/CudaAdaptiveManifoldNlmFilter.h"
+
+namespace zel::test {
+namespace {
+
+constexpr std::uint64_t mib = 1048576;
+
+/// A run on a smooth picture with noise.
+struct SmallRun {
+    explicit SmallRun(const ImageSize& size) : input(VoxelTypes::float32, size), output(VoxelTypes::float32, size) {
+        const HostImage noise = randomImage<float>(size, 7);
+        for (std::size_t i = 0; i < size.x * size.y * size.z; ++i)
+            voxels<float>(input)[i] = static_cast<float>(1000 * std::sin(0.02 * static_cast<double>(i % size.x))) +
+                                      static_cast<const float*>(noise.hostDataReadOnly())[i];
+        filter.inputImage = &input;
+        filter.outputImage = &output;
+    }
+    std::vector<float> result() {
+        std::srand(1);
+        filter.run();
+        return readAll<float>(output);
+    }
+
+    HostImage input, output;
+    cuda::CudaAdaptiveManifoldNlmFilter filter;
+};
+
+TEST(NonLocalMeansFaultsTest, SmallDevicesTakeBlocksWithoutSeams) {
+    SmallRun run({300, 260, 1});
+    const std::vector<float> whole = run.result();
+    const host::ScopedDevices small(1, 4 * mib - 1);  // a budget of 3 MiB, in which fractions of one more do not count
+    run.filter.haloRadius = 20;
+    StepWatch watch;
+    host::resetPeakBytes();
+    std::srand(1);
+    run.filter.run(&watch);
+    EXPECT_GT(watch.total, 4U);
+    EXPECT_EQ(watch.steps(), watch.total);
+    EXPECT_LT(host::deviceUse().peakBytes, 4 * mib);
+    const std::vector<float> blocks = readAll<float>(run.output);
+    // Neighbours across a seam may not differ by more than they do within the whole image's result.
+    const auto largestStep = [](const std::vector<float>& values) {
+        float largest = 0;
+        for (std::size_t i = 0; i < values.size(); ++i)
+            if (i % 300 != 0) largest = std::max(largest, std::abs(values[i] - values[i - 1]));
+        return largest;
+    };
+    EXPECT_LT(largestStep(blocks), 1.5f * largestStep(whole));
+    double squares = 0;
+    for (std::size_t i = 0; i < whole.size(); ++i) squares += std::pow(whole[i] - blocks[i], 2);
+    EXPECT_LT(std::sqrt(squares / static_cast<double>(whole.size())), 25) << "a quarter of the noise";
+
+    run.filter.haloRadius = 200;
+    EXPECT_EQ(messageOf<UnexpectedError>([&] { run.filter.run(); }), "Error, negative iteration block size.");
+    EXPECT_EQ(host::deviceUse().liveBytes, 0U);
+}
+
+/// Each call of that name is refused once; each time the run ends in an error of the kind, and the next one is right.
+template <typename Error>
+void expectRefusalsReported(SmallRun& run, const char* call, std::uint64_t step) {
+    SCOPED_TRACE(call);
+    const std::vector<float> expected = run.result();
+    host::resetCallCounts();
+    run.result();
+    const std::uint64_t count = host::callCount(call);
+    EXPECT_GT(count, 0U);
+    for (std::uint64_t nth = 1; nth <= count; nth += step) {
+        host::injectFault({.call = call, .nth = nth, .kind = host::FaultKind::refused});
+        EXPECT_THROW(run.result(), Error) << "call " << nth;
+        EXPECT_TRUE(host::faultFired());
+        host::clearFault();
+        EXPECT_EQ(host::deviceUse().liveBytes, 0U);
+    }
+    EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
+    EXPECT_EQ(run.result(), expected);
+}
+
+TEST(NonLocalMeansFaultsTest, RefusedCallsAreReportedAndNothingIsLeft) {
+    SmallRun run({20, 16, 1});
+    for (const char* const call :
+         {"cudaGetDevice", "cudaGetDeviceProperties", "cudaMemGetInfo", "cudaDeviceSynchronize"})
+        expectRefusalsReported<RuntimeError>(run, call, 23);
+    for (const char* const call : {"cudaMalloc", "cudaMemcpy", "thrust::for_each", "thrust::reduce", "thrust::copy"})
+        expectRefusalsReported<std::exception>(run, call, 23);
+}
+
+TEST(NonLocalMeansFaultsTest, PassesUnderEveryTestMode) {
+    SmallRun run({30, 20, 3});
+    const std::vector<float> expected = run.result();
+    for (const host::TestModes& mode : {host::TestModes{.deferredStreams = true},
+                                        {.protectedMemory = true},
+                                        {.poison = true, .redZones = true},
+                                        {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}}) {
+        const host::ScopedTestModes scoped(mode);
+        EXPECT_EQ(run.result(), expected);
+    }
+}
+
+TEST(NonLocalMeansFaultsTest, FailedRowsAreNamed) {
+    SmallRun run({20, 16, 1});
+    RowsOnlyImage output(HostImage(VoxelTypes::float32, {20, 16, 1}), 5);
+    run.filter.outputImage = &output;
+    EXPECT_EQ(messageOf([&] { run.filter.run(); }),
+              "Cannot write a row at the coordinates (0, 5, 0, 0, 0) in the image (20, 16, 1, 1, 1)");
+    EXPECT_EQ(host::deviceUse().liveBytes, 0U);
+}
+
+}  // namespace
+}  // namespace zel::test
