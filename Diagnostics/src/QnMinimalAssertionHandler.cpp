@@ -4,30 +4,37 @@
 
 namespace zel::diagnostics {
 
+namespace {
+
+/// @param outcome  what stands behind the condition.
+std::int32_t report(std::int32_t value, const char* kind, const char* condition, const char* outcome, const char* file,
+                    std::int32_t line) {
+    std::fprintf(stderr, "%s %s%s, file %s, line %d\n", kind, condition, outcome, file, line);
+    return value;
+}
+
+}  // namespace
+
 QnMinimalAssertionHandler::~QnMinimalAssertionHandler() = default;
 
 std::int32_t QnMinimalAssertionHandler::assertionFailed(std::int32_t value, const char* condition, const char* file,
                                                         std::int32_t line) {
-    std::fprintf(stderr, "Assertion %s failed, file %s, line %d\n", condition, file, line);
-    return value;
+    return report(value, "Assertion", condition, " failed", file, line);
 }
 
 std::int32_t QnMinimalAssertionHandler::requireFailed(std::int32_t value, const char* condition, const char* file,
                                                       std::int32_t line) {
-    std::fprintf(stderr, "Require %s failed, file %s, line %d\n", condition, file, line);
-    return value;
+    return report(value, "Require", condition, " failed", file, line);
 }
 
 std::int32_t QnMinimalAssertionHandler::ensureFailed(std::int32_t value, const char* condition, const char* file,
                                                      std::int32_t line) {
-    std::fprintf(stderr, "Ensure %s failed, file %s, line %d\n", condition, file, line);
-    return value;
+    return report(value, "Ensure", condition, " failed", file, line);
 }
 
 std::int32_t QnMinimalAssertionHandler::criticalError(std::int32_t value, const char* condition, const char* file,
                                                       std::int32_t line) {
-    std::fprintf(stderr, "Critical Error %s, file %s, line %d\n", condition, file, line);
-    return value;
+    return report(value, "Critical Error", condition, "", file, line);
 }
 
 }  // namespace zel::diagnostics

@@ -18,29 +18,18 @@ namespace {
 template <typename T>
 struct NppMorphology;
 
-template <>
-struct NppMorphology<std::uint8_t> {
-    static constexpr auto erodeSquare = &nppiErode3x3Border_8u_C1R_Ctx;
-    static constexpr auto dilateSquare = &nppiDilate3x3Border_8u_C1R_Ctx;
-    static constexpr auto erodeMask = &nppiErodeBorder_8u_C1R_Ctx;
-    static constexpr auto dilateMask = &nppiDilateBorder_8u_C1R_Ctx;
-};
-
-template <>
-struct NppMorphology<std::uint16_t> {
-    static constexpr auto erodeSquare = &nppiErode3x3Border_16u_C1R_Ctx;
-    static constexpr auto dilateSquare = &nppiDilate3x3Border_16u_C1R_Ctx;
-    static constexpr auto erodeMask = &nppiErodeBorder_16u_C1R_Ctx;
-    static constexpr auto dilateMask = &nppiDilateBorder_16u_C1R_Ctx;
-};
-
-template <>
-struct NppMorphology<float> {
-    static constexpr auto erodeSquare = &nppiErode3x3Border_32f_C1R_Ctx;
-    static constexpr auto dilateSquare = &nppiDilate3x3Border_32f_C1R_Ctx;
-    static constexpr auto erodeMask = &nppiErodeBorder_32f_C1R_Ctx;
-    static constexpr auto dilateMask = &nppiDilateBorder_32f_C1R_Ctx;
-};
+#define FUNCTIONS(T, SUFFIX)                                                          \
+    template <>                                                                       \
+    struct NppMorphology<T> {                                                         \
+        static constexpr auto erodeSquare = &nppiErode3x3Border_##SUFFIX##_C1R_Ctx;   \
+        static constexpr auto dilateSquare = &nppiDilate3x3Border_##SUFFIX##_C1R_Ctx; \
+        static constexpr auto erodeMask = &nppiErodeBorder_##SUFFIX##_C1R_Ctx;        \
+        static constexpr auto dilateMask = &nppiDilateBorder_##SUFFIX##_C1R_Ctx;      \
+    };
+FUNCTIONS(std::uint8_t, 8u)
+FUNCTIONS(std::uint16_t, 16u)
+FUNCTIONS(float, 32f)
+#undef FUNCTIONS
 
 template <typename T>
 struct Plane {
