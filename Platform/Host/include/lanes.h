@@ -10,6 +10,7 @@
 #include "lanes/Items.h"
 #include "lanes/Lines.h"
 #include "lanes/Patches.h"
+#include "lanes/Reductions.h"
 #include "lanes/Sweeps.h"
 #include "lanes/VoxelColumns.h"
 #include "lanes/Voxels.h"

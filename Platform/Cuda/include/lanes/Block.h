@@ -4,10 +4,9 @@
 
 #include <cstdint>
 
-namespace zel::cuda {
+#include "LaneShared.h"
 
-template <class T>
-using LaneShared = volatile T;
+namespace zel::cuda {
 
 __device__ __forceinline__ void blockBarrier() {
     __syncthreads();

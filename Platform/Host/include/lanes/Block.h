@@ -4,11 +4,9 @@
 
 #include <cstdint>
 
-namespace zel::cuda {
+#include "LaneShared.h"
 
-/// Memory that lanes of a block exchange values through.
-template <class T>
-using LaneShared = T;
+namespace zel::cuda {
 
 /// All lanes of the block have come here before any goes on. Not inside another word.
 __forceinline__ void blockBarrier() {}

@@ -1,0 +1,108 @@
+#include "IntensityStatistics.h"
+
+#include <cmath>
+
+#include "FoldEntries.h"
+#include "RowReduction.h"
+#include "Utilities_CUDA/OffsetBytes.h"
+#include "lanes.h"
+#include "zel/VoxelTypes.h"
+
+namespace zel::cuda {
+
+namespace {
+
+struct StatisticsRules {
+    template <typename To, typename From>
+    static __device__ __forceinline__ void set(To& to, const From& from) {
+        to.count = from.count;
+        to.minimum = from.minimum;
+        to.maximum = from.maximum;
+        to.mean = from.mean;
+        to.standardDeviation = from.standardDeviation;
+    }
+    template <typename From>
+    static __device__ __forceinline__ void fold(IntensityStatisticsInfo& into, const From& from) {
+        if (from.count == 0) return;
+        if (into.count == 0) return set(into, from);
+        into.count += from.count;
+        into.mean += from.mean;
+        into.standardDeviation += from.standardDeviation;
+        if (from.maximum > into.maximum) into.maximum = from.maximum;
+        if (from.minimum < into.minimum) into.minimum = from.minimum;
+    }
+    static __device__ __forceinline__ bool isEmpty(const IntensityStatisticsInfo& info) { return info.count == 0; }
+};
+
+}  // namespace
+
+template <typename T, typename U>
+__global__ void cumulateIntensitiesKernel(const T* image, unsigned long long pitch, unsigned long long slicePitch,
+                                          const U* weights, unsigned long long weightsPitch,
+                                          unsigned long long weightsSlicePitch, unsigned long long width,
+                                          unsigned long long, unsigned long long,
+                                          LaneShared<IntensityStatisticsInfo>* entries, unsigned int* counter) {
+    auto* const allSharedPartialStatistics = dynamicShared<IntensityStatisticsInfo>();
+    const T* const row = offsetBytes(image, pitch * blockIdx.x + slicePitch * blockIdx.y);
+    const U* const weightRow = offsetBytes(weights, weightsPitch * blockIdx.x + weightsSlicePitch * blockIdx.y);
+    const bool weighted = weights != nullptr;
+    forEachLane([=](const auto lane) {
+        auto count = lane.fill(std::uint64_t{0});
+        auto minimum = lane.fill(DBL_MAX), maximum = lane.fill(-DBL_MAX), sum = lane.fill(0.0), squares = sum;
+        // What does not count is added as 0 and compared as the neutral extrema: SIMD likes that better than a branch.
+        const auto add = [&](unsigned int i, bool counts, double value) {
+            const double summand = counts ? value : 0.0;
+            const double low = counts ? value : DBL_MAX, high = counts ? value : -DBL_MAX;
+            count[i] += counts ? 1 : 0;
+            sum[i] += summand;
+            squares[i] = std::fma(summand, summand, squares[i]);
+            minimum[i] = low < minimum[i] ? low : minimum[i];
+            maximum[i] = high > maximum[i] ? high : maximum[i];
+        };
+        if (weighted)
+            lane.eachColumn(width, [&](unsigned int i, std::uint64_t x) {
+                const double weight = weightRow[x];  // exact, so it compares as in its own type
+                add(i, weight > 0, weight * static_cast<double>(row[x]));
+            });
+        else
+            lane.eachColumn(width, [&](unsigned int i, std::uint64_t x) { add(i, true, static_cast<double>(row[x])); });
+        lane.each([&](unsigned int i, unsigned int t) {
+            allSharedPartialStatistics[t] = {count[i], minimum[i], maximum[i], sum[i], squares[i]};
+        });
+    });
+    foldEntries<StatisticsRules>(allSharedPartialStatistics, entries, counter);
+}
+
+template <typename T>
+void cumulateIntensities(const T* image, std::uint64_t pitch, std::uint64_t slicePitch, const T* weights,
+                         std::uint64_t weightsPitch, std::uint64_t weightsSlicePitch, std::uint64_t width,
+                         std::uint64_t height, std::uint64_t depth, IntensityStatisticsInfo* info,
+                         cudaStream_t stream) {
+    *info = {};
+    const dim3 rows(static_cast<unsigned int>(height), static_cast<unsigned int>(depth), 1);
+    reduceRows(rows, width, info, stream, cumulateIntensitiesKernel<T, T>, image, pitch, slicePitch, weights,
+               weightsPitch, weightsSlicePitch, width, height, depth);
+    const auto count = static_cast<double>(info->count);
+    info->mean /= count;
+    info->standardDeviation = std::sqrt(info->standardDeviation / count - info->mean * info->mean);
+}
+
+#define LAUNCHER(T)                                                                                                   \
+    template void cumulateIntensities(const T*, std::uint64_t, std::uint64_t, const T*, std::uint64_t, std::uint64_t, \
+                                      std::uint64_t, std::uint64_t, std::uint64_t, IntensityStatisticsInfo*,          \
+                                      cudaStream_t);
+LAUNCHER(float)
+LAUNCHER(double)
+#undef LAUNCHER
+
+#define KERNEL(T, U)                                                                                               \
+    template __global__ void cumulateIntensitiesKernel(const T*, unsigned long long, unsigned long long, const U*, \
+                                                       unsigned long long, unsigned long long, unsigned long long, \
+                                                       unsigned long long, unsigned long long,                     \
+                                                       LaneShared<IntensityStatisticsInfo>*, unsigned int*);
+#define KERNELS(NAME, CODE, T) KERNEL(T, float) KERNEL(T, double)
+ZEL_FOR_EACH_KERNEL_TYPE(KERNELS)
+#undef KERNELS
+#undef KERNEL
+
+}  // namespace zel::cuda
