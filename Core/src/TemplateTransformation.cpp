@@ -17,24 +17,19 @@ std::size_t wholeVoxels(double length) {
     return static_cast<std::size_t>(std::clamp(std::round(length), 1.0, 1e15));
 }
 
-std::size_t scaledLength(std::size_t length, double factor) {
-    return wholeVoxels(static_cast<double>(length) * factor);
-}
-
 Size boxSize(const TemplateTransformationInfo& info, const Size& templateSize, const Spacing& templateSpacing,
              const Spacing& imageSpacing) {
     const Spacing scale = {info.scaleX, info.scaleY, info.scaleZ};
     Size inImageVoxels{};
     for (const std::size_t axis : axes) {
-        inImageVoxels[axis] =
-            scaledLength(templateSize[axis], scale[axis] * (templateSpacing[axis] / imageSpacing[axis]));
+        inImageVoxels[axis] = scaledLength(templateSize[axis], scale[axis], templateSpacing[axis] / imageSpacing[axis]);
     }
     if (!info.hasRotation) return inImageVoxels;
 
     // A rotation brings the template into the image's voxels itself; what is resized before it keeps its own.
     Size rotated = templateSize;
     if (inImageVoxels != templateSize) {
-        for (const std::size_t axis : axes) rotated[axis] = scaledLength(templateSize[axis], scale[axis]);
+        for (const std::size_t axis : axes) rotated[axis] = scaledLength(templateSize[axis], scale[axis], 1);
     }
     const tarnway::Matrix<double, 3> rotation = rotationMatrix(info);
     Size box{};
@@ -44,7 +39,9 @@ Size boxSize(const TemplateTransformationInfo& info, const Size& templateSize, c
         for (const std::size_t k : axes) {
             length += std::abs(rotation.at(axis, k)) * templateSpacing[k] * static_cast<double>(rotated[k] - 1);
         }
-        box[axis] = wholeVoxels(length / imageSpacing[axis]);
+        // The run adds up the corners in another order: where that may round up, the box has the voxel.
+        constexpr double rounding = 1e-9;
+        box[axis] = wholeVoxels(length / imageSpacing[axis] + rounding);
     }
     return box;
 }
@@ -66,6 +63,10 @@ void updateTemplateTransformationInfo(const tarnway::DataFrameView* table, std::
     read("scaleZ", info.scaleZ);
     info.hasRotation = info.phi != 0 || info.theta != 0 || info.psi != 0;
     info.hasScale = info.scaleX != 1 || info.scaleY != 1 || info.scaleZ != 1;
+}
+
+std::size_t scaledLength(std::size_t length, double scale, double ratio) {
+    return wholeVoxels(static_cast<double>(length) * scale * ratio);
 }
 
 tarnway::Matrix<double, 3> rotationMatrix(const TemplateTransformationInfo& info) {

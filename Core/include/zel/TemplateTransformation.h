@@ -32,6 +32,10 @@ ZEL_API void updateTemplateTransformationInfo(const tarnway::DataFrameView* tabl
 /// Rz(phi) Rx(theta) Rz(psi), acting on column vectors.
 ZEL_API tarnway::Matrix<double, 3> rotationMatrix(const TemplateTransformationInfo& info);
 
+/// Voxels of an image that is scaled and brought to another voxel size: length * scale * ratio, rounded half away from
+/// zero, at least 1. @param ratio  old spacing / new spacing.
+ZEL_API std::size_t scaledLength(std::size_t length, double scale, double ratio);
+
 /// Boxes that hold the template, in voxels of the image, under each row of a table: the smallest along each axis, and
 /// the largest, which is never below the template's own size. A rotated template takes up its bounding box. The axes of
 /// template and image lie alike in the world.

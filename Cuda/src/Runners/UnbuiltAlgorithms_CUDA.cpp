@@ -18,8 +18,4 @@ void runOnGpu(CudaCrossCorrelation2d* algorithm) {
     raiseUnbuilt(*algorithm);
 }
 
-void runOnGpu(CudaTemplateMatching3d* algorithm) {
-    raiseUnbuilt(*algorithm);
-}
-
 }  // namespace zel::cuda

@@ -1,0 +1,275 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include "MatchingRun.h"
+#include "RunChecks.h"
+#include "zel/children/IntensityStatistics.h"
+#include "zel/children/ResampleAffine3d.h"
+
+using namespace zel;
+using namespace zel::test;
+using tarnway::DataFrameView;
+
+namespace {
+
+using Doubles = std::vector<double>;
+
+std::shared_ptr<const DataFrameView> tableOf(std::vector<DataFrameView::Column> columns) {
+    return std::make_shared<const DataFrameView>(std::move(columns));
+}
+
+Doubles asDoubles(const ImageModel& image) {
+    Doubles result;
+    visitVoxelType(image.getDataType(), RealTypes{}, [&]<typename T>() {
+        for (const T voxel : readAll<T>(image)) result.push_back(static_cast<double>(voxel));
+    });
+    return result;
+}
+
+/// The masked normalised cross-correlation as its formula says, one position after the other; of odd sizes, so that
+/// correlation and statistics have one centre.
+Doubles directScores(const HostImage& image, const HostImage& templateImage, const HostImage& mask, double threshold) {
+    const Doubles I = asDoubles(image), t = asDoubles(templateImage), M = asDoubles(mask);
+    const long n[3] = {long(image.getDimension(0)), long(image.getDimension(1)), long(image.getDimension(2))};
+    const long s[3] = {long(mask.getDimension(0)), long(mask.getDimension(1)), long(mask.getDimension(2))};
+    double count = 0, sum = 0, squares = 0;
+    for (std::size_t i = 0; i < M.size(); ++i) {
+        if (!(M[i] > 0)) continue;
+        count += 1;
+        sum += M[i] * t[i];
+    }
+    const double mu = sum / count;
+    for (std::size_t i = 0; i < M.size(); ++i) squares += M[i] > 0 ? (M[i] * t[i] - mu) * (M[i] * t[i] - mu) : 0;
+    const double deviation = std::sqrt(squares / count);
+    const double sigma = deviation < 1e-6 ? 1 : deviation;
+    Doubles scores;
+    for (long z = 0; z < n[2]; ++z) {
+        for (long y = 0; y < n[1]; ++y) {
+            for (long x = 0; x < n[0]; ++x) {
+                double c = 0, a = 0, b = 0;
+                for (long k = 0; k < s[2]; ++k) {
+                    for (long j = 0; j < s[1]; ++j) {
+                        for (long i = 0; i < s[0]; ++i) {
+                            const auto at = std::size_t((k * s[1] + j) * s[0] + i);
+                            const auto mirrored = M.size() - 1 - at;
+                            const long p = x + i - s[0] / 2, q = y + j - s[1] / 2, r = z + k - s[2] / 2;
+                            const bool isInside = p >= 0 && p < n[0] && q >= 0 && q < n[1] && r >= 0 && r < n[2];
+                            const double v = isInside ? I[std::size_t((r * n[1] + q) * n[0] + p)] : 0;
+                            c += v * M[at] * (t[at] - mu) / sigma;
+                            a += v * M[mirrored];
+                            b += v * v * M[mirrored];
+                        }
+                    }
+                }
+                const double variance = b / count - a * a / (count * count);
+                const double score = variance < threshold ? 0 : c / count / std::sqrt(variance);
+                scores.push_back(std::clamp(score, -1.0, 1.0));
+            }
+        }
+    }
+    return scores;
+}
+
+double thresholdOf(const HostImage& image) {
+    const auto statistics = IntensityStatistics::New(nullptr);
+    statistics->inputImage = &image;
+    statistics->run();
+    const double s = statistics->outputStandardDeviation.get().getRealValue();
+    return s * s * 0.01;
+}
+
+/// Weights from 0 to 1, a fifth of them 0.
+template <typename T>
+HostImage randomMask(const ImageSize& size, unsigned seed) {
+    HostImage mask(voxelTypeOf<T>, size);
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> weight(-0.25, 1);
+    for (std::size_t i = 0; i < size.x * size.y * size.z; ++i) {
+        voxels<T>(mask)[i] = static_cast<T>(std::max(0.0, weight(random)));
+    }
+    return mask;
+}
+
+double largestDifference(const std::vector<float>& a, const Doubles& b) {
+    double largest = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) largest = std::max(largest, std::abs(double(a[i]) - b[i]));
+    return largest;
+}
+
+/// How many steps a run says are done, one report after the other. It takes them one by one, or three at once where
+/// neither resizing nor turning is needed.
+std::vector<std::uint64_t> reportsOf(MatchingRun& run) {
+    struct Watch : InteractionInterface {
+        void progress(std::uint64_t done, std::uint64_t ofAll) override {
+            EXPECT_TRUE(done == 0 || done - all.back() == 1 || done - all.back() == 3) << "before " << done;
+            all.push_back(done);
+            total = ofAll;
+        }
+        std::vector<std::uint64_t> all;
+        std::uint64_t total = 0;
+    } watch;
+    run.filter.run(&watch);
+    EXPECT_EQ(watch.all.back(), watch.total);
+    return watch.all;
+}
+
+template <typename T>
+class TemplateMatchingTest : public ::testing::Test {};
+using Types = decltype(testedTypes(cuda::CudaTemplateMatching3d::InstanceTypes{}));
+TYPED_TEST_SUITE(TemplateMatchingTest, Types);
+
+constexpr ImageSize imageSize{13, 11, 10};
+constexpr ImageSize templateSize{5, 3, 7};
+
+}  // namespace
+
+TYPED_TEST(TemplateMatchingTest, ScoresAreTheMaskedCorrelationCoefficient) {
+    HostImage image = randomImage<TypeParam>(imageSize, 1);
+    // A flat part, whose variance is below the threshold.
+    for (std::size_t z = 0; z < 5; ++z) {
+        for (std::size_t y = 0; y < 11; ++y) std::fill_n(voxels<TypeParam>(image) + (z * 11 + y) * 13, 7, TypeParam{1});
+    }
+    const HostImage sought = randomImage<TypeParam>(templateSize, 2);
+    const HostImage mask = randomMask<float>(templateSize, 3);
+    const Doubles expected = directScores(image, sought, mask, thresholdOf(image));
+    const double tolerance = sizeof(TypeParam) < 4 || std::is_same_v<TypeParam, float> ? 2e-5 : 1e-6;
+    const auto check = [&](auto indexVoxel) {
+        onAllPlacements<Vector3<unsigned>>({{}, {9, 8, 10}, {1, 1, 1}}, [&](const auto& placement) {
+            MatchingRun run(image, sought, voxelTypeOf<decltype(indexVoxel)>, placement);
+            run.filter.inputMask = &mask;
+            run.filter.run();
+            EXPECT_LT(largestDifference(run.scores(), expected), tolerance);
+        });
+    };
+    check(std::uint8_t{});
+    check(std::uint16_t{});
+    check(std::uint32_t{});
+}
+
+TEST(TemplateMatchingTableTest, FindsTheRowOfAPlantedTemplateWhateverTheOrderOfRows) {
+    const HostImage sought = randomImage<float>({5, 5, 5}, 4);
+    const auto table = tableOf({{"phi", {0, M_PI / 2, 0.4, M_PI}}, {"theta", {0, 0, 0.3, M_PI / 2}}});
+    const auto reversed = tableOf({{"phi", {M_PI, 0.4, M_PI / 2, 0}}, {"theta", {M_PI / 2, 0.3, 0, 0}}});
+    HostImage image = randomImage<float>({24, 16, 14}, 5);
+    for (std::size_t i = 0; i < 24 * 16 * 14; ++i) voxels<float>(image)[i] *= 0.1F;
+    // The template turned by 90 degrees about z: x goes to y.
+    for (std::size_t z = 0; z < 5; ++z) {
+        for (std::size_t y = 0; y < 5; ++y) {
+            for (std::size_t x = 0; x < 5; ++x) {
+                const float voxel = static_cast<const float*>(sought.data())[(z * 5 + y) * 5 + x];
+                voxels<float>(image)[((z + 4) * 16 + x + 6) * 24 + 4 - y + 10] = voxel;
+            }
+        }
+    }
+    MatchingRun run(image, sought, VoxelTypes::uint8, {});
+    run.filter.transformationTable = table;
+    run.filter.run();
+    const std::vector<float> scores = run.scores();
+    const auto best = std::size_t(std::max_element(scores.begin(), scores.end()) - scores.begin());
+    EXPECT_EQ(best, ((4 + 2) * 16 + 6 + 2) * 24 + 10 + 2);
+    EXPECT_GT(scores[best], 0.9999);
+    EXPECT_EQ(run.rows<std::uint8_t>()[best], 1);
+
+    MatchingRun backwards(image, sought, VoxelTypes::uint8, {});
+    backwards.filter.transformationTable = reversed;
+    backwards.filter.run();
+    EXPECT_EQ(backwards.scores(), scores);
+
+    // Gain and offset change nothing beyond rounding, inside the margin that 0 fills.
+    HostImage brighter = randomImage<float>({24, 16, 14}, 5);
+    for (std::size_t i = 0; i < 24 * 16 * 14; ++i) voxels<float>(brighter)[i] = 3 * voxels<float>(image)[i] + 50;
+    MatchingRun other(brighter, sought, VoxelTypes::uint8, {});
+    other.filter.transformationTable = table;
+    other.filter.run();
+    EXPECT_NEAR(other.scores()[best], scores[best], 1e-4);
+    EXPECT_EQ(other.rows<std::uint8_t>()[best], 1);
+}
+
+TEST(TemplateMatchingTableTest, TakesTheStepsOfItsFormula) {
+    HostImage image = randomImage<float>({14, 12, 11}, 6);
+    const HostImage sought = randomImage<float>({5, 4, 3}, 7);
+    HostImage coarse = randomImage<float>({5, 4, 3}, 7);
+    coarse.setSpacing(0, 1.5);
+    const HostImage mask = randomMask<float>({5, 4, 3}, 8);
+    HostImage coarseMask = randomMask<float>({5, 4, 3}, 8);
+    coarseMask.setSpacing(0, 1.5);
+    HostImage filter(VoxelTypes::float32, {40, 40, 40});
+    std::fill_n(voxels<float>(filter), 40 * 40 * 40, 1.0F);
+    const std::pair<std::shared_ptr<const DataFrameView>, std::uint64_t> tables[]{
+        {nullptr, 1},
+        {tableOf({{"phi", {0.5, 0}}}), 2},
+        {tableOf({{"scaleX", {1, 1.4}}, {"theta", {0.2, 0}}}), 2},
+        {tableOf({{"psi", {}}}), 0}};
+    for (const auto& [table, rows] : tables) {
+        for (unsigned choice = 0; choice < 32; ++choice) {
+            const bool hasMask = choice & 1, follows = choice & 2, filtered = choice & 4, tiled = choice & 8,
+                       otherSpacing = choice & 16;
+            SCOPED_TRACE(testing::Message() << rows << " rows, choice " << choice);
+            MatchingRun run(image, otherSpacing ? coarse : sought, VoxelTypes::uint8, {});
+            run.filter.transformationTable = table;
+            if (hasMask) run.filter.inputMask = otherSpacing ? &coarseMask : &mask;
+            run.filter.maskFollowsTransformation = follows;
+            if (filtered) run.filter.frequencyFilter = &filter;
+            run.filter.tilingMode = tiled ? 1 : 0;
+            run.filter.tileSize = {12, 30, 30};
+            const std::uint64_t preparations = filtered + (hasMask ? 1 : 2);
+            const std::uint64_t steps = reportsOf(run).back();
+            if (tiled) {
+                EXPECT_EQ((steps - preparations - 2) % (12 * rows + 1), 0U);
+                EXPECT_GT(steps - preparations - 2, 12 * rows + 1) << "several blocks";
+            } else {
+                EXPECT_EQ(steps, 13 * rows + preparations + 3);
+            }
+            if (rows == 0) {
+                EXPECT_EQ(run.scores()[0], std::numeric_limits<float>::lowest());
+            }
+        }
+    }
+}
+
+TEST(TemplateMatchingTableTest, TilesMatchTheWholeAndTheMaskOfOnesIsAMaskOfOnes) {
+    HostImage image = randomImage<float>({15, 12, 11}, 9);
+    const HostImage sought = randomImage<float>({4, 5, 3}, 10);
+    HostImage ones(VoxelTypes::uint8, {4, 5, 3});
+    std::fill_n(voxels<std::uint8_t>(ones), 60, std::uint8_t{1});
+    const auto table = tableOf({{"phi", {0, 0.7, 2}}, {"theta", {0.1, 0, 1}}, {"scaleY", {1, 1.3, 1}}});
+    MatchingRun whole(image, sought, VoxelTypes::uint16, {});
+    whole.filter.transformationTable = table;
+    whole.filter.run();
+    const std::vector<float> expected = whole.scores();
+    const Doubles expectedDoubles(expected.begin(), expected.end());
+    for (const Vector3<unsigned>& tile : {Vector3<unsigned>{1, 1, 1}, {12, 11, 13}, {9, 30, 9}, {18, 9, 30}}) {
+        SCOPED_TRACE(testing::Message() << tile.x << " x " << tile.y << " x " << tile.z);
+        MatchingRun tiled(image, sought, VoxelTypes::uint16, {false, false, tile});
+        tiled.filter.transformationTable = table;
+        tiled.filter.run();
+        EXPECT_LT(largestDifference(tiled.scores(), expectedDoubles), 2e-5);
+    }
+    MatchingRun masked(image, sought, VoxelTypes::uint16, {});
+    masked.filter.transformationTable = table;
+    masked.filter.inputMask = &ones;
+    masked.filter.maskFollowsTransformation = true;
+    masked.filter.run();
+    EXPECT_EQ(masked.scores(), expected);
+}
+
+TEST(TemplateMatchingTableTest, EndsAtEachPollAndLeavesTheNextRunRight) {
+    HostImage image = randomImage<std::uint8_t>({14, 12, 11}, 11);
+    const HostImage sought = randomImage<std::uint8_t>({5, 4, 3}, 12);
+    onAllPlacements<Vector3<unsigned>>({{}, {12, 12, 12}}, [&](const auto& placement) {
+        MatchingRun run(image, sought, VoxelTypes::uint8, placement);
+        run.filter.transformationTable = tableOf({{"phi", {0, 0.7}}});
+        const std::vector<std::uint64_t> reports = reportsOf(run);
+        const std::vector<float> expected = run.scores();
+        for (const std::uint64_t done : reports) {
+            if (done + 1 >= reports.back()) break;  // in one piece the last step is not polled
+            StepWatch canceller(&run.filter, done);
+            EXPECT_THROW(run.filter.run(&canceller), ExceptionCancelation) << "after " << done << " steps";
+        }
+        run.filter.run();
+        EXPECT_EQ(run.scores(), expected);
+    });
+}
