@@ -15,6 +15,9 @@
     X(Closing)                  \
     X(GaussianFilter)           \
     X(NonLocalMeans)            \
+    X(Rotations)                \
+    X(Peaks)                    \
+    X(FrequencyFilter)          \
     X(Info)                     \
     X(Convert)                  \
     X(Demo)
