@@ -141,7 +141,7 @@ TYPED_TEST(NppMorphologyTest, PicksTheExtremeUnderAnyMask) {
 }
 
 // Masks larger than the image on both sides, and images larger than the pieces that they are cut into.
-TYPED_TEST(NppMorphologyTest, LargeMasksAndImages) {
+TYPED_TEST(NppMorphologyTest, PicksTheExtremeUnderLargeMasksAndInLargeImages) {
     std::mt19937 random(3);
     for (const NppiSize size : {NppiSize{3, 3}, {31, 33}, {3, 150}, {200, 2}}) {
         const NppiPoint anchor{size.width / 3, size.height / 2};

@@ -37,8 +37,9 @@ void RunOptions::addTileOption(CLI::App& app) {
         app,
         {.name = "--tile",
          .values = "W,H[,D]",
-         .description = "Size of tiles, for images larger than the device's memory; D is for 3D algorithms, without it "
-                        "tiles have the image's depth",
+         .description =
+             "Size of tiles, for images larger than the device's memory; D, for 3D algorithms, is the image's "
+             "depth by default",
          .defaultText = "the whole image"},
         NumberFormat<unsigned>{2, 3, tileLength, "1024,1024"},
         [this](const Numbers& numbers) {

@@ -42,8 +42,8 @@ mode_t permissionsFor(const std::string& target) {
 }
 
 std::string temporaryPattern(const std::filesystem::path& target) {
-    constexpr std::size_t longestName = 200;  // of the 255 that file systems allow, the dot and suffix included
-    const std::string name = target.filename().string().substr(0, longestName);
+    constexpr std::size_t maxNameLength = 200;  // of the 255 that file systems allow, the dot and suffix included
+    const std::string name = target.filename().string().substr(0, maxNameLength);
     return (folderOf(target) / ("." + name + ".XXXXXX")).string();
 }
 
