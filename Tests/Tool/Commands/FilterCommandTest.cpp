@@ -98,6 +98,22 @@ TEST_F(FilterCommandTest, GaussianTruncatesBetweenTheAxesWhenAsked) {
     expectResult(filter + " --voxel-type-intermediate", Bytes{0, 7, 0, 7, 55, 7, 0, 7, 0});
 }
 
+TEST_F(FilterCommandTest, NonLocalMeansDependsOnItsSeedAlone) {
+    folder.write("in.npy", npyBytes("<u2", "(2, 12, 20)",
+                                    rawBytes(readAll<std::uint16_t>(randomImage<std::uint16_t>({20, 12, 2}, 4)))));
+    const auto result = [this](const std::string& options) {
+        EXPECT_EQ(zel("non-local-means in.npy out.npy --output-type float32 --quiet " + options).exitCode, 0);
+        return folder.read("out.npy");
+    };
+    const std::string withoutSeed = result("");
+    EXPECT_TRUE(result("--seed 1 --threads 1 --placement device") == withoutSeed);
+    EXPECT_FALSE(result("--seed 2") == withoutSeed);
+    expectOneErrorLine(zel("non-local-means in.npy out.npy --patch-radius 0"), 1,
+                       "nor has any image with --patch-radius 0");
+    expectOneErrorLine(zel("non-local-means in.npy out.npy --range-sigma 0"), 2, "--range-sigma is '0'");
+    EXPECT_EQ(zel("non-local-means in.npy out.npy --tile 4,4").exitCode, 2) << "it cuts its blocks itself";
+}
+
 TEST_F(FilterCommandTest, JsonReportsWhatWasDone) {
     const auto report = [this](const std::string& options) {
         return nlohmann::json::parse(zel("box-filter in.npy out.npy --kernel 3,3 --json " + options).output);
