@@ -15,6 +15,7 @@
     X(Closing)                  \
     X(GaussianFilter)           \
     X(NonLocalMeans)            \
+    X(CrossCorrelation)         \
     X(TemplateMatching)         \
     X(Rotations)                \
     X(Peaks)                    \

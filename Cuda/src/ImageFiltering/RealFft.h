@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "FftUtilities_CUDA.h"
 #include "Utilities_CUDA/StatusChecks_CUDA.h"
 
 namespace zel::cuda {
@@ -62,6 +63,11 @@ public:
 
     explicit operator bool() const { return owned_; }
     cufftHandle handle() const { return plan_; }
+    /// Gives the plan back now. @throws RuntimeError when the library refuses; it is not asked again.
+    void destroy() {
+        owned_ = false;
+        destroyFftPlan(plan_);
+    }
 
 private:
     cufftHandle plan_ = 0;

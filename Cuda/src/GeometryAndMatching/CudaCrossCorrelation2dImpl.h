@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cuda_runtime.h>
+
+#include <memory>
+#include <type_traits>
+
+#include "ImageFiltering/FftUtilities_CUDA.h"
+#include "ImageFiltering/RealFft.h"
+#include "Kernels/SubtractImage.h"
+#include "Utilities_CUDA/StatusChecks_CUDA.h"
+#include "zel/AbstractPrivateImplementation.h"
+#include "zel/BlockCutterManager.h"
+#include "zel/algorithms/CudaCrossCorrelation2d.h"
+
+namespace zel::cuda {
+
+/// One run of the cross-correlation: C = inverse FFT of FFT(P) conj(FFT(Q)), P being the image in a larger buffer of
+/// zeros, moved by the template's anchor, and Q the template at the origin of another one.
+/// @tparam T     voxel type of image and template.
+/// @tparam wide  1 to work in double, 0 in float.
+template <typename T, int wide>
+class CudaCrossCorrelation2dImpl final : public AbstractPrivateImplementation {
+public:
+    explicit CudaCrossCorrelation2dImpl(CudaCrossCorrelation2d* algorithm);
+    void run() override;
+
+private:
+    using R = std::conditional_t<wide == 1, double, float>;
+    using Spectrum = SpectrumOf<R>;
+    static_assert(std::is_same_v<R, FftReal<T>>);
+
+    /// The image in one piece.
+    void runWhole(const ImageModel& image, const ImageModel& templateImage, int mode, ImageModel& output,
+                  cudaStream_t stream);
+    /// Tile by tile, as `cutter` says.
+    void runTiled(const ImageModel& image, const ImageModel& templateImage, int mode, ImageModel& output,
+                  cudaStream_t stream);
+
+    void endStep() {
+        throwIfCancelled();
+        nextStep();
+    }
+    /// Ends a step whose work is queued.
+    void finishStep() {
+        checkCudaStatus(cudaDeviceSynchronize());
+        endStep();
+    }
+
+    CudaCrossCorrelation2d* algorithm_;
+    Vector3<unsigned> centreOffset_;    ///< of the template's anchor from its first pixel
+    Vector3<unsigned> trailingOffset_;  ///< of its last pixel from the anchor
+    Vector3<unsigned> previousOverlap_;
+    Vector3<unsigned> nextOverlap_;
+    std::unique_ptr<BlockCutterManager> cutter_;
+};
+
+}  // namespace zel::cuda

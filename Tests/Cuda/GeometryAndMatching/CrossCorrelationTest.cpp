@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numeric>
+
+#include "CrossCorrelationRun.h"
+#include "PlainFilters.h"
+#include "RunChecks.h"
+#include "zel/ImageModelAdapter.h"
+
+namespace zel::test {
+namespace {
+
+using Scores = PlainVolume<double>;
+
+/// The mean over a window of the template's size, mirrored at the edges; it begins half its size before the pixel.
+double localMean(const Scores& image, long x, long y, long width, long height) {
+    double sum = 0;
+    for (long j = 0; j < height; ++j) {
+        for (long i = 0; i < width; ++i) {
+            const long column = mirrored(x - width / 2 + i, static_cast<long>(image.size[0]));
+            const long row = mirrored(y - height / 2 + j, static_cast<long>(image.size[1]));
+            sum += image.voxels[static_cast<std::size_t>(row) * image.size[0] + static_cast<std::size_t>(column)];
+        }
+    }
+    return sum / static_cast<double>(width * height);
+}
+
+/// Term by term.
+Scores plainCorrelation(Scores image, Scores pattern, bool removesMeans) {
+    const auto width = static_cast<long>(image.size[0]), height = static_cast<long>(image.size[1]);
+    const auto templateWidth = static_cast<long>(pattern.size[0]), templateHeight = static_cast<long>(pattern.size[1]);
+    if (removesMeans) {
+        const Scores original = image;
+        for (long i = 0; i < width * height; ++i)
+            image.voxels[static_cast<std::size_t>(i)] -=
+                localMean(original, i % width, i / width, templateWidth, templateHeight);
+        const double mean = std::accumulate(pattern.voxels.begin(), pattern.voxels.end(), 0.0) /
+                            static_cast<double>(pattern.voxels.size());
+        for (double& voxel : pattern.voxels) voxel -= mean;
+    }
+    Scores scores{image.size, {}};
+    for (long p = 0; p < width * height; ++p) {
+        double sum = 0;
+        for (long t = 0; t < templateWidth * templateHeight; ++t) {
+            const long x = p % width - (templateWidth - 1) / 2 + t % templateWidth;
+            const long y = p / width - (templateHeight - 1) / 2 + t / templateWidth;
+            if (x < 0 || y < 0 || x >= width || y >= height) continue;
+            sum += image.voxels[static_cast<std::size_t>(y * width + x)] * pattern.voxels[static_cast<std::size_t>(t)];
+        }
+        scores.voxels.push_back(sum);
+    }
+    return scores;
+}
+
+Scores plainOf(const HostImage& image) {
+    Scores plain{{image.getDimension(0), image.getDimension(1), 1}, {}};
+    plain.voxels.resize(plain.size[0] * plain.size[1]);
+    for (std::size_t y = 0; y < plain.size[1]; ++y)
+        ImageModelAdapter(&image, VoxelTypes::float64, DataConvertionTypes::cast)
+            .readRow(plain.size[0], plain.voxels.data() + y * plain.size[0], 0, y, 0, 0, 0);
+    return plain;
+}
+
+/// The scores of a run before they were rescaled.
+std::vector<double> unscaled(const CrossCorrelationRun& run, const std::vector<float>& scores) {
+    const double low = *run.measurement.minimumCorrelation.data(), high = *run.measurement.maximumCorrelation.data();
+    std::vector<double> result;
+    for (const float score : scores) result.push_back(low + (score + 1.0) / 2 * (high - low));
+    return result;
+}
+
+/// The run's scores and its measurement are those of the sums, within `error` of their range. The scores themselves
+/// are floats.
+void expectScores(CrossCorrelationRun& run, const Scores& expected, double error) {
+    const std::vector<float> scores = resultOf<float>(run);
+    const auto [low, high] = std::minmax_element(expected.voxels.begin(), expected.voxels.end());
+    const double range = *high - *low;
+    ASSERT_EQ(run.measurement.bestPositionX.shape().size(), 1u);
+    EXPECT_NEAR(*run.measurement.minimumCorrelation.data(), *low, error * range);
+    EXPECT_NEAR(*run.measurement.maximumCorrelation.data(), *high, error * range);
+    const std::vector<double> found = unscaled(run, scores);
+    double worst = 0;
+    for (std::size_t i = 0; i < found.size(); ++i) worst = std::max(worst, std::abs(found[i] - expected.voxels[i]));
+    EXPECT_LE(worst, std::max(error, 2e-7) * range);
+
+    std::vector<double> sorted = expected.voxels;
+    std::sort(sorted.rbegin(), sorted.rend());
+    if (sorted.size() > 1 && sorted[0] - sorted[1] <= 2 * error * range) return;
+    const auto best = static_cast<std::size_t>(high - expected.voxels.begin());
+    EXPECT_EQ(*run.measurement.bestPositionX.data(), best % expected.size[0]);
+    EXPECT_EQ(*run.measurement.bestPositionY.data(), best / expected.size[0]);
+}
+
+template <typename T>
+class CrossCorrelationTest : public ::testing::Test {};
+TYPED_TEST_SUITE(CrossCorrelationTest, decltype(testedTypes(KernelTypes{})));
+
+TYPED_TEST(CrossCorrelationTest, EqualsTheSumsInEachPlaceAndTile) {
+    using T = TypeParam;
+    constexpr bool isWide = sizeof(T) == 8 || (sizeof(T) == 4 && !std::is_same_v<T, float>);
+    const double error = isWide ? 1e-9 : 1e-4;
+    const std::vector<Vector2<unsigned>> tiles{{0, 0}, {1, 1}, {9, 14}, {18, 6}};
+    struct Shape {
+        ImageSize image, pattern;
+    };
+    for (const Shape& shape : {Shape{{17, 11}, {1, 1}},
+                               {{20, 13}, {2, 2}},
+                               {{19, 22}, {4, 3}},
+                               {{16, 15}, {5, 5}},
+                               {{9, 8}, {9, 8}},
+                               {{25, 1}, {6, 1}}}) {
+        HostImage image = randomImage<T>(shape.image, 3);
+        const HostImage pattern = randomImage<T>(shape.pattern, 4);
+        for (const int mode : {0, 1}) {
+            if (mode == 1 && shape.pattern.x * shape.pattern.y == 1) continue;  // all scores are 0
+            SCOPED_TRACE(testing::Message() << shape.image.x << " x " << shape.image.y << ", template "
+                                            << shape.pattern.x << " x " << shape.pattern.y << ", mode " << mode);
+            const Scores expected = plainCorrelation(plainOf(image), plainOf(pattern), mode == 1);
+            onAllPlacements(tiles, [&](const Placement& placement) {
+                CrossCorrelationRun run(image, pattern, mode, placement);
+                expectScores(run, expected, error);
+            });
+        }
+    }
+}
+
+TEST(CrossCorrelationRunTest, FindsACutOutTemplate) {
+    HostImage image = randomImage<float>({300, 200}, 7);
+    for (const ImageSize size : {ImageSize{15, 15}, {8, 12}, {64, 31}}) {
+        const auto cut = partOf(image, {101, 57, 0, 0, 0}, size);
+        HostImage pattern(VoxelTypes::float32, size);
+        copyRows(cut, pattern);
+        for (const Vector2<unsigned> tile : {Vector2<unsigned>{0, 0}, {150, 140}}) {
+            CrossCorrelationRun run(image, pattern, 1, {false, false, tile});
+            run.filter.run();
+            EXPECT_EQ(*run.measurement.bestPositionX.data(), 101 + (size.x - 1) / 2);
+            EXPECT_EQ(*run.measurement.bestPositionY.data(), 57 + (size.y - 1) / 2);
+        }
+    }
+}
+
+TEST(CrossCorrelationRunTest, ConstantScoresAreTheLowestAndAMeasurementMayBeMissing) {
+    HostImage image = randomImage<std::uint8_t>({6, 5}, 1);
+    HostImage pattern(VoxelTypes::uint8, {1, 1});
+    CrossCorrelationRun run(image, pattern, 0, {});
+    EXPECT_EQ(resultOf<float>(run), std::vector<float>(30, -1.0f));
+    run.filter.outputMeasurement = nullptr;
+    EXPECT_EQ(resultOf<float>(run), std::vector<float>(30, -1.0f));
+}
+
+// Each step has its poll but for the transfer of the image, and for the download of an image in one piece.
+TEST(CrossCorrelationRunTest, EndsAtEachPollAndCountsItsSteps) {
+    HostImage image = randomImage<std::uint16_t>({30, 20}, 1);
+    const HostImage pattern = randomImage<std::uint16_t>({3, 4}, 2);
+    for (const int mode : {0, 1}) {
+        onAllPlacements(std::vector<Vector2<unsigned>>{{0, 0}, {16, 16}}, [&](const Placement& placement) {
+            CrossCorrelationRun run(image, pattern, mode, placement);
+            StepWatch watch;
+            run.filter.run(&watch);
+            const std::uint64_t inputs = placement.inputOnDevice ? 0 : 1, outputs = placement.outputOnDevice ? 0 : 1;
+            // Extended to 32 x 23: 3 x 2 tiles in both modes.
+            constexpr std::uint64_t blocks = 3 * 2;
+            EXPECT_EQ(watch.total, placement.tiled() ? (mode == 1 ? 6 : 5) * blocks + 7
+                                                     : (mode == 1 ? 8 : 6) + 2 * inputs + outputs);
+            const std::uint64_t done = placement.tiled() ? watch.total - 4 : watch.total - inputs;
+            const std::uint64_t polls = placement.tiled() ? done - 1 : done - outputs;
+            for (std::uint64_t steps = 0; steps <= done; ++steps) {
+                StepWatch canceller(&run.filter, steps);
+                if (steps < polls)
+                    EXPECT_THROW(run.filter.run(&canceller), ExceptionCancelation) << steps;
+                else
+                    EXPECT_NO_THROW(run.filter.run(&canceller)) << steps;
+            }
+        });
+    }
+}
+
+}  // namespace
+}  // namespace zel::test
