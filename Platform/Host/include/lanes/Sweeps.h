@@ -72,14 +72,17 @@ struct SweepLines {
 
 namespace detail {
 
-/// Lines that are walked along together where they are rows of memory apart.
-inline constexpr unsigned int separateLines = 8;
+/// Lines that are walked along together where they are rows of memory apart: enough for the wait of one step for the
+/// next not to count, and so few that their cache lines, which an even length puts into one set of the cache, stay.
+inline constexpr unsigned int separateLines(unsigned int channels) {
+    return channels < 4 ? 8 : 4;
+}
 
 /// The launch's lines dealt to its calls in bundles of neighbours; those left over at the end of a layer go
 /// in smaller bundles, then one by one.
 template <unsigned int channelCount, bool adjacent, int axis, class Body>
 __forceinline__ void sweepChannels(const SweepAxis<axis>& along, unsigned int firstChannel, Body body) {
-    constexpr unsigned int large = adjacent ? largeBundle / channelCount : separateLines;
+    constexpr unsigned int large = adjacent ? largeBundle / channelCount : separateLines(channelCount);
     constexpr unsigned int small = adjacent ? PartBundle::capacity / channelCount : 1;
     const auto lines = static_cast<std::uint64_t>(along.lines());
     const auto channels = static_cast<unsigned int>(along.channels);
