@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BoxFilterRun.h"
+#include "CrossCorrelationRun.h"
 #include "GaussianFilterRun.h"
 #include "MedianFilterRun.h"
 #include "MorphologyRun.h"
@@ -61,9 +62,25 @@ struct FlatGaussian : Gaussian {
     using Gaussian::Gaussian;
 };
 
-/// All of them, each law and each fault is tried on.
-using SmallFilterRuns = ::testing::Types<SmallBoxFilter, SmallMedianFilter, SquareErosion, DiamondOpening,
-                                         DiamondClosing, Gaussian, FlatGaussian>;
+struct SmallCrossCorrelation : CrossCorrelationRun {
+    using Pixel = float;
+    static constexpr ImageSize size{23, 14};
+    static constexpr Vector2<unsigned> tile{14, 12};
+    static constexpr std::uint64_t passes = 1;
+    static constexpr auto work = "cufftExecR2C";
+
+    SmallCrossCorrelation(HostImage& image, const Placement& placement)
+        : CrossCorrelationRun(image, randomImage<float>({3, 2}, 9), 1, placement) {}
+};
+
+/// Those that the tile driver runs, with a step for each upload, pass and download.
+using DrivenFilterRuns = ::testing::Types<SmallBoxFilter, SmallMedianFilter, SquareErosion, DiamondOpening,
+                                          DiamondClosing, Gaussian, FlatGaussian>;
+
+template <typename... Runs>
+auto withCrossCorrelation(::testing::Types<Runs...>) -> ::testing::Types<Runs..., SmallCrossCorrelation>;
+/// All of them.
+using SmallFilterRuns = decltype(withCrossCorrelation(DrivenFilterRuns{}));
 
 /// A typed test over them.
 template <typename Filter>

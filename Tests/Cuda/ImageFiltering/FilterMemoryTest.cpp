@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "BoxFilterRun.h"
+#include "CrossCorrelationRun.h"
 #include "DeviceChecks.h"
 #include "GaussianFilterRun.h"
 #include "MorphologyRun.h"
@@ -73,4 +74,31 @@ TEST(GaussianFilterCallsTest, SynchroniseAtEachStepAndReuseBuffers) {
     // Tiles of 16, 16 and 8 by 16 and 14 by 16 and 4. Each slice of a tile travels alone, as it has gaps in the image.
     // Only the output's buffer is made anew, at each change of height or depth.
     EXPECT_EQ(counts({false, false, {16, 16, 16}}), Counts(12 * 3 + 2 * 6 * (16 + 4), 1 + 1 + 4));
+}
+
+// An image of 300 x 200 and a template of 8 x 6 are padded to 343 x 243.
+TEST(CrossCorrelationMemoryTest, IsThatOfPaddedImagesAndSpectra) {
+    const auto peaks = [&]<typename T, typename R>() {
+        HostImage image = randomImage<T>({300, 200}, 2);
+        const HostImage pattern = randomImage<T>({8, 6}, 3);
+        const auto peak = [&](int mode, const Placement& placement) {
+            return peakBytesOf(CrossCorrelationRun(image, pattern, mode, placement));
+        };
+        const auto padded = [](std::uint64_t nx, std::uint64_t ny) { return nx * ny * sizeof(R); };
+        const auto spectrum = [](std::uint64_t nx, std::uint64_t ny) { return (nx / 2 + 1) * ny * 2 * sizeof(R); };
+        const std::uint64_t whole = padded(343, 243), wholeSpectrum = spectrum(343, 243);
+        constexpr std::uint64_t templateAndScores = 8 * 6 * sizeof(T) + 300 * 200 * sizeof(float);
+        EXPECT_EQ(peak(0, {true, true}), 2 * whole + 3 * wholeSpectrum);
+        EXPECT_EQ(peak(0, {false, false}), 2 * whole + 3 * wholeSpectrum + templateAndScores);
+        EXPECT_EQ(peak(1, {true, true}), 4 * whole + 5 * wholeSpectrum + padded(343, 200));
+        // Of 120 x 80, padded to 125 x 81, and for the local means, from 127 x 85, to 128 x 125.
+        constexpr Vector2<unsigned> tile{120, 80};
+        const std::uint64_t reduction = 4096;
+        EXPECT_LE(peak(0, {true, true, tile}), padded(125, 81) + 3 * spectrum(125, 81) + reduction);
+        EXPECT_LE(peak(1, {true, true, tile}),
+                  2 * padded(125, 81) + 3 * spectrum(125, 81) + 2 * padded(128, 125) + 3 * spectrum(128, 125));
+    };
+    peaks.operator()<float, float>();
+    peaks.operator()<std::uint8_t, float>();
+    peaks.operator()<double, double>();
 }

@@ -11,6 +11,10 @@ template <typename Filter>
 class FilterLawsTest : public SmallFilterRunTest<Filter> {};
 TYPED_TEST_SUITE(FilterLawsTest, SmallFilterRuns);
 
+template <typename Filter>
+class DrivenFilterLawsTest : public SmallFilterRunTest<Filter> {};
+TYPED_TEST_SUITE(DrivenFilterLawsTest, DrivenFilterRuns);
+
 /// The same voxels in images of many kinds: rows with gaps, rows only, a part of a part, a part on the device.
 template <typename T>
 class ImagesOfAllKinds {
@@ -36,7 +40,7 @@ private:
 
 }  // namespace
 
-TYPED_TEST(FilterLawsTest, TakesAStepForEachUploadPassAndDownload) {
+TYPED_TEST(DrivenFilterLawsTest, TakesAStepForEachUploadPassAndDownload) {
     this->onAllPlacements([](TypeParam& run, const auto& placement) {
         const std::uint64_t upload = placement.inputOnDevice ? 0 : 1;
         const std::uint64_t download = placement.outputOnDevice && !placement.tiled() ? 0 : 1;  // or margins to cut off
@@ -45,7 +49,7 @@ TYPED_TEST(FilterLawsTest, TakesAStepForEachUploadPassAndDownload) {
     });
 }
 
-TYPED_TEST(FilterLawsTest, EndsAtTheNextPollWhenCancelled) {
+TYPED_TEST(DrivenFilterLawsTest, EndsAtTheNextPollWhenCancelled) {
     this->onAllPlacements([](TypeParam& run, const auto& placement) { expectCancelledAtEachStep(run, placement); });
 }
 
