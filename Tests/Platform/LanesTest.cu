@@ -26,9 +26,12 @@ __global__ void tapsKernel(const int* src, int* dst, int* visits, std::uint64_t 
 /// Counts the visits to each line, by way of single lines and of bundles. A line's bundle may be another block's than
 /// the line itself, hence two counters.
 __global__ void linesKernel(int* visits, int* bundleVisits, std::uint64_t outer, std::uint64_t count) {
-    forEachLine(outer, count, [=](std::uint64_t o, std::uint64_t l) { visits[o * count + l] += 1; });
+    forEachLine(outer, count,
+                [=](std::uint64_t o, std::uint64_t l) { onFirstLane([=] { visits[o * count + l] += 1; }); });
     forEachLineBundle(outer, count, [=](std::uint64_t o, const auto bundle) {
-        bundle.each([&](unsigned int lane) { bundleVisits[o * count + bundle.first + lane] += 1; });
+        forEachPosition(1, [=](std::uint64_t) {
+            bundle.each([&](unsigned int lane) { bundleVisits[o * count + bundle.first + lane] += 1; });
+        });
     });
 }
 

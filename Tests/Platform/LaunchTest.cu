@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "DeviceFixture.h"
+#include "host_runtime/Scratch.h"
 
 namespace zel::host {
 namespace {
@@ -23,11 +24,13 @@ constexpr std::size_t sharedCount = 64;
 __global__ void visitKernel(unsigned int* visits) {
     if (blockIdx.x >= gridDim.x || blockIdx.y >= gridDim.y || blockIdx.z >= gridDim.z) return;
     const std::size_t row = blockIdx.y + std::size_t{gridDim.y} * blockIdx.z, block = blockIdx.x + gridDim.x * row;
-    auto* const shared = cuda::dynamicShared<std::size_t>();
-    std::fill_n(shared, sharedCount, block);
-    const bool isOwn = std::count(shared, shared + sharedCount, block) == sharedCount;
-    if (isOwn && reinterpret_cast<std::uintptr_t>(shared) % 64 == 0)
-        visits[block] += blockDim.x * blockDim.y * blockDim.z;
+    cuda::onFirstLane([=] {
+        auto* const shared = cuda::dynamicShared<std::size_t>();
+        std::fill_n(shared, sharedCount, block);
+        const bool isOwn = std::count(shared, shared + sharedCount, block) == sharedCount;
+        if (isOwn && reinterpret_cast<std::uintptr_t>(shared) % 64 == 0)
+            visits[block] += blockDim.x * blockDim.y * blockDim.z;
+    });
 }
 
 // Grids from one block to many, in plain and in shuffled order.
@@ -149,8 +152,8 @@ TEST_F(LaunchTest, QueuedWorkThatFailsIsToldOnce) {
 
 /// The last block to finish sums what all have published.
 __global__ void sumKernel(std::uint64_t* published, unsigned int* counter, std::uint64_t* sum) {
-    published[blockIdx.x] = blockIdx.x;
     cuda::onFirstLane([=] {
+        published[blockIdx.x] = blockIdx.x;
         __threadfence();
         if (atomicInc(counter, gridDim.x - 1) != gridDim.x - 1) return;
         *sum = 0;

@@ -4,18 +4,14 @@
 
 #include <cstdint>
 
+#include "BlockPrimitives.h"  // blockBarrier()
 #include "LaneShared.h"
 
 namespace zel::cuda {
 
-__device__ __forceinline__ void blockBarrier() {
-    __syncthreads();
-}
-
 template <class T>
 __device__ __forceinline__ T* dynamicShared() {
-    extern __shared__ double2 zelDynamicSharedMemory[];
-    return reinterpret_cast<T*>(zelDynamicSharedMemory);
+    return static_cast<T*>(blockSharedMemory());
 }
 
 template <class Body>

@@ -5,6 +5,8 @@
 // Words for kernels that read the neighbourhood of each voxel.
 namespace zel::cuda {
 
+inline constexpr int maxPeriodicReach = 32;
+
 template <class Bundle>
 class PeriodicRow {
 public:

@@ -60,7 +60,8 @@ template <int axis, class Body>
 __device__ __forceinline__ void forEachSweepLine(const SweepAxis<axis>& along, Body body) {
     const std::uint64_t line = blockIdx.x * std::uint64_t{blockDim.x} + threadIdx.x;
     const std::uint64_t layer = blockIdx.y * std::uint64_t{blockDim.y} + threadIdx.y;
-    if (line >= along.lines() || layer >= along.layers()) return;
+    if (line >= static_cast<std::uint64_t>(along.lines()) || layer >= static_cast<std::uint64_t>(along.layers()))
+        return;
     const std::uint64_t first = layer * along.layerStep() + line * along.lineStep();
     const auto channels = static_cast<unsigned int>(along.channels);
     if (channels == 4)

@@ -8,8 +8,13 @@
 
 // What the text of a kernel uses.
 
+#ifdef ZEL_HOST_BLOCK_THREADS
+#include "BlockThreads.h"
+#define __global__
+#else
 // Flattened, so that no lambda of a kernel stays a call which reloads its captures for every pixel.
 #define __global__ __attribute__((flatten))
+#endif
 #define __device__
 #define __host__
 #define __forceinline__ inline __attribute__((always_inline))

@@ -39,8 +39,9 @@ struct TypedKernelCall {
 
     static void runParts(const void* call, std::uint64_t count) {
         const auto& self = *static_cast<const TypedKernelCall*>(call);
-        for (; count != 0; --count) {
+        for (;;) {
             std::apply(self.kernel, self.arguments);
+            if (--count == 0) return;
             advancePart();
         }
     }

@@ -7,6 +7,7 @@
 #include <limits>
 #include <mutex>
 
+#include "Blocks/Launch.h"
 #include "Device/Devices.h"
 #include "Device/Modes.h"
 
@@ -25,8 +26,8 @@ std::int64_t changedByte(const std::byte* first, const std::byte* begin, const s
 }
 
 [[noreturn]] void reportOverrun(std::uint64_t bytes, std::int64_t offset) {
-    std::fprintf(stderr, "host device: a byte at offset %lld of an allocation of %llu bytes was written\n",
-                 static_cast<long long>(offset), static_cast<unsigned long long>(bytes));
+    std::fprintf(stderr, "host device: %sa byte at offset %lld of an allocation of %llu bytes was written\n",
+                 runningKernelThread().c_str(), static_cast<long long>(offset), static_cast<unsigned long long>(bytes));
     std::abort();
 }
 

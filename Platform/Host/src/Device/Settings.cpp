@@ -46,4 +46,8 @@ int threadsSetting() {
     return static_cast<int>(std::clamp<std::uint64_t>(asked, 1, all));
 }
 
+std::uint64_t threadSeedSetting() {
+    return numberFromEnvironment("ZEL_HOST_THREAD_SEED").value_or(1);
+}
+
 }  // namespace zel::host

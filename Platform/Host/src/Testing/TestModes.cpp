@@ -12,7 +12,7 @@ void setModes(const TestModes& wanted) {
     modes.deferredStreams = wanted.deferredStreams;
     modes.protectedMemory = wanted.protectedMemory;
     modes.poison = wanted.poison;
-    modes.redZones = wanted.redZones;
+    modes.redZones = wanted.redZones || alwaysRedZones;
     modes.blockShuffleSeed = wanted.blockShuffleSeed;
     modes.strictReleases = wanted.strictReleases;
 }
