@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Helper/raise.h"
+#include "zel/Exceptions.h"
+
 namespace zel {
 
 namespace {
@@ -47,6 +50,28 @@ Size boxSize(const TemplateTransformationInfo& info, const Size& templateSize, c
 }
 
 }  // namespace
+
+void requireTransformations(std::string_view name, const tarnway::DataFrameView& table) {
+    constexpr const char* thisFile = "Core/src/TemplateTransformation";
+    constexpr std::array angles = {"phi", "theta", "psi"};
+    constexpr std::array scales = {"scaleX", "scaleY", "scaleZ"};
+    const auto [columns, rows] = std::array{table.shape()[0], table.shape()[1]};
+    for (std::size_t column = 0; column < columns; ++column) {
+        const std::string& columnName = table.columnName(column);
+        const bool isScale = std::find(scales.begin(), scales.end(), columnName) != scales.end();
+        if (!isScale && std::find(angles.begin(), angles.end(), columnName) == angles.end()) {
+            raise<RuntimeError>(thisFile, __LINE__, name, " has a column \"", columnName,
+                                "\"; the columns are phi, theta, psi, scaleX, scaleY and scaleZ");
+        }
+        for (std::size_t row = 0; row < rows; ++row) {
+            const double value = table.at(row, column);
+            if (std::isfinite(value) && (!isScale || value > 0)) continue;
+            raise<RuntimeError>(thisFile, __LINE__, name, " has ", columnName, " ", value, " in row ", row,
+                                isScale ? "; a scale must be a finite number above 0"
+                                        : "; an angle must be a finite number of radians");
+        }
+    }
+}
 
 void updateTemplateTransformationInfo(const tarnway::DataFrameView* table, std::size_t row, std::size_t columnCount,
                                       TemplateTransformationInfo& info) {

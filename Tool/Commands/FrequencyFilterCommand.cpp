@@ -82,7 +82,7 @@ private:
         const std::array<double, 3> spacing = {image.getSpacing(0), image.getSpacing(1), image.getSpacing(2)};
         if (spacing_[0] == 0) spacing_ = spacing;
         std::optional<tarnway::DataFrameView> table;
-        if (!tablePath_.empty()) table = readTableFile(tablePath_);
+        if (!tablePath_.empty()) requireTransformations(tablePath_, table.emplace(readTableFile(tablePath_)));
         std::array<std::size_t, 3> smallest{};
         std::array<std::size_t, 3> largest{};
         computeMinimalMaximalBoxSize(table ? &*table : nullptr,

@@ -9,9 +9,9 @@ namespace zel::tool {
 
 /// What a filter lets pass of a template's frequencies. What is not given lets all pass; several multiply.
 struct FrequencyBands {
-    std::optional<double> lowPass;      ///< half of the amplitude passes here; cycles per unit of length
-    std::optional<double> highPass;     ///< the same, of a filter that lets more pass the higher the frequency
-    std::optional<double> maximumTilt;  ///< degrees that a tilt series about y reached to either side; less than 90
+    std::optional<double> lowPass{};      ///< half of the amplitude passes here; cycles per unit of length
+    std::optional<double> highPass{};     ///< the same, of a filter that lets more pass the higher the frequency
+    std::optional<double> maximumTilt{};  ///< degrees that a tilt series about y reached to either side; less than 90
 };
 
 /// A filter for templates in a box, as a matching takes it: float32, zero frequency at the centre (size >> 1 along each

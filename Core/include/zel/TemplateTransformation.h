@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string_view>
 
 #include "tarnway/DataFrameView.h"
 #include "tarnway/Matrix.h"
@@ -23,6 +24,11 @@ struct TemplateTransformationInfo {
     double scaleZ = 1;
     bool hasScale = false;
 };
+
+/// Looks at every column and every cell of a table, which `name` stands for in messages.
+/// @throws RuntimeError naming the first unknown column, angle that is not finite, or scale that is not finite and
+///                      above 0.
+ZEL_API void requireTransformations(std::string_view name, const tarnway::DataFrameView& table);
 
 /// Fills `info` from a row of a table.
 /// @param columnCount  columns of the table; 0, as without a table, for no transformation.

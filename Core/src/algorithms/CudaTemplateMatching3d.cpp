@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "Helper/raise.h"
 #include "Validation.h"
@@ -25,27 +24,6 @@ void requireSameSpacing(const NamedImage& image, const NamedImage& reference) {
         raise<RuntimeError>(thisFile, __LINE__, image.name, " has the spacing ", image.image->getSpacing(axis),
                             " along axis ", axis, "; it must have that of ", reference.name, ", ",
                             reference.image->getSpacing(axis));
-    }
-}
-
-void requireColumns(std::string_view name, const tarnway::DataFrameView& table) {
-    constexpr std::array angles = {"phi", "theta", "psi"};
-    constexpr std::array scales = {"scaleX", "scaleY", "scaleZ"};
-    const auto [columns, rows] = std::array{table.shape()[0], table.shape()[1]};
-    for (std::size_t column = 0; column < columns; ++column) {
-        const std::string& columnName = table.columnName(column);
-        const bool isScale = std::find(scales.begin(), scales.end(), columnName) != scales.end();
-        if (!isScale && std::find(angles.begin(), angles.end(), columnName) == angles.end()) {
-            raise<RuntimeError>(thisFile, __LINE__, name, " has a column \"", columnName,
-                                "\"; the columns are phi, theta, psi, scaleX, scaleY and scaleZ");
-        }
-        for (std::size_t row = 0; row < rows; ++row) {
-            const double value = table.at(row, column);
-            if (std::isfinite(value) && (!isScale || value > 0)) continue;
-            raise<RuntimeError>(thisFile, __LINE__, name, " has ", columnName, " ", value, " in row ", row,
-                                isScale ? "; a scale must be a finite number above 0"
-                                        : "; an angle must be a finite number of radians");
-        }
     }
 }
 
@@ -109,7 +87,7 @@ void CudaTemplateMatching3d::validate() const {
         requireSameSpacing(inputMask, inputTemplate);
     }
     const tarnway::DataFrameView* const table = transformationTable.get().get();
-    if (table != nullptr) requireColumns(transformationTable.name(), *table);
+    if (table != nullptr) requireTransformations(transformationTable.name(), *table);
     const auto box = requireBox(transformationTable.name(), table, *inputTemplate.get(), *inputImage.get());
     if (frequencyFilter.get() != nullptr) {
         requireImage(frequencyFilter);
