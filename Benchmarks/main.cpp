@@ -19,6 +19,7 @@ int measureCases(const std::string& filter, std::ostream& json) {
     addBoxFilterCases(comparisons);
     addMorphologyCases(comparisons);
     addGaussianFilterCases(comparisons);
+    addCrossCorrelationCases(comparisons);
     addConvolutionCases(comparisons);
     addTransferCases(comparisons);
     addConversionCases(comparisons);

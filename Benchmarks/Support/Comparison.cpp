@@ -4,6 +4,8 @@
 #include <host_device.h>
 #include <tbb/global_control.h>
 
+#include <cstdio>
+
 #include "PeerCheck.h"
 #include "TableReporter.h"
 
@@ -43,6 +45,7 @@ std::size_t Comparisons::run(const std::regex& filter, TableReporter& reporter) 
         reporter.begin(name);
         benchmark::RunSpecifiedBenchmarks(&reporter, ".");
         benchmark::ClearRegisteredBenchmarks();
+        if (comparison.remark) std::puts(comparison.remark().c_str());
         ++measured;
     }
     return measured;

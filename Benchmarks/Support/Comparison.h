@@ -39,6 +39,7 @@ struct Comparison {
     double bytes = 0;         ///< that one of our runs reads and writes
     std::vector<Contender> ours;
     Agreement agreement = {};
+    std::function<std::string()> remark = {};  ///< a line for the table, measured last; may be empty
 };
 
 /// The cases of the program. A case's images live only while it is measured.
@@ -67,6 +68,7 @@ private:
 void addBoxFilterCases(Comparisons& comparisons);
 void addMorphologyCases(Comparisons& comparisons);
 void addGaussianFilterCases(Comparisons& comparisons);
+void addCrossCorrelationCases(Comparisons& comparisons);
 void addConvolutionCases(Comparisons& comparisons);
 void addTransferCases(Comparisons& comparisons);
 void addConversionCases(Comparisons& comparisons);

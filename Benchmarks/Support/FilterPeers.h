@@ -25,4 +25,9 @@ Peers morphologyPeers(const std::shared_ptr<HostImage>& image, MorphologyOperati
 /// @param kernelSize  odd, along each axis.
 Peers gaussianPeers(const std::shared_ptr<HostImage>& volume, double sigma, unsigned kernelSize);
 
+/// The template at each place where it lies wholly in the image: the plain correlation, or that less the template's
+/// mean. Images of uint8 and float.
+Peers matchTemplatePeers(const std::shared_ptr<HostImage>& image, const std::shared_ptr<HostImage>& pattern,
+                         bool removesMean);
+
 }  // namespace zel::bench

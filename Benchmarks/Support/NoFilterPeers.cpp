@@ -14,4 +14,8 @@ Peers gaussianPeers(const std::shared_ptr<HostImage>&, double, unsigned) {
     return {};
 }
 
+Peers matchTemplatePeers(const std::shared_ptr<HostImage>&, const std::shared_ptr<HostImage>&, bool) {
+    return {};
+}
+
 }  // namespace zel::bench

@@ -105,4 +105,17 @@ Peers gaussianPeers(const std::shared_ptr<HostImage>& volume, double sigma, unsi
     return peers;
 }
 
+Peers matchTemplatePeers(const std::shared_ptr<HostImage>& image, const std::shared_ptr<HostImage>& pattern,
+                         bool removesMean) {
+    cv::setNumThreads(2);
+    const auto scores = std::make_shared<cv::Mat>(dimension(*image, 1) - dimension(*pattern, 1) + 1,
+                                                  dimension(*image, 0) - dimension(*pattern, 0) + 1, CV_32FC1);
+    return {{"cv::matchTemplate",
+             [=] {
+                 cv::matchTemplate(sliceOf(*image, 0), sliceOf(*pattern, 0), *scores,
+                                   removesMean ? cv::TM_CCOEFF : cv::TM_CCORR);
+             },
+             nullptr}};
+}
+
 }  // namespace zel::bench

@@ -83,8 +83,21 @@ void TableReporter::Finalize() {
     for (const Row& row : rows_) {
         if (!row.isPeer()) printRow(row, peer);
     }
+    printPeers();
     std::fflush(stdout);
     rows_.clear();
+}
+
+void TableReporter::printPeers() const {
+    if (std::count_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.isPeer(); }) < 2) return;
+    std::string text;
+    for (const Row& row : rows_) {
+        if (!row.isPeer()) continue;
+        char time[32];
+        std::snprintf(time, sizeof time, " %.3f", median(row.milliseconds));
+        text += (text.empty() ? "  peers: " : ", ") + row.name.substr(peerMark.size()) + time;
+    }
+    std::puts(text.c_str());
 }
 
 void TableReporter::printRow(const Row& row, const Row* peer) const {

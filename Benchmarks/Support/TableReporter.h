@@ -42,6 +42,8 @@ private:
         bool isPeer() const { return name.starts_with(peerMark); }
     };
 
+    /// All of them, where there are several.
+    void printPeers() const;
     void printRow(const Row& row, const Row* peer) const;
 
     benchmark::JSONReporter json_;
