@@ -96,6 +96,25 @@ TEST(NonLocalMeansFaultsTest, RefusedCallsAreReportedAndNothingIsLeft) {
         expectRefusalsReported<std::exception>(run, call, 23);
 }
 
+// The filter resets the device only where no call of Thrust meets the failure first.
+TEST(NonLocalMeansFaultsTest, AFailedDeviceEndsTheRunAndTheNextOneIsRightAfterAReset) {
+    SmallRun run({20, 16, 1});
+    const std::vector<float> expected = run.result();
+    for (const char* const call : {"cudaLaunchKernelEx", "cudaMalloc", "thrust::reduce"}) {
+        host::resetCallCounts();
+        run.result();
+        const std::uint64_t count = host::callCount(call);
+        for (std::uint64_t nth = 1; nth <= count; nth += 41) {
+            host::injectFault({.call = call, .nth = nth, .kind = host::FaultKind::failed});
+            EXPECT_THROW(run.result(), std::exception) << call << ", call " << nth;
+            host::clearFault();
+            EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
+            EXPECT_EQ(host::deviceUse().liveBytes, 0U);
+            EXPECT_EQ(run.result(), expected);
+        }
+    }
+}
+
 TEST(NonLocalMeansFaultsTest, PassesUnderEveryTestMode) {
     SmallRun run({30, 20, 3});
     const std::vector<float> expected = run.result();
