@@ -53,6 +53,7 @@ std::string stagesText(Run& run, bool removesMeans) {
         text += part;
         if (!stages[i].isTransform) outside += best[i];
     }
+    if (removesMeans) return text;  // local means have transforms of their own
     char share[64];
     std::snprintf(share, sizeof share, "; outside the transforms %.0f %%", 100 * outside / bestTotal);
     return text + share;
