@@ -1,12 +1,13 @@
 #include <nppi_filtering_functions.h>
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
 #include "Calls/VendorCall.h"
 #include "Device/Allocations.h"
 #include "Device/Streams.h"
-#include "Npp/Median/MirroredKeys.h"
+#include "Npp/Median/MedianByNetwork.h"
 #include "host_runtime/Parallel.h"
 
 namespace zel::host {
@@ -32,7 +33,32 @@ NppStatus findBufferBytes(NppiSize roi, NppiSize mask, Npp32u& bytes) {
 }
 
 template <typename Pixel>
-void filterMedian(const MedianJob<Pixel>& job) {
+void copyPixels(const MedianJob<Pixel>& job) {
+    parallelFor(static_cast<std::size_t>(job.roi.height), 64, [&](std::size_t begin, std::size_t end) {
+        for (auto y = static_cast<std::ptrdiff_t>(begin); y < static_cast<std::ptrdiff_t>(end); ++y)
+            std::copy_n(job.srcRow(job.offset.y + y - job.anchor.y) + job.offset.x, job.roi.width, job.dstRow(y));
+    });
+}
+
+/// Deals rows of tiles to the threads. What a thread reads beyond its own rows is a window.
+template <typename Pixel>
+void filterByNetwork(const MedianJob<Pixel>& job) {
+    using Key = typename MedianOrder<Pixel>::Key;
+    const auto network = MedianNetwork::of(job.mask, job.roi.width, sizeof(Key));
+    const std::ptrdiff_t tileHeight = network->tile().height;
+    const std::ptrdiff_t tileRows = (job.roi.height + tileHeight - 1) / tileHeight;
+    const std::ptrdiff_t grain = std::max<std::ptrdiff_t>(job.mask.height / tileHeight, 1);
+    parallelFor(
+        static_cast<std::size_t>(tileRows), static_cast<std::size_t>(grain), [&](std::size_t begin, std::size_t end) {
+            MedianByNetwork<Pixel>(job, *network)
+                .filter(static_cast<std::ptrdiff_t>(begin) * tileHeight,
+                        std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(end) * tileHeight, job.roi.height));
+        });
+}
+
+/// For masks beyond all networks.
+template <typename Pixel>
+void filterBySelection(const MedianJob<Pixel>& job) {
     using Key = typename MedianOrder<Pixel>::Key;
     const std::ptrdiff_t stride = job.reachedWidth();
     const auto maskPixels = static_cast<std::size_t>(std::ptrdiff_t{job.mask.width} * job.mask.height);
@@ -49,6 +75,14 @@ void filterMedian(const MedianJob<Pixel>& job) {
             }
         }
     });
+}
+
+template <typename Pixel>
+void filterMedian(const MedianJob<Pixel>& job) {
+    if (job.mask.width == 1 && job.mask.height == 1) return copyPixels(job);
+    constexpr std::ptrdiff_t maxNetworkPixels = 63 * 63;
+    const bool hasNetwork = std::ptrdiff_t{job.mask.width} * job.mask.height <= maxNetworkPixels;
+    return hasNetwork ? filterByNetwork(job) : filterBySelection(job);
 }
 
 template <typename Pixel>
