@@ -1,5 +1,8 @@
 #include "FindPositionMaxiamalIntensity.h"
 
+#include <limits>
+#include <type_traits>
+
 #include "BlockRow.h"
 #include "FoldEntries.h"
 #include "RowReduction.h"
@@ -8,6 +11,10 @@
 namespace zel::cuda {
 
 namespace {
+
+/// Of a column: as wide as a pixel, which SIMD wants of all that meets in a choice.
+template <typename T>
+using Position = std::conditional_t<sizeof(T) == sizeof(std::int32_t), std::int32_t, std::int64_t>;
 
 struct PositionRules {
     template <typename To, typename From>
@@ -40,20 +47,23 @@ __global__ void findPositionMaximalIntensityKernel(const T* image, unsigned long
     const T* const row = blockRow(image, pitch);
     const std::uint64_t y = blockIdx.x;
     forEachLane([=](const auto lane) {
-        auto minimum = lane.fill(DBL_MAX), maximum = lane.fill(-DBL_MAX);
-        auto position = lane.fill(std::int64_t{-1});
+        // Pixels compare as the doubles that they become. An infinity that nothing was found beyond is a record's
+        // neutral value; beyond the other infinity there is nothing to find.
+        constexpr T infinity = std::numeric_limits<T>::infinity();
+        auto minimum = lane.fill(infinity), maximum = lane.fill(-infinity);
+        auto position = lane.fill(Position<T>{0});
         lane.eachColumn(width, [&](unsigned int i, std::uint64_t x) {
-            const double value = row[x];
-            // Positions ascend, so the maximum of them keeps the last one taken: SIMD likes that better than a choice.
-            const std::int64_t taken = value > maximum[i] ? static_cast<std::int64_t>(x) : -1;
-            position[i] = taken > position[i] ? taken : position[i];
-            minimum[i] = value < minimum[i] ? value : minimum[i];
-            maximum[i] = value > maximum[i] ? value : maximum[i];
+            const T value = row[x], low = minimum[i], high = maximum[i];
+            // Positions ascend, so the largest one is the one taken last.
+            const Position<T> last = position[i], taken = value > high ? static_cast<Position<T>>(x) : 0;
+            position[i] = taken > last ? taken : last;
+            minimum[i] = choose(value < low, value, low);
+            maximum[i] = choose(value > high, value, high);
         });
         lane.each([&](unsigned int i, unsigned int t) {
-            const bool any = position[i] >= 0;
-            allSharedPositionInfo[t] = {any ? static_cast<std::uint64_t>(position[i]) : 0, any ? y : 0, minimum[i],
-                                        maximum[i]};
+            const bool found = maximum[i] > -DBL_MAX;
+            allSharedPositionInfo[t] = {found ? static_cast<std::uint64_t>(position[i]) : 0, found ? y : 0,
+                                        minimum[i] < DBL_MAX ? minimum[i] : DBL_MAX, found ? maximum[i] : -DBL_MAX};
         });
     });
     foldEntries<PositionRules>(allSharedPositionInfo, entries, counter);

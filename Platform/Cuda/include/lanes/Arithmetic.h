@@ -24,4 +24,9 @@ __device__ __forceinline__ float keepIf(bool keep, float value) {
     return keep ? value : 0.0f;
 }
 
+template <class T>
+__device__ __forceinline__ T choose(bool first, T a, T b) {
+    return first ? a : b;
+}
+
 }  // namespace zel::cuda

@@ -58,4 +58,14 @@ __forceinline__ float keepIf(bool keep, float value) {
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(value) & (0u - static_cast<std::uint32_t>(keep)));
 }
 
+/// a where `first` is true, else b. For running extrema: there the plain choice becomes a store behind a branch.
+__forceinline__ float choose(bool first, float a, float b) {
+    const std::uint32_t mask = 0u - static_cast<std::uint32_t>(first);
+    return std::bit_cast<float>((std::bit_cast<std::uint32_t>(a) & mask) | (std::bit_cast<std::uint32_t>(b) & ~mask));
+}
+__forceinline__ double choose(bool first, double a, double b) {
+    const std::uint64_t mask = 0u - static_cast<std::uint64_t>(first);
+    return std::bit_cast<double>((std::bit_cast<std::uint64_t>(a) & mask) | (std::bit_cast<std::uint64_t>(b) & ~mask));
+}
+
 }  // namespace zel::cuda

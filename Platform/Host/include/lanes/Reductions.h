@@ -10,7 +10,7 @@
 // summed in which order, and which of equal values wins, depends on them. The block has one dimension.
 namespace zel::cuda {
 
-/// `lanes` adjacent lanes of a block, at most `count_`, and with WholeLanes just as many.
+/// Adjacent lanes of a block: `count` of them, or where not `whole`, fewer.
 template <unsigned int count, bool whole>
 class LaneBundle {
 public:
@@ -50,12 +50,15 @@ private:
     unsigned int first_, lanes_;
 };
 
+/// As many lanes as the values that kernels gather for them fit into registers.
+inline constexpr unsigned int laneBundle = 32;
+
 /// Calls body(lane) for the lanes of the block, in bundles. The body is generic: bundles come in two types.
 template <class Body>
 __forceinline__ void forEachLane(Body body) {
     unsigned int lane = 0;
-    for (; lane + largeBundle <= blockDim.x; lane += largeBundle) body(LaneBundle<largeBundle, true>(lane));
-    if (lane < blockDim.x) body(LaneBundle<largeBundle, false>(lane, blockDim.x - lane));
+    for (; lane + laneBundle <= blockDim.x; lane += laneBundle) body(LaneBundle<laneBundle, true>(lane));
+    if (lane < blockDim.x) body(LaneBundle<laneBundle, false>(lane, blockDim.x - lane));
 }
 
 }  // namespace zel::cuda
