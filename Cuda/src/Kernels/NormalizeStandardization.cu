@@ -22,7 +22,7 @@ __device__ __forceinline__ T standardizedLocally(T pixel, T mean, T meanSquare) 
     constexpr double smallestDeviation = 1e-6;
     const auto variance = static_cast<double>(meanSquare - mean * mean);
     const double deviation = variance < smallestVariance ? smallestDeviation : std::sqrt(variance);
-    return static_cast<T>(static_cast<double>(pixel - mean) / deviation);
+    return standardized<T>(pixel, mean, deviation);
 }
 
 }  // namespace
