@@ -6,14 +6,17 @@
 #include <vector>
 
 #include "Commands/Commands.h"
+#include "Commands/CrossCorrelationCommand.h"
 #include "Commands/FilterCommand.h"
 #include "Demo/ContactSheet.h"
 #include "Demo/DemoCases.h"
 #include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "Runs/Description.h"
 #include "System/ErrorText.h"
 #include "System/Output.h"
+#include "zel/ImageModelSizeProxy.h"
 
 namespace zel::tool {
 
@@ -26,6 +29,7 @@ struct DemoResult {
     std::string parameters{};
     RunReport report{};
     std::string file{};
+    std::string pattern{};  ///< the file of the template of a search
 };
 
 /// The case's command, with its parameters parsed as those of a command line are.
@@ -93,6 +97,27 @@ private:
             writeImageFile(results.back().file, output);
             sheet.add(output, demo.title(" "));
         }
+        for (const DemoSearch& search : section.searches) runSearch(subject, input, search, sheet, results);
+    }
+
+    void runSearch(const DemoSubject& subject, const HostImage& input, const DemoSearch& search, ContactSheet& sheet,
+                   std::vector<DemoResult>& results) const {
+        HostImage pattern(input.getDataType(), {search.width, search.height});
+        copyVoxels(ImageModelSizeProxy(&input, search.left, search.width, search.top, search.height, 0, 1, 0, 1, 0, 1),
+                   pattern);
+        CrossCorrelationCommand command;
+        CLI::App parser;
+        command.addParameters(parser);
+        parser.parse(search.parameters);
+        const Match match = command.search(input, pattern, options_);
+        const std::string scores = inFolder(subject.prefix + command.name() + ".npy");
+        const std::string patternFile = fileOf(subject, "template");
+        results.push_back({subject.name, command.name(), search.parameters, match.report, scores, patternFile});
+        writeImageFile(patternFile, pattern);
+        writeImageFile(scores, match.scores);
+        writeImageFile(fileOf(subject, command.name() + "-marked"), match.marked);
+        sheet.add(match.scores, command.name());
+        sheet.add(match.marked, "template found");
     }
 
     void report(const std::vector<DemoResult>& results) const {
@@ -105,6 +130,7 @@ private:
                                 {"seconds", result.report.seconds},
                                 {"steps", result.report.steps},
                                 {"file", result.file}});
+                if (!result.pattern.empty()) list.back()["template"] = result.pattern;
             }
             printJson({{"results", list}, {"contactSheet", inFolder(sheetFile)}});
         } else if (!options_.isQuiet) {

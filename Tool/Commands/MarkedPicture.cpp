@@ -42,8 +42,10 @@ HostImage markedPicture(const ImageModel& image, const MatchSpan& alongX, const 
     HostImage picture(VoxelTypes::uint8, {width, height});
     std::transform(values.begin(), values.end(), static_cast<std::uint8_t*>(picture.data()),
                    [&](double value) { return static_cast<std::uint8_t>((value - black) * scale + 0.5); });
-    outline(picture, alongX, alongY, 1, 0);
-    outline(picture, alongX, alongY, 0, 255);
+    // Thick enough to be seen when a large picture is shown at a smaller size.
+    const long thickness = std::max(1L, static_cast<long>(std::min(width, height) / 256));
+    for (long inset = 2 * thickness - 1; inset >= 0; --inset)
+        outline(picture, alongX, alongY, inset, inset < thickness ? 255 : 0);
     return picture;
 }
 

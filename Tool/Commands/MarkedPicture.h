@@ -10,7 +10,7 @@ struct MatchSpan {
 };
 
 /// The first slice of an image as uint8, its smallest value black and its largest white, with a rectangle outlined: a
-/// white line around a black one. What leaves the image is cut off.
+/// white line around a black one, thicker on large images. What leaves the image is cut off.
 HostImage markedPicture(const ImageModel& image, const MatchSpan& alongX, const MatchSpan& alongY);
 
 }  // namespace zel::tool

@@ -27,6 +27,9 @@ std::vector<DemoSection> demoSections() {
              {"opening", "--radius 5 --neighborhood diamond", "diamond"},
              {"closing", "--radius 3 --neighborhood square", "square"},
              {"closing", "--radius 5 --neighborhood diamond", "diamond"},
+         },
+         {
+             {"--mode mean-removed", 356, 98, 64, 60},  // the middle of the rings
          }},
         {{"volume", "volume-", ".tif", makeDemoVolume},
          {

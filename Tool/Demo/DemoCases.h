@@ -25,9 +25,16 @@ struct DemoCase {
     std::string title(const char* separator) const;
 };
 
+/// A search for a part of a subject: a command line without files.
+struct DemoSearch {
+    const char* parameters;
+    std::size_t left, top, width, height;  ///< of the part
+};
+
 struct DemoSection {
     DemoSubject subject;
     std::vector<DemoCase> cases;
+    std::vector<DemoSearch> searches{};
 };
 
 /// Everything that the demonstration shows, in its order.
