@@ -216,6 +216,36 @@ TEST(ValidationTest, ChecksTheGaussianFilter) {
                                  " is of type float64; it must have the type of inputImage, float32");
 }
 
+TEST(ValidationTest, ChecksTheCrossCorrelation) {
+    using Correlation = CudaCrossCorrelation2d;
+    for (const VoxelTypes type : allVoxelTypes) {
+        HostImage image(type, {6, 5}), pattern(type, {6, 5}), scores(f32, {6, 5});
+        Valid<Correlation> valid(type);
+        valid.algorithm.inputTemplate = &pattern;
+        valid.algorithm.outputImage = &scores;
+        EXPECT_EQ(valid.refusal().empty(), !isComplex(type)) << voxelTypeName(type);
+    }
+    HostImage pattern(u8, {6, 5}), wide(u8, {7, 1}), empty(u8, {0, 1}), deep(u8, {1, 1, 2}), scores(f32, {6, 5}),
+        asU8(u8, {6, 5}), over(u8, {6, 5}, scores.data());
+    Valid<Correlation> valid;
+    valid.algorithm.outputImage = &scores;
+    EXPECT_EQ(valid.refusal(), "inputTemplate is missing; an image is needed");
+    valid.algorithm.inputTemplate = &pattern;
+    const auto part = &Correlation::inputTemplate;
+    valid.takes(part, &valid.input);
+    valid.refuses(part, &wide, " is 7 x 1 x 1; it must be no larger than inputImage, 6 x 5 x 1");
+    valid.refuses(part, &empty, " has 0 elements along x; an image must have at least 1");
+    valid.refuses(part, &deep, " has 2 elements along z; a 2D algorithm takes 1; run it slice by slice");
+    valid.refuses(part, &scores, " is of type float32; it must have the type of inputImage, uint8");
+    valid.refuses(&Correlation::outputImage, &asU8, " is of type uint8; the type must be one of float32");
+    valid.algorithm.inputTemplate = &over;
+    EXPECT_EQ(valid.refusal(), "outputImage shares memory with inputTemplate; it must be another image");
+    valid.algorithm.inputTemplate = &pattern;
+    valid.takes(&Correlation::correlationMode, 7);
+    valid.algorithm.tilingMode = 1;
+    valid.refuses(&Correlation::tileSize, {4, 0}, " is (4, 0); with tilingMode 1 each component must be at least 1");
+}
+
 TEST(ValidationTest, ChecksTemplateAndMask) {
     HostImage mask(u8, {3, 3, 3}), spaced(u8, {3, 3, 3}), otherMask(u8, {3, 3, 2}), large(f32, {3, 9, 3});
     spaced.setSpacing(1, 2);
