@@ -218,12 +218,13 @@ TEST(ValidationTest, ChecksTheGaussianFilter) {
 
 TEST(ValidationTest, ChecksTheCrossCorrelation) {
     using Correlation = CudaCrossCorrelation2d;
+    constexpr std::array taken{u8, u16, u32, s8, s16, s32, f32, f64};
     for (const VoxelTypes type : allVoxelTypes) {
-        HostImage image(type, {6, 5}), pattern(type, {6, 5}), scores(f32, {6, 5});
+        HostImage pattern(type, {6, 5}), scores(f32, {6, 5});
         Valid<Correlation> valid(type);
         valid.algorithm.inputTemplate = &pattern;
         valid.algorithm.outputImage = &scores;
-        EXPECT_EQ(valid.refusal().empty(), !isComplex(type)) << voxelTypeName(type);
+        EXPECT_EQ(valid.refusal().empty(), std::ranges::find(taken, type) != taken.end()) << voxelTypeName(type);
     }
     HostImage pattern(u8, {6, 5}), wide(u8, {7, 1}), empty(u8, {0, 1}), deep(u8, {1, 1, 2}), scores(f32, {6, 5}),
         asU8(u8, {6, 5}), over(u8, {6, 5}, scores.data());
