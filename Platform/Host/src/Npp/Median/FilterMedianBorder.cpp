@@ -7,7 +7,9 @@
 #include "Calls/VendorCall.h"
 #include "Device/Allocations.h"
 #include "Device/Streams.h"
+#include "Npp/Median/FixedNetwork.h"
 #include "Npp/Median/MedianByNetwork.h"
+#include "Npp/Median/MedianNetwork.h"
 #include "host_runtime/Parallel.h"
 
 namespace zel::host {
@@ -41,19 +43,31 @@ void copyPixels(const MedianJob<Pixel>& job) {
 }
 
 /// Deals rows of tiles to the threads. What a thread reads beyond its own rows is a window.
+template <typename Pixel, typename Run>
+void runNetwork(const MedianJob<Pixel>& job, const NetworkLayout& layout, const Run& run) {
+    const std::ptrdiff_t tileHeight = layout.tile.height;
+    const std::ptrdiff_t tileRows = (job.roi.height + tileHeight - 1) / tileHeight;
+    const std::ptrdiff_t grain = std::max<std::ptrdiff_t>(4 * job.mask.height / tileHeight, 16);
+    parallelFor(
+        static_cast<std::size_t>(tileRows), static_cast<std::size_t>(grain), [&](std::size_t begin, std::size_t end) {
+            const auto top = static_cast<std::ptrdiff_t>(begin) * tileHeight;
+            const auto bottom = static_cast<std::ptrdiff_t>(end) * tileHeight;
+            MedianByNetwork<Pixel, Run>(job, layout, run).filter(top, std::min<std::ptrdiff_t>(bottom, job.roi.height));
+        });
+}
+
+template <int side, typename Pixel>
+void filterByFixedNetwork(const MedianJob<Pixel>& job) {
+    using Network = FixedNetwork<typename MedianOrder<Pixel>::Key, NppiSize{side, side}, NppiSize{2, 2}>;
+    runNetwork(job, Network::layout, Network::run);
+}
+
 template <typename Pixel>
 void filterByNetwork(const MedianJob<Pixel>& job) {
     using Key = typename MedianOrder<Pixel>::Key;
     const auto network = MedianNetwork::of(job.mask, job.roi.width, sizeof(Key));
-    const std::ptrdiff_t tileHeight = network->tile().height;
-    const std::ptrdiff_t tileRows = (job.roi.height + tileHeight - 1) / tileHeight;
-    const std::ptrdiff_t grain = std::max<std::ptrdiff_t>(job.mask.height / tileHeight, 1);
-    parallelFor(
-        static_cast<std::size_t>(tileRows), static_cast<std::size_t>(grain), [&](std::size_t begin, std::size_t end) {
-            MedianByNetwork<Pixel>(job, *network)
-                .filter(static_cast<std::ptrdiff_t>(begin) * tileHeight,
-                        std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(end) * tileHeight, job.roi.height));
-        });
+    runNetwork(job, network->layout,
+               [&](std::byte* memory, std::ptrdiff_t columns) { network->template run<Key>(memory, columns); });
 }
 
 /// For masks beyond all networks.
@@ -80,6 +94,8 @@ void filterBySelection(const MedianJob<Pixel>& job) {
 template <typename Pixel>
 void filterMedian(const MedianJob<Pixel>& job) {
     if (job.mask.width == 1 && job.mask.height == 1) return copyPixels(job);
+    if (job.mask.width == job.mask.height && job.mask.width == 3) return filterByFixedNetwork<3>(job);
+    if (job.mask.width == job.mask.height && job.mask.width == 5) return filterByFixedNetwork<5>(job);
     constexpr std::ptrdiff_t maxNetworkPixels = 63 * 63;
     const bool hasNetwork = std::ptrdiff_t{job.mask.width} * job.mask.height <= maxNetworkPixels;
     return hasNetwork ? filterByNetwork(job) : filterBySelection(job);

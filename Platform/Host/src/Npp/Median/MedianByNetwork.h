@@ -4,56 +4,63 @@
 #include <cstring>
 
 #include "Npp/Common/WorkBuffer.h"
-#include "Npp/Median/MedianNetwork.h"
 #include "Npp/Median/MirroredKeys.h"
+#include "Npp/Median/NetworkLayout.h"
 
 namespace zel::host {
 
 /// Medians of windows up to some thirty pixels wide: by a network of minima and maxima.
-template <typename Pixel>
+///
+/// @tparam Run  run(memory, columns) carries the network out, see FixedNetwork and MedianNetwork.
+template <typename Pixel, typename Run>
 class MedianByNetwork {
 public:
-    MedianByNetwork(const MedianJob<Pixel>& job, const MedianNetwork& network)
+    MedianByNetwork(const MedianJob<Pixel>& job, const NetworkLayout& layout, const Run& run)
         : job_(job),
-          network_(network),
-          tile_(network.tile()),
-          buffer_(WorkBuffer::bytesFor<std::byte>(network.bytes()) + WorkBuffer::bytesFor<Key>(lineLength())),
-          memory_(buffer_.template take<std::byte>(network.bytes())),
+          layout_(layout),
+          run_(run),
+          buffer_(WorkBuffer::bytesFor<std::byte>(layout.bytes) + WorkBuffer::bytesFor<Key>(lineLength())),
+          memory_(buffer_.template take<std::byte>(layout.bytes)),
           line_(buffer_.template take<Key>(lineLength())) {}
 
     /// Output rows [begin, end).
     void filter(std::ptrdiff_t begin, std::ptrdiff_t end) {
-        for (std::ptrdiff_t left = 0; left < job_.roi.width; left += network_.stripWidth()) {
-            filterStrip(begin, end, left, std::min<std::ptrdiff_t>(network_.stripWidth(), job_.roi.width - left));
-        }
+        const std::ptrdiff_t maxWidth = layout_.maxColumnsOut();
+        for (std::ptrdiff_t left = 0; left < job_.roi.width; left += maxWidth)
+            filterStrip(begin, end, left, std::min<std::ptrdiff_t>(maxWidth, job_.roi.width - left));
     }
 
 private:
     using Key = typename MedianOrder<Pixel>::Key;
 
-    std::size_t lineLength() const { return static_cast<std::size_t>(network_.rowStride()); }
-    Key* row(std::ptrdiff_t j) const { return reinterpret_cast<Key*>(memory_) + j * network_.rowStride(); }
+    std::size_t lineLength() const { return static_cast<std::size_t>(layout_.rowStride) / sizeof(Key); }
 
     void filterStrip(std::ptrdiff_t begin, std::ptrdiff_t end, std::ptrdiff_t left, std::ptrdiff_t width) {
-        const std::ptrdiff_t shared = network_.rows() - tile_.height;  // rows that the next row of tiles reaches too
-        for (std::ptrdiff_t j = 0; j < shared; ++j) readRow(begin + j, left, width, j);
-        for (std::ptrdiff_t top = begin; top < end; top += tile_.height) {
-            for (std::ptrdiff_t j = 0; j < tile_.height; ++j) {
-                const std::ptrdiff_t last = job_.reachedHeight() - 1;  // below the region tiles see any row
-                readRow(std::min(top + shared + j, last), left, width, shared + j);
+        const std::ptrdiff_t height = layout_.tile.height;
+        const std::ptrdiff_t shared = layout_.rows() - height;  // rows that the next row of tiles reaches too
+        for (std::ptrdiff_t j = 0; j < shared; ++j) readRow(begin + j, left, width, memory_ + j * layout_.rowStride);
+        std::ptrdiff_t tileRow = 0;
+        for (std::ptrdiff_t top = begin; top < end; top += height, ++tileRow) {
+            if (tileRow == layout_.tileRows()) {
+                const std::byte* const rows = memory_ + tileRow * height * layout_.rowStride;
+                std::memmove(memory_, rows, static_cast<std::size_t>(shared * layout_.rowStride));
+                tileRow = 0;
             }
-            network_.template run<Key>(memory_, width);
-            for (std::ptrdiff_t j = 0; j < std::min<std::ptrdiff_t>(tile_.height, end - top); ++j)
-                writeRow(j, job_.dstRow(top + j) + left, width);
-            std::memmove(row(0), row(tile_.height),
-                         static_cast<std::size_t>(shared * network_.rowStride()) * sizeof(Key));
+            std::byte* const memory = memory_ + tileRow * height * layout_.rowStride;
+            for (std::ptrdiff_t j = shared; j < layout_.rows(); ++j) {
+                const std::ptrdiff_t last = job_.reachedHeight() - 1;  // below the region tiles see any row
+                readRow(std::min(top + j, last), left, width, memory + j * layout_.rowStride);
+            }
+            run_(memory, width);
+            for (std::ptrdiff_t j = 0; j < std::min(height, end - top); ++j)
+                writeRow(memory + layout_.medianAddress(j * layout_.tile.width), job_.dstRow(top + j) + left, width);
         }
     }
 
     /// Calls body with the tile's width as a constant.
     template <typename Body>
     void withTileWidth(const Body& body) const {
-        switch (tile_.width) {
+        switch (layout_.tile.width) {
             case 1:
                 return body(std::integral_constant<std::ptrdiff_t, 1>());
             case 2:
@@ -67,14 +74,14 @@ private:
         }
     }
 
-    /// Row y of the pixels under the windows, as row j of the network's memory.
-    void readRow(std::ptrdiff_t y, std::ptrdiff_t left, std::ptrdiff_t width, std::ptrdiff_t j) const {
+    /// Reads row y of the pixels under the windows into its planes.
+    void readRow(std::ptrdiff_t y, std::ptrdiff_t left, std::ptrdiff_t width, std::byte* row) const {
         const std::ptrdiff_t count = width + job_.mask.width - 1;
         job_.readKeys(y, left, count, line_);
         withTileWidth([&](auto planes) {
-            Key* __restrict const to = row(j);
+            Key* __restrict const to = reinterpret_cast<Key*>(row);
             const Key* __restrict const from = line_;
-            const std::ptrdiff_t stride = network_.planeStride();
+            const std::ptrdiff_t stride = layout_.planeStride / layout_.keyBytes;
             const std::ptrdiff_t length = (count + planes - 1) / planes;
 #pragma omp simd
             for (std::ptrdiff_t i = 0; i < length; ++i)
@@ -82,12 +89,11 @@ private:
         });
     }
 
-    void writeRow(std::ptrdiff_t j, Pixel* dst, std::ptrdiff_t width) const {
+    void writeRow(const std::byte* medians, Pixel* dst, std::ptrdiff_t width) const {
         withTileWidth([&](auto planes) {
-            const std::ptrdiff_t stride = network_.medianStride();
-            const Key* __restrict const from =
-                reinterpret_cast<const Key*>(memory_ + network_.medians()) + j * planes * stride;
+            const Key* __restrict const from = reinterpret_cast<const Key*>(medians);
             Key* __restrict const to = line_;
+            const std::ptrdiff_t stride = layout_.medianStride / layout_.keyBytes;
             const std::ptrdiff_t length = (width + planes - 1) / planes;
 #pragma omp simd
             for (std::ptrdiff_t i = 0; i < length; ++i)
@@ -97,8 +103,8 @@ private:
     }
 
     const MedianJob<Pixel>& job_;
-    const MedianNetwork& network_;
-    NppiSize tile_;
+    const NetworkLayout& layout_;
+    const Run& run_;
     WorkBuffer buffer_;
     std::byte* memory_;
     Key* line_;

@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "Npp/Median/MinMaxGraph.h"
+#include "Npp/Median/NetworkLayout.h"
 
 namespace zel::host {
 
@@ -15,7 +17,7 @@ namespace zel::host {
 /// from lanes to lanes, so that inputs, intermediate values and results move with it.
 class MinMaxProgram {
 public:
-    static constexpr std::ptrdiff_t laneBytes = 64;
+    static constexpr std::ptrdiff_t laneBytes = NetworkLayout::registerBytes;
     using Address = std::int32_t;
 
     MinMaxProgram() = default;
