@@ -20,6 +20,7 @@ int measureCases(const std::string& filter, std::ostream& json) {
     addMorphologyCases(comparisons);
     addGaussianFilterCases(comparisons);
     addCrossCorrelationCases(comparisons);
+    addCorrelationAccuracyCases(comparisons);
     addConvolutionCases(comparisons);
     addTransferCases(comparisons);
     addConversionCases(comparisons);

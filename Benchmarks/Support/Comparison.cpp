@@ -42,9 +42,11 @@ std::size_t Comparisons::run(const std::regex& filter, TableReporter& reporter) 
         checkPeers(name, comparison);
         for (const Contender& contender : comparison.ours) enlist(name, contender, comparison.bytes);
         for (const Peer& peer : comparison.peers) enlist(name, {peerMark + peer.name, peer.run}, comparison.bytes);
-        reporter.begin(name);
-        benchmark::RunSpecifiedBenchmarks(&reporter, ".");
-        benchmark::ClearRegisteredBenchmarks();
+        if (!comparison.ours.empty()) {
+            reporter.begin(name);
+            benchmark::RunSpecifiedBenchmarks(&reporter, ".");
+            benchmark::ClearRegisteredBenchmarks();
+        }
         if (comparison.remark) std::puts(comparison.remark().c_str());
         ++measured;
     }

@@ -35,9 +35,9 @@ struct Agreement {
 
 /// A piece of work, our ways to do it, and what they are measured against.
 struct Comparison {
-    std::vector<Peer> peers;  ///< the fastest one counts; empty where there is none
-    double bytes = 0;         ///< that one of our runs reads and writes
-    std::vector<Contender> ours;
+    std::vector<Peer> peers;      ///< the fastest one counts; empty where there is none
+    double bytes = 0;             ///< that one of our runs reads and writes
+    std::vector<Contender> ours;  ///< none where the remark is all
     Agreement agreement = {};
     std::function<std::string()> remark = {};  ///< a line for the table, measured last; may be empty
 };
@@ -69,6 +69,7 @@ void addBoxFilterCases(Comparisons& comparisons);
 void addMorphologyCases(Comparisons& comparisons);
 void addGaussianFilterCases(Comparisons& comparisons);
 void addCrossCorrelationCases(Comparisons& comparisons);
+void addCorrelationAccuracyCases(Comparisons& comparisons);
 void addConvolutionCases(Comparisons& comparisons);
 void addTransferCases(Comparisons& comparisons);
 void addConversionCases(Comparisons& comparisons);
