@@ -53,11 +53,21 @@ struct FilterRun {
     Filter filter;
 };
 
+/// The image that a filter makes; the first where it makes several.
+template <typename Filter>
+auto& outputOf(Filter& filter) {
+    if constexpr (requires { filter.outputScoreImage; }) {
+        return filter.outputScoreImage;
+    } else {
+        return filter.outputImage;
+    }
+}
+
 /// What a run gives.
 template <typename T, typename Run>
 std::vector<T> resultOf(Run&& run) {
     run.filter.run();
-    return readAll<T>(*run.filter.outputImage.get());
+    return readAll<T>(*outputOf(run.filter).get());
 }
 
 /// Counts what a run reports, and cancels it when so many steps are done.

@@ -7,6 +7,10 @@
 
 namespace zel::test {
 
+inline std::shared_ptr<const tarnway::DataFrameView> tableOf(std::vector<tarnway::DataFrameView::Column> columns) {
+    return std::make_shared<const tarnway::DataFrameView>(std::move(columns));
+}
+
 /// A template matching with its images in place. Add a mask, a filter or a table to `filter`; run it as often as you
 /// like.
 struct MatchingRun {

@@ -3,6 +3,7 @@
 #include "BoxFilterRun.h"
 #include "CrossCorrelationRun.h"
 #include "GaussianFilterRun.h"
+#include "MatchingRun.h"
 #include "MedianFilterRun.h"
 #include "MorphologyRun.h"
 #include "RunChecks.h"
@@ -73,14 +74,31 @@ struct SmallCrossCorrelation : CrossCorrelationRun {
         : CrossCorrelationRun(image, randomImage<float>({3, 2}, 9), 1, placement) {}
 };
 
+/// A template as it is, and turned with its mask.
+struct SmallTemplateMatching : MatchingRun {
+    using Tile = Vector3<unsigned>;
+    using Pixel = float;
+    static constexpr ImageSize size{9, 7, 6};
+    static constexpr Tile tile{8, 20, 20};
+    static constexpr std::uint64_t passes = 1;
+    static constexpr auto work = "cufftExecR2C";
+    static inline const HostImage pattern = randomImage<float>({3, 3, 2}, 9);
+
+    SmallTemplateMatching(HostImage& image, const Placement3d& placement)
+        : MatchingRun(image, pattern, VoxelTypes::uint8, placement) {
+        filter.transformationTable = tableOf({{"phi", {0, 0.5}}});
+    }
+};
+
 /// Those that the tile driver runs, with a step for each upload, pass and download.
 using DrivenFilterRuns = ::testing::Types<SmallBoxFilter, SmallMedianFilter, SquareErosion, DiamondOpening,
                                           DiamondClosing, Gaussian, FlatGaussian>;
 
 template <typename... Runs>
-auto withCrossCorrelation(::testing::Types<Runs...>) -> ::testing::Types<Runs..., SmallCrossCorrelation>;
+auto withCorrelations(::testing::Types<Runs...>)
+    -> ::testing::Types<Runs..., SmallCrossCorrelation, SmallTemplateMatching>;
 /// All of them.
-using SmallFilterRuns = decltype(withCrossCorrelation(DrivenFilterRuns{}));
+using SmallFilterRuns = decltype(withCorrelations(DrivenFilterRuns{}));
 
 /// A typed test over them.
 template <typename Filter>

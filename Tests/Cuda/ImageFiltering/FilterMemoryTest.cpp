@@ -6,6 +6,7 @@
 #include "CrossCorrelationRun.h"
 #include "DeviceChecks.h"
 #include "GaussianFilterRun.h"
+#include "MatchingRun.h"
 #include "MorphologyRun.h"
 
 using namespace zel;
@@ -97,6 +98,39 @@ TEST(CrossCorrelationMemoryTest, IsThatOfPaddedImagesAndSpectra) {
         EXPECT_LE(peak(0, {true, true, tile}), padded(125, 81) + 3 * spectrum(125, 81) + reduction);
         EXPECT_LE(peak(1, {true, true, tile}),
                   2 * padded(125, 81) + 3 * spectrum(125, 81) + 2 * padded(128, 125) + 3 * spectrum(128, 125));
+    };
+    peaks.operator()<float, float>();
+    peaks.operator()<std::uint8_t, float>();
+    peaks.operator()<double, double>();
+}
+
+// Seven real volumes and five half spectra of the padded size, the work area that the plans share, and what the host
+// sends and takes back: template, scores, rows.
+TEST(MatchingMemoryTest, IsThatOfPaddedVolumesAndSpectra) {
+    const auto peaks = [&]<typename T, typename R>() {
+        HostImage image = randomImage<T>({40, 30, 20}, 2);
+        const HostImage pattern = randomImage<T>({8, 6, 5}, 3);
+        const HostImage ones = randomImage<std::uint8_t>({8, 6, 5}, 4);
+        HostImage filter(VoxelTypes::float32, {12, 11, 6});
+        const auto peak = [&](const Placement3d& placement, bool filtered) {
+            MatchingRun run(image, pattern, VoxelTypes::uint16, placement);
+            run.filter.inputMask = &ones;
+            if (filtered) run.filter.frequencyFilter = &filter;
+            return peakBytesOf(run);
+        };
+        const auto padded = [](std::uint64_t nx, std::uint64_t ny, std::uint64_t nz) {
+            const std::uint64_t spectrum = (nx / 2 + 1) * ny * nz * 2 * sizeof(R);
+            return 7 * nx * ny * nz * sizeof(R) + 5 * spectrum + spectrum;
+        };
+        constexpr std::uint64_t templateBytes = 8 * 6 * 5 * sizeof(T), outputs = sizeof(float) + 2;
+        EXPECT_EQ(peak({true, true}, false), padded(47, 35, 24) + templateBytes);
+        EXPECT_EQ(peak({false, false}, false), padded(47, 35, 24) + templateBytes + outputs * 40 * 30 * 20);
+        // Of the box: the filter, its product, a real volume, and two plans' own work.
+        EXPECT_EQ(peak({true, true}, true) - peak({true, true}, false),
+                  8 * 6 * 5 * sizeof(R) + 4 * 5 * 6 * 5 * 2 * sizeof(R));
+        constexpr std::uint64_t reduction = 2048;
+        EXPECT_LE(peak({false, false, {20, 16, 14}}, false),
+                  padded(20, 16, 14) + templateBytes + outputs * 20 * 16 * 14 + reduction);
     };
     peaks.operator()<float, float>();
     peaks.operator()<std::uint8_t, float>();

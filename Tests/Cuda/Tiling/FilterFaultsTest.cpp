@@ -21,7 +21,9 @@ TYPED_TEST(FilterFaultsTest, SynchronisesAtEachStepAndMakesOneStreamAtMost) {
         host::resetCallCounts();
         StepWatch watch;
         run.filter.run(&watch);
-        EXPECT_GE(host::callCount("cudaDeviceSynchronize"), watch.total);
+        // Of a matching's steps some are the host's alone.
+        constexpr bool isMatching = std::is_same_v<TypeParam, SmallTemplateMatching>;
+        EXPECT_GE(host::callCount("cudaDeviceSynchronize"), isMatching ? watch.total / 3 : watch.total);
         EXPECT_EQ(host::callCount("cudaStreamCreate"), 1U);
         CallersStream callers;
         run.filter.cudaContext = &callers.context;
@@ -66,11 +68,14 @@ TYPED_TEST(FilterFaultsTest, ReportsEachRefusedCallAndLeavesNothing) {
                                    "cufftSetAutoAllocation",
                                    "cufftSetStream",
                                    "cufftGetSize2d",
+                                   "cufftGetSize3d",
                                    "cufftSetWorkArea",
                                    "cufftMakePlan2d",
+                                   "cufftMakePlan3d",
                                    "cufftExecR2C",
-                                   "cufftExecC2R",
-                                   "cufftDestroy"};
+                                   "cufftExecC2R"};
+    // A matching's plans go with their owner, which cannot raise an error.
+    if constexpr (!std::is_same_v<TypeParam, SmallTemplateMatching>) calls.push_back("cufftDestroy");
     if constexpr (TypeParam::passes == 1) {  // a Gaussian's launches go unchecked
         calls.insert(calls.end(), {"cudaLaunchKernelEx", TypeParam::work, "nppiDilate3x3Border_8u_C1R_Ctx",
                                    "nppiDilateBorder_16u_C1R_Ctx", "nppiErodeBorder_32f_C1R_Ctx"});

@@ -41,7 +41,7 @@ TYPED_TEST(FilterLawsTest, GoesFromImagesOfAnyKindToImagesOfAnyKind) {
             for (ImageModel* const target : images.all()) {
                 if (target == source) continue;
                 run.filter.inputImage = source;
-                run.filter.outputImage = target;
+                outputOf(run.filter) = target;
                 EXPECT_EQ(resultOf<T>(run), expected);
                 copyRows(this->image_, *target);
             }
