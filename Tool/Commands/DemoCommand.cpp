@@ -8,6 +8,7 @@
 #include "Commands/Commands.h"
 #include "Commands/CrossCorrelationCommand.h"
 #include "Commands/FilterCommand.h"
+#include "Commands/TemplateMatchingCommand.h"
 #include "Demo/ContactSheet.h"
 #include "Demo/DemoCases.h"
 #include "ImageFiles/Common/FileError.h"
@@ -30,6 +31,7 @@ struct DemoResult {
     RunReport report{};
     std::string file{};
     std::string pattern{};  ///< the file of the template of a search
+    std::string index{};    ///< the file of its second result
 };
 
 /// The case's command, with its parameters parsed as those of a command line are.
@@ -102,18 +104,44 @@ private:
 
     void runSearch(const DemoSubject& subject, const HostImage& input, const DemoSearch& search, ContactSheet& sheet,
                    std::vector<DemoResult>& results) const {
-        HostImage pattern(input.getDataType(), {search.width, search.height});
-        copyVoxels(ImageModelSizeProxy(&input, search.left, search.width, search.top, search.height, 0, 1, 0, 1, 0, 1),
+        HostImage pattern(input.getDataType(), {search.width, search.height, search.depth});
+        copyVoxels(ImageModelSizeProxy(&input, search.left, search.width, search.top, search.height, search.front,
+                                       search.depth, 0, 1, 0, 1),
                    pattern);
+        writeImageFile(fileOf(subject, "template"), pattern);
+        if (search.depth == 1) {
+            correlate(subject, input, pattern, search, sheet, results);
+        } else {
+            match(subject, input, pattern, sheet, results);
+        }
+    }
+
+    void match(const DemoSubject& subject, const HostImage& input, const HostImage& pattern, ContactSheet& sheet,
+               std::vector<DemoResult>& results) const {
+        TemplateMatchingCommand command;
+        const MatchingResult found = command.search(input, pattern, VoxelTypes::uint8, options_);
+        const std::string name = inFolder(subject.prefix + command.name());
+        results.push_back({.subject = subject.name,
+                           .command = command.name(),
+                           .report = found.report,
+                           .file = name + ".npy",
+                           .pattern = fileOf(subject, "template"),
+                           .index = name + "-rows.npy"});
+        writeImageFile(results.back().file, found.score);
+        writeImageFile(results.back().index, found.index);
+        sheet.add(found.score, command.name());
+    }
+
+    void correlate(const DemoSubject& subject, const HostImage& input, const HostImage& pattern,
+                   const DemoSearch& search, ContactSheet& sheet, std::vector<DemoResult>& results) const {
         CrossCorrelationCommand command;
         CLI::App parser;
         command.addParameters(parser);
         parser.parse(search.parameters);
         const Match match = command.search(input, pattern, options_);
         const std::string scores = inFolder(subject.prefix + command.name() + ".npy");
-        const std::string patternFile = fileOf(subject, "template");
-        results.push_back({subject.name, command.name(), search.parameters, match.report, scores, patternFile});
-        writeImageFile(patternFile, pattern);
+        results.push_back(
+            {subject.name, command.name(), search.parameters, match.report, scores, fileOf(subject, "template")});
         writeImageFile(scores, match.scores);
         writeImageFile(fileOf(subject, command.name() + "-marked"), match.marked);
         sheet.add(match.scores, command.name());
@@ -131,6 +159,7 @@ private:
                                 {"steps", result.report.steps},
                                 {"file", result.file}});
                 if (!result.pattern.empty()) list.back()["template"] = result.pattern;
+                if (!result.index.empty()) list.back()["index"] = result.index;
             }
             printJson({{"results", list}, {"contactSheet", inFolder(sheetFile)}});
         } else if (!options_.isQuiet) {
@@ -147,7 +176,7 @@ private:
 
     static void printRow(const std::array<std::string, 6>& cells) {
         std::array<char, 128> start{};
-        std::snprintf(start.data(), start.size(), "%-8s %-16s %-34s %9s %6s  ", cells[0].c_str(), cells[1].c_str(),
+        std::snprintf(start.data(), start.size(), "%-8s %-17s %-34s %9s %6s  ", cells[0].c_str(), cells[1].c_str(),
                       cells[2].c_str(), cells[3].c_str(), cells[4].c_str());
         printLine(start.data() + cells[5]);
     }

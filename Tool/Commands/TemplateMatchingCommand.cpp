@@ -1,6 +1,6 @@
+#include "Commands/TemplateMatchingCommand.h"
+
 #include <chrono>
-#include <limits>
-#include <optional>
 #include <stdexcept>
 
 #include "Commands/Commands.h"
@@ -16,7 +16,6 @@
 #include "Runs/VoxelTypeOption.h"
 #include "System/Output.h"
 #include "Tables/TableFile.h"
-#include "zel/algorithms/CudaTemplateMatching3d.h"
 
 namespace zel::tool {
 
@@ -28,147 +27,127 @@ VoxelTypes indexTypeFor(std::size_t rows) {
     return rows <= 65536 ? VoxelTypes::uint16 : VoxelTypes::uint32;
 }
 
-class TemplateMatchingCommand final : public Command {
-public:
-    std::string name() const override { return "template-matching"; }
-    std::string description() const override { return "Find a template in a volume under a table of rotations"; }
-
-    void addOptions(CLI::App& app) override {
-        app.add_option("INPUT", inputPath_, "Volume to search: " + imageFileExtensions())->required()->type_name("");
-        app.add_option("TEMPLATE", templatePath_, "What to search for; brought to the input's voxel type")
-            ->required()
-            ->type_name("");
-        app.add_option("SCORE", scorePath_, "Best score of each voxel, -1 to 1, float32")->required()->type_name("");
-        app.add_option("INDEX", indexPath_, "Number of the row that gave it, from 0 on")->required()->type_name("");
-        app.add_option("--mask", maskPath_, "Weights of the template's voxels, of its size; those above 0 count")
-            ->type_name("MASK");
-        addPropertyFlag(app, "--mask-follows-transformation", "Turn the mask with the template",
-                        algorithm_.maskFollowsTransformation);
-        app.add_option("--frequency-filter", filterPath_, "Filter for every template, as zel frequency-filter makes it")
-            ->type_name("FILTER");
-        app.add_option("--table", tablePath_, "Rows of phi, theta, psi (radians), scaleX, scaleY, scaleZ")
-            ->type_name("ROWS.csv");
-        addVoxelTypeOption(app,
-                           {.name = "--index-type",
-                            .values = "TYPE",
-                            .description = "Voxel type of INDEX: uint8, uint16 or uint32",
-                            .defaultText = "the smallest that the rows fit in"},
-                           indexType_);
-        options_.addTo(app);
-        app.footer(
-            "Without a mask all of the template counts. A template in a file without voxel size (NPY, PNG) has the "
-            "input's.");
+/// An image that takes the other's voxel size where its file cannot hold one.
+HostImage readAsPartner(const std::string& path, const ImageModel& other) {
+    HostImage image = readImageFile(path);
+    const std::string format = imageFormatName(path);
+    if (format == "NPY" || format == "PNG") {
+        for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, other.getSpacing(axis));
     }
-
-    int run() override {
-        options_.apply();
-        checkWritable(scorePath_);
-        checkWritable(indexPath_);
-        if (scorePath_ == indexPath_) throw std::runtime_error("SCORE and INDEX are the same file, " + scorePath_);
-        const HostImage input = readImageFile(inputPath_);
-        HostImage templateImage = readAsPartner(templatePath_, input);
-        if (templateImage.getDataType() != input.getDataType()) {
-            templateImage = convertVoxels(templateImage, input.getDataType());
-        }
-        algorithm_.inputTemplate = &templateImage;
-        std::optional<HostImage> mask;
-        std::optional<HostImage> filter;
-        if (!maskPath_.empty()) algorithm_.inputMask = &mask.emplace(readAsPartner(maskPath_, templateImage));
-        if (!filterPath_.empty()) algorithm_.frequencyFilter = &filter.emplace(readImageFile(filterPath_));
-        std::size_t rows = 1;
-        if (!tablePath_.empty()) {
-            const auto table = std::make_shared<const tarnway::DataFrameView>(readTableFile(tablePath_));
-            rows = table->shape()[1];
-            algorithm_.transformationTable = table;
-        }
-        const VoxelTypes indexType = checkedIndexType(rows);
-        checkWritable(scorePath_, VoxelTypes::float32, imageSizeOf(input));
-        checkWritable(indexPath_, indexType, imageSizeOf(input));
-        HostImage score = makeImageLike(input, VoxelTypes::float32);
-        HostImage index = makeImageLike(input, indexType);
-        const RunReport report = match(input, score, index);
-        writeImageFile(scorePath_, score);
-        writeImageFile(indexPath_, index);
-        print(score, report, rows);
-        return 0;
-    }
-
-private:
-    /// An image that takes the other's voxel size where its file cannot hold one.
-    static HostImage readAsPartner(const std::string& path, const ImageModel& other) {
-        HostImage image = readImageFile(path);
-        const std::string format = imageFormatName(path);
-        if (format == "NPY" || format == "PNG") {
-            for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, other.getSpacing(axis));
-        }
-        return image;
-    }
-
-    VoxelTypes checkedIndexType(std::size_t rows) const {
-        const VoxelTypes fitting = indexTypeFor(rows);
-        if (!indexType_) return fitting;
-        const std::string name(voxelTypeName(*indexType_));
-        if (*indexType_ != VoxelTypes::uint8 && *indexType_ != VoxelTypes::uint16 &&
-            *indexType_ != VoxelTypes::uint32) {
-            throw std::runtime_error("--index-type is " + name + ", but takes uint8, uint16 or uint32");
-        }
-        if (*indexType_ >= fitting) return *indexType_;
-        throw std::runtime_error("--index-type " + name + " is too small for " + std::to_string(rows) + " rows; take " +
-                                 std::string(voxelTypeName(fitting)));
-    }
-
-    RunReport match(const HostImage& input, HostImage& score, HostImage& index) {
-        const PlacedImages placed(options_.placement, input, score, index);
-        algorithm_.inputImage = &placed.input();
-        algorithm_.outputScoreImage = &placed.score();
-        algorithm_.outputIndexImage = &placed.index();
-        if (options_.tile) {
-            algorithm_.tilingMode = 1;
-            setTile(algorithm_.tileSize, *options_.tile, input);
-        }
-        const CancelOnInterrupt cancelOnInterrupt(algorithm_);
-        ProgressBar bar(options_.isQuiet, 1);
-        RunReport report;
-        const auto start = std::chrono::steady_clock::now();
-        algorithm_.run(&bar);
-        report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        bar.finishRun();
-        report.steps = bar.steps();
-        placed.copyResults(score, index);
-        return report;
-    }
-
-    void print(const ImageModel& score, const RunReport& report, std::size_t rows) const {
-        const ImageSize size = imageSizeOf(score);
-        if (options_.isJson) {
-            printJson({{"algorithm", name()},
-                       {"input", inputPath_},
-                       {"template", templatePath_},
-                       {"score", scorePath_},
-                       {"index", indexPath_},
-                       {"size", sizeToJson(size)},
-                       {"rows", rows},
-                       {"seconds", report.seconds},
-                       {"steps", report.steps}});
-        } else if (!options_.isQuiet) {
-            printLine(scorePath_ + ", " + indexPath_ + ": " + toText(size) + ", " + std::to_string(rows) +
-                      (rows == 1 ? " row, " : " rows, ") + secondsToText(report.seconds) + " s");
-        }
-    }
-
-    cuda::CudaTemplateMatching3d algorithm_;
-    std::string inputPath_;
-    std::string templatePath_;
-    std::string scorePath_;
-    std::string indexPath_;
-    std::string maskPath_;
-    std::string filterPath_;
-    std::string tablePath_;
-    std::optional<VoxelTypes> indexType_;
-    RunOptions options_;
-};
+    return image;
+}
 
 }  // namespace
+
+void TemplateMatchingCommand::addOptions(CLI::App& app) {
+    app.add_option("INPUT", inputPath_, "Volume to search: " + imageFileExtensions())->required()->type_name("");
+    app.add_option("TEMPLATE", templatePath_, "What to search for; brought to the input's voxel type")
+        ->required()
+        ->type_name("");
+    app.add_option("SCORE", scorePath_, "Best score of each voxel, -1 to 1, float32")->required()->type_name("");
+    app.add_option("INDEX", indexPath_, "Number of the row that gave it, from 0 on")->required()->type_name("");
+    app.add_option("--mask", maskPath_, "Weights of the template's voxels, of its size; those above 0 count")
+        ->type_name("MASK");
+    addPropertyFlag(app, "--mask-follows-transformation", "Turn the mask with the template",
+                    algorithm_.maskFollowsTransformation);
+    app.add_option("--frequency-filter", filterPath_, "Filter for every template, as zel frequency-filter makes it")
+        ->type_name("FILTER");
+    app.add_option("--table", tablePath_, "Rows of phi, theta, psi (radians), scaleX, scaleY, scaleZ")
+        ->type_name("ROWS.csv");
+    addVoxelTypeOption(app,
+                       {.name = "--index-type",
+                        .values = "TYPE",
+                        .description = "Voxel type of INDEX: uint8, uint16 or uint32",
+                        .defaultText = "the smallest that the rows fit in"},
+                       indexType_);
+    options_.addTo(app);
+    app.footer(
+        "Without a mask all of the template counts. A template in a file without voxel size (NPY, PNG) has the "
+        "input's.");
+}
+
+int TemplateMatchingCommand::run() {
+    options_.apply();
+    checkWritable(scorePath_);
+    checkWritable(indexPath_);
+    if (scorePath_ == indexPath_) throw std::runtime_error("SCORE and INDEX are the same file, " + scorePath_);
+    const HostImage input = readImageFile(inputPath_);
+    HostImage templateImage = readAsPartner(templatePath_, input);
+    if (templateImage.getDataType() != input.getDataType()) {
+        templateImage = convertVoxels(templateImage, input.getDataType());
+    }
+    std::optional<HostImage> mask;
+    std::optional<HostImage> filter;
+    if (!maskPath_.empty()) algorithm_.inputMask = &mask.emplace(readAsPartner(maskPath_, templateImage));
+    if (!filterPath_.empty()) algorithm_.frequencyFilter = &filter.emplace(readImageFile(filterPath_));
+    std::size_t rows = 1;
+    if (!tablePath_.empty()) {
+        const auto table = std::make_shared<const tarnway::DataFrameView>(readTableFile(tablePath_));
+        rows = table->shape()[1];
+        algorithm_.transformationTable = table;
+    }
+    const VoxelTypes indexType = checkedIndexType(rows);
+    checkWritable(scorePath_, VoxelTypes::float32, imageSizeOf(input));
+    checkWritable(indexPath_, indexType, imageSizeOf(input));
+    const MatchingResult result = search(input, templateImage, indexType, options_);
+    writeImageFile(scorePath_, result.score);
+    writeImageFile(indexPath_, result.index);
+    print(result, rows);
+    return 0;
+}
+
+VoxelTypes TemplateMatchingCommand::checkedIndexType(std::size_t rows) const {
+    const VoxelTypes fitting = indexTypeFor(rows);
+    if (!indexType_) return fitting;
+    const std::string name(voxelTypeName(*indexType_));
+    if (*indexType_ != VoxelTypes::uint8 && *indexType_ != VoxelTypes::uint16 && *indexType_ != VoxelTypes::uint32) {
+        throw std::runtime_error("--index-type is " + name + ", but takes uint8, uint16 or uint32");
+    }
+    if (*indexType_ >= fitting) return *indexType_;
+    throw std::runtime_error("--index-type " + name + " is too small for " + std::to_string(rows) + " rows; take " +
+                             std::string(voxelTypeName(fitting)));
+}
+
+MatchingResult TemplateMatchingCommand::search(const HostImage& input, const HostImage& pattern, VoxelTypes indexType,
+                                               const RunOptions& options) {
+    MatchingResult result{makeImageLike(input, VoxelTypes::float32), makeImageLike(input, indexType), {}};
+    algorithm_.inputTemplate = &pattern;
+    const PlacedImages placed(options.placement, input, result.score, result.index);
+    algorithm_.inputImage = &placed.input();
+    algorithm_.outputScoreImage = &placed.score();
+    algorithm_.outputIndexImage = &placed.index();
+    if (options.tile) {
+        algorithm_.tilingMode = 1;
+        setTile(algorithm_.tileSize, *options.tile, input);
+    }
+    const CancelOnInterrupt cancelOnInterrupt(algorithm_);
+    ProgressBar bar(options.isQuiet, 1);
+    const auto start = std::chrono::steady_clock::now();
+    algorithm_.run(&bar);
+    result.report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    bar.finishRun();
+    result.report.steps = bar.steps();
+    placed.copyResults(result.score, result.index);
+    return result;
+}
+
+void TemplateMatchingCommand::print(const MatchingResult& result, std::size_t rows) const {
+    const ImageSize size = imageSizeOf(result.score);
+    if (options_.isJson) {
+        printJson({{"algorithm", name()},
+                   {"input", inputPath_},
+                   {"template", templatePath_},
+                   {"score", scorePath_},
+                   {"index", indexPath_},
+                   {"size", sizeToJson(size)},
+                   {"rows", rows},
+                   {"seconds", result.report.seconds},
+                   {"steps", result.report.steps}});
+    } else if (!options_.isQuiet) {
+        printLine(scorePath_ + ", " + indexPath_ + ": " + toText(size) + ", " + std::to_string(rows) +
+                  (rows == 1 ? " row, " : " rows, ") + secondsToText(result.report.seconds) + " s");
+    }
+}
 
 std::unique_ptr<Command> makeTemplateMatchingCommand() {
     return std::make_unique<TemplateMatchingCommand>();

@@ -38,6 +38,9 @@ std::vector<DemoSection> demoSections() {
              {"gaussian-filter", "--sigma 1.5,1.5,1.5"},
              {"non-local-means", "--range-sigma 0.2"},
              {"opening", "--radius 2 --neighborhood square", "square"},
+         },
+         {
+             {"", 22, 66, 20, 20, 9, 20},  // a piece of the rod
          }},
     };
 }

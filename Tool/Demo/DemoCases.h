@@ -25,10 +25,12 @@ struct DemoCase {
     std::string title(const char* separator) const;
 };
 
-/// A search for a part of a subject: a command line without files.
+/// A search for a part of a subject: a command line without files. Pictures are searched by cross-correlation, volumes
+/// by template matching.
 struct DemoSearch {
     const char* parameters;
     std::size_t left, top, width, height;  ///< of the part
+    std::size_t front = 0, depth = 1;
 };
 
 struct DemoSection {

@@ -1,6 +1,7 @@
 #include "Runs/RunOptions.h"
 
 #include <cuda_runtime.h>
+#include <oneapi/tbb/global_control.h>
 
 #include <cstdlib>
 #include <stdexcept>
@@ -80,8 +81,12 @@ void RunOptions::addTo(CLI::App& app, bool withTiles) {
 }
 
 void RunOptions::apply() const {
-    // The host platform reads its environment when it is first used.
-    if (threads_ != 0) setenv("ZEL_HOST_THREADS", std::to_string(threads_).c_str(), 1);
+    if (threads_ != 0) {
+        // The host platform reads its environment when it is first used; the core's own loops are TBB's.
+        setenv("ZEL_HOST_THREADS", std::to_string(threads_).c_str(), 1);
+        using oneapi::tbb::global_control;
+        static const global_control limit(global_control::max_allowed_parallelism, threads_);
+    }
     if (device) selectDevice(*device);
 }
 

@@ -64,7 +64,8 @@ TEST_F(CommandsTest, DemoWritesWhatItsCommandLinesWrite) {
         }
         SCOPED_TRACE(row.dump());
         const std::string output = "out" + file.substr(file.find('.')), searched = row.value("template", "");
-        ASSERT_EQ(zel(command + " " + input + " " + searched + " " + output + " " + parameters).exitCode, 0);
+        const std::string more = row.contains("index") ? " index.npy " : " ";
+        ASSERT_EQ(zel(command + " " + input + " " + searched + " " + output + more + parameters).exitCode, 0);
         EXPECT_TRUE(folder.read(file) == folder.read(output));
     }
     EXPECT_EQ(differentFiles.size(), demo["results"].size());
