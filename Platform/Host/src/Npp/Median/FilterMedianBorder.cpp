@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <limits>
-#include <vector>
 
 #include "Calls/VendorCall.h"
 #include "Device/Allocations.h"
 #include "Device/Streams.h"
 #include "Npp/Median/FixedNetwork.h"
+#include "Npp/Median/MedianByHistograms.h"
 #include "Npp/Median/MedianByNetwork.h"
+#include "Npp/Median/MedianByRanks.h"
 #include "Npp/Median/MedianNetwork.h"
 #include "host_runtime/Parallel.h"
 
@@ -19,10 +20,15 @@ bool isOdd(NppiSize mask) {
     return mask.width % 2 == 1 && mask.height % 2 == 1;
 }
 
+/// Whether the work buffer is used: for the source as far as the masks reach.
+bool needsBuffer(NppiSize mask) {
+    return mask.width > 7 || mask.height > 7;
+}
+
 /// Sets `bytes` to the work buffer's size for a region and an odd mask.
 template <typename Pixel>
 NppStatus findBufferBytes(NppiSize roi, NppiSize mask, Npp32u& bytes) {
-    if (mask.width <= 7 && mask.height <= 7) {
+    if (!needsBuffer(mask)) {
         bytes = 0;
         return NPP_SUCCESS;
     }
@@ -70,35 +76,56 @@ void filterByNetwork(const MedianJob<Pixel>& job) {
                [&](std::byte* memory, std::ptrdiff_t columns) { network->template run<Key>(memory, columns); });
 }
 
-/// For masks beyond all networks.
-template <typename Pixel>
-void filterBySelection(const MedianJob<Pixel>& job) {
-    using Key = typename MedianOrder<Pixel>::Key;
-    const std::ptrdiff_t stride = job.reachedWidth();
-    const auto maskPixels = static_cast<std::size_t>(std::ptrdiff_t{job.mask.width} * job.mask.height);
-    parallelFor(static_cast<std::size_t>(job.roi.height), 1, [&](std::size_t begin, std::size_t end) {
-        std::vector<Key> rows(static_cast<std::size_t>(stride * job.mask.height)), window(maskPixels);
-        for (auto y = static_cast<std::ptrdiff_t>(begin); y < static_cast<std::ptrdiff_t>(end); ++y) {
-            for (std::ptrdiff_t j = 0; j < job.mask.height; ++j) job.readKeys(y + j, 0, stride, &rows[j * stride]);
-            for (std::ptrdiff_t x = 0; x < job.roi.width; ++x) {
-                for (std::ptrdiff_t j = 0; j < job.mask.height; ++j)
-                    std::copy_n(&rows[j * stride + x], job.mask.width, &window[j * job.mask.width]);
-                const auto middle = window.begin() + static_cast<std::ptrdiff_t>(maskPixels / 2);
-                std::nth_element(window.begin(), middle, window.end());
-                job.dstRow(y)[x] = MedianOrder<Pixel>::pixelOf(*middle);
-            }
-        }
+template <typename Count>
+void filterByHistograms(const MedianJob<Npp8u>& job) {
+    const std::ptrdiff_t grain = std::max(4 * job.mask.height, 64);
+    parallelFor(static_cast<std::size_t>(job.roi.height), static_cast<std::size_t>(grain),
+                [&](std::size_t begin, std::size_t end) {
+                    MedianByHistograms<Count>(job).filter(static_cast<std::ptrdiff_t>(begin),
+                                                          static_cast<std::ptrdiff_t>(end));
+                });
+}
+
+template <typename Count, typename Coordinate, typename Pixel>
+void filterByRanks(const MedianJob<Pixel>& job, const RankTiles& across, const RankTiles& down) {
+    parallelFor(static_cast<std::size_t>(across.count * down.count), 1, [&](std::size_t begin, std::size_t end) {
+        MedianByRanks<Pixel, Count, Coordinate> tiles(job, across, down);
+        for (auto i = static_cast<std::ptrdiff_t>(begin); i < static_cast<std::ptrdiff_t>(end); ++i)
+            tiles.filterTile(i % across.count, i / across.count);
     });
+}
+
+/// The method whose cost does not depend on the mask.
+template <typename Pixel>
+void filterByCounting(const MedianJob<Pixel>& job) {
+    const std::ptrdiff_t maskPixels = std::ptrdiff_t{job.mask.width} * job.mask.height;
+    const bool isSmall = maskPixels <= std::numeric_limits<std::uint16_t>::max();
+    if constexpr (sizeof(Pixel) == 1) {
+        return isSmall ? filterByHistograms<std::uint16_t>(job) : filterByHistograms<std::uint32_t>(job);
+    } else {
+        const RankTiles across(job.roi.width, job.mask.width), down(job.roi.height, job.mask.height);
+        const std::ptrdiff_t side = std::max(across.reached, down.reached);
+        if (isSmall && side <= 256) return filterByRanks<std::uint16_t, std::uint8_t>(job, across, down);
+        if (side <= 65536) return filterByRanks<std::uint32_t, std::uint16_t>(job, across, down);
+        return filterByRanks<std::uint32_t, std::uint32_t>(job, across, down);
+    }
 }
 
 template <typename Pixel>
 void filterMedian(const MedianJob<Pixel>& job) {
-    if (job.mask.width == 1 && job.mask.height == 1) return copyPixels(job);
-    if (job.mask.width == job.mask.height && job.mask.width == 3) return filterByFixedNetwork<3>(job);
-    if (job.mask.width == job.mask.height && job.mask.width == 5) return filterByFixedNetwork<5>(job);
-    constexpr std::ptrdiff_t maxNetworkPixels = 63 * 63;
-    const bool hasNetwork = std::ptrdiff_t{job.mask.width} * job.mask.height <= maxNetworkPixels;
-    return hasNetwork ? filterByNetwork(job) : filterBySelection(job);
+    const auto [width, height] = job.mask;
+    if (width == 1 && height == 1) return copyPixels(job);
+    if (width == 3 && height == 3) return filterByFixedNetwork<3>(job);
+    if (width == 5 && height == 5) return filterByFixedNetwork<5>(job);
+    if (needsBuffer(job.mask)) {
+        parallelFor(static_cast<std::size_t>(job.reachedHeight()), 64, [&](std::size_t begin, std::size_t end) {
+            job.mirrorRows(static_cast<std::ptrdiff_t>(begin), static_cast<std::ptrdiff_t>(end));
+        });
+    }
+    // From here on counting is faster. Measured, see Docs/median-filter.md.
+    constexpr std::ptrdiff_t maxSide = sizeof(Pixel) == 1 ? 19 : sizeof(Pixel) == 2 ? 37 : 25;
+    if (std::ptrdiff_t{width} * height <= maxSide * maxSide) return filterByNetwork(job);
+    filterByCounting(job);
 }
 
 template <typename Pixel>
@@ -113,7 +140,7 @@ NppStatus filterMedianBorder(const char* name, const FilterArguments& arguments,
             if (!isDeviceRange(buffer, bytes)) return NPP_INVALID_DEVICE_POINTER_ERROR;
             if (reinterpret_cast<std::uintptr_t>(buffer) % sizeof(Pixel) != 0) return NPP_ALIGNMENT_ERROR;
         }
-        enqueue(stream, [job = MedianJob<Pixel>(arguments)] { filterMedian(job); });
+        enqueue(stream, [job = MedianJob<Pixel>(arguments, bytes == 0 ? nullptr : buffer)] { filterMedian(job); });
         return NPP_SUCCESS;
     });
 }

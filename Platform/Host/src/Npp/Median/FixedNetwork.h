@@ -130,14 +130,16 @@ public:
         const std::ptrdiff_t tiles = (columns + tile.width - 1) / tile.width;
         for (std::ptrdiff_t byte = 0; byte < layout.rowStride; byte += NetworkLayout::registerBytes) {
             detail::StraightCode<&detail::taskOfColumn<layout.coreRows()>>::template run<Lanes>(
-                [&](auto j) { return loaded(memory + byte + layout.coreAddress(j)); },
-                [&](auto j, const Lanes& lanes) { store(lanes, memory + byte + layout.sortedAddress(j)); });
+                [&](auto j) __attribute__((always_inline)) { return loaded(memory + byte + layout.coreAddress(j)); },
+                [&](auto j, const Lanes& lanes)
+                    __attribute__((always_inline)) { store(lanes, memory + byte + layout.sortedAddress(j)); });
         }
         for (std::ptrdiff_t first = 0; first < tiles; first += layout.lanes()) {
             std::byte* const base = memory + first * layout.keyBytes;
             detail::StraightCode<&detail::taskOfTile<mask, tile>>::template run<Lanes>(
-                [&](auto number) { return loaded(base + layout.inputAddress(number)); },
-                [&](auto i, const Lanes& lanes) { store(lanes, base + layout.medianAddress(i)); });
+                [&](auto number) __attribute__((always_inline)) { return loaded(base + layout.inputAddress(number)); },
+                [&](auto i, const Lanes& lanes)
+                    __attribute__((always_inline)) { store(lanes, base + layout.medianAddress(i)); });
         }
     }
 
