@@ -1,65 +1,16 @@
 // The whole non-local means filter.
 
-#include <array>
 #include <cmath>
 #include <cstdlib>
-#include <numeric>
 
 #include "DocsTable.h"
 #include "ImagesOfAllKinds.h"
 #include "Messages.h"
-#include "TestImages.h"
+#include "NoisyPhantom.h"
 #include "zel/algorithms/CudaAdaptiveManifoldNlmFilter.h"
 
 namespace zel::test {
 namespace {
-
-/// Balls and boxes in front of a slope, between 40 and 220 of 255.
-std::vector<double> phantom(const ImageSize& size) {
-    std::mt19937 random(11);
-    const auto unit = [&] { return static_cast<double>(random() % 1000) / 1000; };
-    std::vector<double> values;
-    for (std::size_t i = 0; i < size.x * size.y * size.z; ++i)
-        values.push_back(60 + 60 * static_cast<double>(i % size.x) / static_cast<double>(size.x));
-    for (int shape = 0; shape < 24; ++shape) {
-        const std::array middle{unit(), unit(), size.z > 1 ? unit() : 0.0};
-        const double radius = 0.04 + 0.1 * unit(), value = 40 + 180 * unit();
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const double x = static_cast<double>(i % size.x) / static_cast<double>(size.x) - middle[0];
-            const double y = static_cast<double>(i / size.x % size.y) / static_cast<double>(size.y) - middle[1];
-            const double z = static_cast<double>(i / (size.x * size.y)) / static_cast<double>(size.z) - middle[2];
-            const bool inside = shape % 2 == 0 ? x * x + y * y + z * z < radius * radius
-                                               : std::max({std::abs(x), std::abs(y), std::abs(z)}) < radius;
-            if (inside) values[i] = value;
-        }
-    }
-    return values;
-}
-
-/// The values times `unit` with Gaussian noise, rounded where the type has whole numbers.
-template <typename T>
-HostImage noisyImage(const ImageSize& size, const std::vector<double>& values, double sigma, double unit) {
-    HostImage image(voxelTypeOf<T>, size);
-    std::mt19937 random(12);
-    std::normal_distribution<double> noise(0, sigma);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const double value = std::clamp(values[i] + noise(random), 0.0, 255.0) * unit;
-        voxels<T>(image)[i] = static_cast<T>(std::is_integral_v<T> ? std::round(value) : value);
-    }
-    return image;
-}
-
-/// Peak signal-to-noise ratio in dB.
-template <typename T>
-double psnrOf(HostImage& image, const std::vector<double>& values, double unit) {
-    double squares = 0;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        // Half a unit: filtered integers are truncated.
-        const double value = (static_cast<double>(voxels<T>(image)[i]) + (std::is_integral_v<T> ? 0.5 : 0)) / unit;
-        squares += (value - values[i]) * (value - values[i]);
-    }
-    return 10 * std::log10(255 * 255 / (squares / static_cast<double>(values.size())));
-}
 
 /// The filter on an image, from a seed.
 HostImage filtered(const HostImage& image, VoxelTypes outputType, double spatialSigma = 5, double rangeSigma = 0.2) {
