@@ -21,6 +21,7 @@ int measureCases(const std::string& filter, std::ostream& json) {
     addGaussianFilterCases(comparisons);
     addCrossCorrelationCases(comparisons);
     addCorrelationAccuracyCases(comparisons);
+    addNonLocalMeansCases(comparisons);
     addConvolutionCases(comparisons);
     addTransferCases(comparisons);
     addConversionCases(comparisons);

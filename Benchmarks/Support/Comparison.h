@@ -70,6 +70,7 @@ void addMorphologyCases(Comparisons& comparisons);
 void addGaussianFilterCases(Comparisons& comparisons);
 void addCrossCorrelationCases(Comparisons& comparisons);
 void addCorrelationAccuracyCases(Comparisons& comparisons);
+void addNonLocalMeansCases(Comparisons& comparisons);
 void addConvolutionCases(Comparisons& comparisons);
 void addTransferCases(Comparisons& comparisons);
 void addConversionCases(Comparisons& comparisons);

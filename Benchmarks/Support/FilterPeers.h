@@ -30,4 +30,8 @@ Peers gaussianPeers(const std::shared_ptr<HostImage>& volume, double sigma, unsi
 Peers matchTemplatePeers(const std::shared_ptr<HostImage>& image, const std::shared_ptr<HostImage>& pattern,
                          bool removesMean);
 
+/// Non-local means of an image of bytes: patches of 5 x 5, a window of 21 x 21.
+/// @param h  how much patches may differ; more takes out more noise.
+Peers nonLocalMeansPeers(const std::shared_ptr<HostImage>& image, float h);
+
 }  // namespace zel::bench

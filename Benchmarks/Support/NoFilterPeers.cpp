@@ -18,4 +18,8 @@ Peers matchTemplatePeers(const std::shared_ptr<HostImage>&, const std::shared_pt
     return {};
 }
 
+Peers nonLocalMeansPeers(const std::shared_ptr<HostImage>&, float) {
+    return {};
+}
+
 }  // namespace zel::bench

@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <opencv2/imgproc.hpp>
+#include <opencv2/photo.hpp>
 
 #include "FilterPeers.h"
 
@@ -116,6 +117,13 @@ Peers matchTemplatePeers(const std::shared_ptr<HostImage>& image, const std::sha
                                    removesMean ? cv::TM_CCOEFF : cv::TM_CCORR);
              },
              nullptr}};
+}
+
+Peers nonLocalMeansPeers(const std::shared_ptr<HostImage>& image, float h) {
+    return {peerOn(image, "cv::fastNlMeansDenoising", [=](HostImage& source, HostImage& result) {
+        cv::Mat target = sliceOf(result, 0);
+        cv::fastNlMeansDenoising(sliceOf(source, 0), target, h, 5, 21);
+    })};
 }
 
 }  // namespace zel::bench
