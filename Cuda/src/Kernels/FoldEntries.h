@@ -12,9 +12,8 @@ namespace zel::cuda {
 /// the block's own, in the order of the lanes. The last block to come so far folds those of all blocks into the first
 /// one, in the order of the blocks.
 ///
-/// @tparam Rules   of the kind of entry: set(to, from), fold(into, from), and isEmpty(entry), for an entry that need
-/// not
-///                 be published. They copy field by field, since volatile structures cannot be copied whole.
+/// @tparam Rules   of the kind of entry: set(to, from), fold(into, from), and isEmpty(entry), for an entry that
+///                 need not be published. They copy field by field, since volatile structures cannot be copied whole.
 /// @param counter  of the blocks that have published theirs, 0 at the launch.
 template <typename Rules, typename Entry>
 __device__ __forceinline__ void foldEntries(const Entry* laneEntries, LaneShared<Entry>* entries,

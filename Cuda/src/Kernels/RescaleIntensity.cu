@@ -64,7 +64,7 @@ void rescaleIntensity(const T* in, std::uint64_t inPitch, std::uint64_t inSliceP
             cudaLaunchKernelEx(&config, rescaleIntensityAndConvert2dKernel<double, float>, inSlice, inPitch, outSlice,
                                outPitch, width, inMin, inMax, outMin, outMax);
         } else if (inSlice == outSlice) {
-            cudaLaunchKernelEx(&config, rescaleIntensity2dInsituKernel<float>, outSlice, outPitch, width, inMin, inMax,
+            cudaLaunchKernelEx(&config, rescaleIntensity2dInsituKernel<float>, outSlice, inPitch, width, inMin, inMax,
                                outMin, outMax);
         } else {
             cudaLaunchKernelEx(&config, rescaleIntensity2dKernel<float>, inSlice, inPitch, outSlice, outPitch, width,

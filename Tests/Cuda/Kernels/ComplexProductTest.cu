@@ -1,7 +1,6 @@
 #include "Kernels/MultiplyByConjugate.h"
 #include "Kernels/MultiplyComplex.h"
 #include "Pixelwise.h"
-#include "Utilities_CUDA/OffsetBytes.h"
 
 using namespace zel::cuda;
 using namespace zel::test;
@@ -41,13 +40,11 @@ PixelwiseOperation<P> operation(Pixel<P> pixel, Part<P> scale, const Launch& lau
 template <typename... Parameters>
 auto bySlices(void (*kernel)(Parameters...)) {
     return [=](const auto& a, const auto& b, const auto& out, const VolumeSize& size) {
-        launchRowsPerSlice(size[1], size[2], nullptr, [&](const cudaLaunchConfig_t& config, std::uint64_t z) {
-            const auto slice = [=](const auto& image) { return offsetBytes(image.first, z * image.slicePitch); };
+        launchBySlices(size, [&](const cudaLaunchConfig_t& config, const auto& at) {
             if constexpr (sizeof...(Parameters) == 7)
-                cudaLaunchKernelEx(&config, kernel, slice(a), a.pitch, slice(b), b.pitch, slice(out), out.pitch,
-                                   size[0]);
+                cudaLaunchKernelEx(&config, kernel, at(a), a.pitch, at(b), b.pitch, at(out), out.pitch, size[0]);
             else
-                cudaLaunchKernelEx(&config, kernel, slice(a), a.pitch, slice(b), b.pitch, size[0]);
+                cudaLaunchKernelEx(&config, kernel, at(a), a.pitch, at(b), b.pitch, size[0]);
         });
     };
 }

@@ -8,6 +8,7 @@
 
 #include "Kernels/RowLaunch.h"
 #include "PaddedVolume.h"
+#include "Utilities_CUDA/OffsetBytes.h"
 
 // What the tests of kernels share that make a pixel of the output from the pixels at its place in the inputs.
 namespace zel::test {
@@ -40,6 +41,15 @@ struct PixelwiseOperation {
     std::function<Out(const std::vector<In>& in)> pixel;  ///< what a pixel is to become, bit for bit
     std::size_t slicePadding = 1;                         ///< rows between slices
 };
+
+/// Launches a kernel that no launcher reaches, for each slice: launch(config, at) with at(image) where its slice
+/// begins.
+template <typename Launch>
+void launchBySlices(const VolumeSize& size, const Launch& launch) {
+    cuda::launchRowsPerSlice(size[1], size[2], nullptr, [&](const cudaLaunchConfig_t& config, std::uint64_t z) {
+        launch(config, [z](const auto& image) { return cuda::offsetBytes(image.first, z * image.slicePitch); });
+    });
+}
 
 template <typename T>
 bool sameBits(const std::vector<T>& a, const std::vector<T>& b) {
