@@ -17,6 +17,7 @@ using namespace zel::bench;
 int measureCases(const std::string& filter, std::ostream& json) {
     Comparisons comparisons;
     addBoxFilterCases(comparisons);
+    addMedianFilterCases(comparisons);
     addMorphologyCases(comparisons);
     addGaussianFilterCases(comparisons);
     addCrossCorrelationCases(comparisons);

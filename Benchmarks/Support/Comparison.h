@@ -66,6 +66,7 @@ private:
 };
 
 void addBoxFilterCases(Comparisons& comparisons);
+void addMedianFilterCases(Comparisons& comparisons);
 void addMorphologyCases(Comparisons& comparisons);
 void addGaussianFilterCases(Comparisons& comparisons);
 void addCrossCorrelationCases(Comparisons& comparisons);

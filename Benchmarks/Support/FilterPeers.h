@@ -14,6 +14,10 @@ using Peers = std::vector<Peer>;
 /// The mean over the same windows with a replicated border. Means of integers are rounded to the nearest.
 Peers blurPeers(const std::shared_ptr<HostImage>& image, unsigned kernelX, unsigned kernelY);
 
+/// The median of a square, of the types and sizes that OpenCV has. At the image's edge its pixels are repeated, so that
+/// the results there are not ours.
+Peers openCvMedianPeers(const std::shared_ptr<HostImage>& image, unsigned radius);
+
 enum class MorphologyOperation { erosion, opening };
 
 /// By the square or the diamond as one mask; the diamond also by so many passes of the 3 by 3 cross.

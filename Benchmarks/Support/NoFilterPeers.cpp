@@ -6,6 +6,10 @@ Peers blurPeers(const std::shared_ptr<HostImage>&, unsigned, unsigned) {
     return {};
 }
 
+Peers openCvMedianPeers(const std::shared_ptr<HostImage>&, unsigned) {
+    return {};
+}
+
 Peers morphologyPeers(const std::shared_ptr<HostImage>&, MorphologyOperation, unsigned, bool) {
     return {};
 }

@@ -66,6 +66,16 @@ Peers blurPeers(const std::shared_ptr<HostImage>& image, unsigned kernelX, unsig
     })};
 }
 
+Peers openCvMedianPeers(const std::shared_ptr<HostImage>& image, unsigned radius) {
+    const bool hasSize = image->getDataType() == VoxelTypes::uint8 || radius <= 2;
+    if (!hasSize || image->getDataType() == VoxelTypes::int16) return {};
+    Peer peer = peerOn(image, "cv::medianBlur", [=](HostImage& source, HostImage& result) {
+        cv::Mat target = sliceOf(result, 0);
+        cv::medianBlur(sliceOf(source, 0), target, static_cast<int>(2 * radius + 1));
+    });
+    return {peer};
+}
+
 Peers morphologyPeers(const std::shared_ptr<HostImage>& image, MorphologyOperation operation, unsigned radius,
                       bool square) {
     const int type = operation == MorphologyOperation::erosion ? cv::MORPH_ERODE : cv::MORPH_OPEN;

@@ -1,6 +1,7 @@
 #include "BoxFilterRun.h"
 #include "DocsTable.h"
 #include "GaussianFilterRun.h"
+#include "MedianFilterRun.h"
 #include "MorphologyRun.h"
 
 using namespace zel;
@@ -41,11 +42,14 @@ private:
 
 TEST(DocsTest, ShowsWhatTheFiltersGive) {
     Page box("box-filter.md", "3 x 1"), morphology("morphology.md", "radius 1"),
-        gaussian("gaussian-filter.md", "sigma 0.8");
+        gaussian("gaussian-filter.md", "sigma 0.8"), median("median-filter.md", "radius 1"),
+        wideMedian("median-filter.md", "radius 2");
     box.expectNextRow(BoxFilterRun(box.image(), 3, 1, {}));
     morphology.expectNextRow(MorphologyRun<cuda::CudaErosion2d>(morphology.image(), 1, true, {}));
     morphology.expectNextRow(MorphologyRun<cuda::CudaDilation2d>(morphology.image(), 1, true, {}));
     morphology.expectNextRow(MorphologyRun<cuda::CudaOpening2d>(morphology.image(), 1, true, {}));
     morphology.expectNextRow(MorphologyRun<cuda::CudaClosing2d>(morphology.image(), 1, true, {}));
+    median.expectNextRow(MedianFilterRun(median.image(), 1, {}));
+    wideMedian.expectNextRow(MedianFilterRun(wideMedian.image(), 2, {}));
     gaussian.expectNextRow(GaussianFilterRun(gaussian.image(), VoxelTypes::uint16, {{0.8, 0, 0}, 1.5}, {}));
 }

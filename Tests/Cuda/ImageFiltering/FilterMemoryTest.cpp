@@ -7,6 +7,7 @@
 #include "DeviceChecks.h"
 #include "GaussianFilterRun.h"
 #include "MatchingRun.h"
+#include "MedianFilterRun.h"
 #include "MorphologyRun.h"
 
 using namespace zel;
@@ -20,6 +21,22 @@ TEST(BoxFilterMemoryTest, HoldsTwoBuffersAndOnlyWhatItNeeds) {
     EXPECT_EQ(peak({true, false}), 512U * 300);
     EXPECT_EQ(peak({true, true}), 0U);
     EXPECT_LE(peak({false, false, {256, 100}}), 2U * 256 * 100);
+}
+
+// The image mirrored as far as the largest tile's windows reach, besides the tile and its result.
+TEST(MedianFilterMemoryTest, HoldsOneWorkBufferForAllTiles) {
+    HostImage image = randomImage<std::uint16_t>({512, 300}, 2);
+    const auto peak = [&](unsigned radius, const Placement& placement) {
+        return peakBytesOf(MedianFilterRun(image, radius, placement));
+    };
+    EXPECT_EQ(peak(3, {true, true}), 0U);
+    EXPECT_EQ(peak(5, {true, true}), 2U * (512 + 10) * (300 + 10));
+    EXPECT_EQ(peak(5, {false, false}), 2U * (512 + 10) * (300 + 10) + 2 * 2U * 512 * 300);
+    EXPECT_LE(peak(5, {false, false, {256, 100}}), 2U * (256 + 10) * (100 + 10) + 2 * 2U * 256 * 100);
+    MedianFilterRun shrinking(image, 5, {false, false, {220, 130}});  // tiles at the far sides are smaller
+    host::resetCallCounts();
+    shrinking.filter.run();
+    EXPECT_EQ(host::callCount("cudaMalloc"), 1U);
 }
 
 TEST(MorphologyMemoryTest, IsOneScratchImageAtMost) {

@@ -123,7 +123,7 @@ void filterMedian(const MedianJob<Pixel>& job) {
         });
     }
     // From here on counting is faster. Measured, see Docs/median-filter.md.
-    constexpr std::ptrdiff_t maxSide = sizeof(Pixel) == 1 ? 19 : sizeof(Pixel) == 2 ? 37 : 25;
+    constexpr std::ptrdiff_t maxSide = sizeof(Pixel) == 1 ? 21 : sizeof(Pixel) == 2 ? 39 : 25;
     if (std::ptrdiff_t{width} * height <= maxSide * maxSide) return filterByNetwork(job);
     filterByCounting(job);
 }

@@ -1,0 +1,48 @@
+#!/usr/bin/env python3
+"""Plots what a median costs against its radius, from the "cost of median" cases of ./bench.
+
+./bench 'cost of median'
+median_cost.py build-bench/benchmarks.json Docs/median-cost.png
+
+Needs Matplotlib (Debian: python3-matplotlib).
+"""
+import json
+import re
+import statistics
+import sys
+
+import matplotlib
+
+matplotlib.use("Agg")
+import matplotlib.pyplot as plt
+
+
+def read_costs(path):
+    """Milliseconds of all repetitions, by type and radius."""
+    costs = {}
+    with open(path, encoding="utf-8") as file:
+        for run in json.load(file)["benchmarks"]:
+            name = re.match(r"cost of median (\w+) (\d+)/", run["name"])
+            if name and run.get("run_type", "iteration") == "iteration":
+                costs.setdefault(name[1], {}).setdefault(int(name[2]), []).append(run["real_time"])
+    return costs
+
+
+def main():
+    source, target = sys.argv[1:3]
+    figure, axes = plt.subplots(figsize=(7, 4.5))
+    for name, by_radius in read_costs(source).items():
+        radii = sorted(by_radius)
+        axes.plot(radii, [statistics.median(by_radius[radius]) for radius in radii], "o-", markersize=3, label=name)
+    axes.set(xscale="log", yscale="log", xlabel="radius (pixels)", ylabel="2048 x 2048 pixels, 2 threads (ms)")
+    ticks = [1, 2, 3, 5, 7, 10, 15, 20, 30, 50]
+    axes.set_xticks(ticks, [str(tick) for tick in ticks])
+    axes.minorticks_off()
+    axes.grid(alpha=0.3)
+    axes.legend()
+    figure.tight_layout()
+    figure.savefig(target, dpi=100)
+
+
+if __name__ == "__main__":
+    main()
