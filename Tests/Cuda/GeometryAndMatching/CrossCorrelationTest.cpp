@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "CrossCorrelationRun.h"
+#include "DocsTable.h"
 #include "PlainFilters.h"
 #include "RunChecks.h"
 #include "zel/ImageModelAdapter.h"
@@ -147,6 +148,27 @@ TEST(CrossCorrelationRunTest, ConstantScoresAreTheLowestAndAMeasurementMayBeMiss
     EXPECT_EQ(resultOf<float>(run), std::vector<float>(30, -1.0f));
     run.filter.outputMeasurement = nullptr;
     EXPECT_EQ(resultOf<float>(run), std::vector<float>(30, -1.0f));
+}
+
+// Its rows: the input, then the correlation and its score in both modes.
+TEST(CrossCorrelationRunTest, GivesTheNumbersOfItsPage) {
+    const DocsTable page("cross-correlation.md", "template 1 3 2");
+    ASSERT_EQ(page.rows, 5u);
+    const auto row = [&](std::size_t number) {
+        return page.numbers.begin() + static_cast<long>(number * page.columns);
+    };
+    HostImage image(VoxelTypes::uint8, {page.columns, 1}), pattern(VoxelTypes::uint8, {3, 1});
+    std::copy(row(0), row(1), voxels<std::uint8_t>(image));
+    std::copy_n(std::array{1, 3, 2}.begin(), 3, voxels<std::uint8_t>(pattern));
+    for (const int mode : {0, 1}) {
+        CrossCorrelationRun run(image, pattern, mode, {});
+        const std::vector<float> scores = resultOf<float>(run);
+        const std::vector<double> correlation = unscaled(run, scores);
+        for (std::size_t x = 0; x < page.columns; ++x) {
+            EXPECT_NEAR(correlation[x], row(1 + 2 * static_cast<std::size_t>(mode))[static_cast<long>(x)], 1e-4);
+            EXPECT_NEAR(scores[x], row(2 + 2 * static_cast<std::size_t>(mode))[static_cast<long>(x)], 5.1e-4);
+        }
+    }
 }
 
 // Each step has its poll but for the transfer of the image, and for the download of an image in one piece.
