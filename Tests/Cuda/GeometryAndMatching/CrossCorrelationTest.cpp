@@ -148,6 +148,18 @@ TEST(CrossCorrelationRunTest, ConstantScoresAreTheLowestAndAMeasurementMayBeMiss
     EXPECT_EQ(resultOf<float>(run), std::vector<float>(30, -1.0f));
     run.filter.outputMeasurement = nullptr;
     EXPECT_EQ(resultOf<float>(run), std::vector<float>(30, -1.0f));
+    // A template of one pixel is its mean.
+    EXPECT_EQ(resultOf<float>(CrossCorrelationRun(image, randomImage<std::uint8_t>({1, 1}, 2), 1, {})),
+              std::vector<float>(30, -1.0f));
+}
+
+TEST(CrossCorrelationRunTest, OtherModesArePlainInOnePieceAndTakeMeansOffInTiles) {
+    HostImage image = randomImage<std::uint8_t>({30, 20}, 1);
+    const HostImage pattern = randomImage<std::uint8_t>({4, 3}, 2);
+    for (const Placement& placement : {Placement{}, {true, true, {16, 16}}}) {
+        EXPECT_EQ(resultOf<float>(CrossCorrelationRun(image, pattern, 7, placement)),
+                  resultOf<float>(CrossCorrelationRun(image, pattern, placement.tiled() ? 1 : 0, placement)));
+    }
 }
 
 // Its rows: the input, then the correlation and its score in both modes.
