@@ -62,9 +62,9 @@ void runNetwork(const MedianJob<Pixel>& job, const NetworkLayout& layout, const 
         });
 }
 
-template <int side, typename Pixel>
+template <int side, int tileWidth, typename Pixel>
 void filterByFixedNetwork(const MedianJob<Pixel>& job) {
-    using Network = FixedNetwork<typename MedianOrder<Pixel>::Key, NppiSize{side, side}, NppiSize{2, 2}>;
+    using Network = FixedNetwork<typename MedianOrder<Pixel>::Key, NppiSize{side, side}, NppiSize{tileWidth, 2}>;
     runNetwork(job, Network::layout, Network::run);
 }
 
@@ -115,8 +115,8 @@ template <typename Pixel>
 void filterMedian(const MedianJob<Pixel>& job) {
     const auto [width, height] = job.mask;
     if (width == 1 && height == 1) return copyPixels(job);
-    if (width == 3 && height == 3) return filterByFixedNetwork<3>(job);
-    if (width == 5 && height == 5) return filterByFixedNetwork<5>(job);
+    if (width == 3 && height == 3) return filterByFixedNetwork<3, 1>(job);
+    if (width == 5 && height == 5) return filterByFixedNetwork<5, 2>(job);
     if (needsBuffer(job.mask)) {
         parallelFor(static_cast<std::size_t>(job.reachedHeight()), 64, [&](std::size_t begin, std::size_t end) {
             job.mirrorRows(static_cast<std::ptrdiff_t>(begin), static_cast<std::ptrdiff_t>(end));

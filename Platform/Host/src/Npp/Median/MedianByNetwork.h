@@ -61,8 +61,6 @@ private:
     template <typename Body>
     void withTileWidth(const Body& body) const {
         switch (layout_.tile.width) {
-            case 1:
-                return body(std::integral_constant<std::ptrdiff_t, 1>());
             case 2:
                 return body(std::integral_constant<std::ptrdiff_t, 2>());
             case 4:
@@ -77,6 +75,7 @@ private:
     /// Reads row y of the pixels under the windows into its planes.
     void readRow(std::ptrdiff_t y, std::ptrdiff_t left, std::ptrdiff_t width, std::byte* row) const {
         const std::ptrdiff_t count = width + job_.mask.width - 1;
+        if (layout_.tile.width == 1) return job_.readKeys(y, left, count, reinterpret_cast<Key*>(row));
         job_.readKeys(y, left, count, line_);
         withTileWidth([&](auto planes) {
             Key* __restrict const to = reinterpret_cast<Key*>(row);
@@ -90,8 +89,13 @@ private:
     }
 
     void writeRow(const std::byte* medians, Pixel* dst, std::ptrdiff_t width) const {
+        const Key* const planesBegin = reinterpret_cast<const Key*>(medians);
+        if (layout_.tile.width == 1) {
+            std::transform(planesBegin, planesBegin + width, dst, MedianOrder<Pixel>::pixelOf);
+            return;
+        }
         withTileWidth([&](auto planes) {
-            const Key* __restrict const from = reinterpret_cast<const Key*>(medians);
+            const Key* __restrict const from = planesBegin;
             Key* __restrict const to = line_;
             const std::ptrdiff_t stride = layout_.medianStride / layout_.keyBytes;
             const std::ptrdiff_t length = (width + planes - 1) / planes;
