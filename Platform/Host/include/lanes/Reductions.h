@@ -50,8 +50,9 @@ private:
     unsigned int first_, lanes_;
 };
 
-/// As many lanes as the values that kernels gather for them fit into registers.
-inline constexpr unsigned int laneBundle = 32;
+/// As many lanes as blocks have, so that a row is read once and in its order: memory that is read with gaps comes at
+/// half its rate, which costs more than gathered values that do not fit into registers.
+inline constexpr unsigned int laneBundle = 64;
 
 /// Calls body(lane) for the lanes of the block, in bundles. The body is generic: bundles come in two types.
 template <class Body>
