@@ -24,6 +24,7 @@ int measureCases(const std::string& filter, std::ostream& json) {
     addCorrelationAccuracyCases(comparisons);
     addNonLocalMeansCases(comparisons);
     addConvolutionCases(comparisons);
+    addReductionCases(comparisons);
     addTransferCases(comparisons);
     addConversionCases(comparisons);
     TableReporter reporter(json);

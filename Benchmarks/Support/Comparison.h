@@ -73,6 +73,7 @@ void addCrossCorrelationCases(Comparisons& comparisons);
 void addCorrelationAccuracyCases(Comparisons& comparisons);
 void addNonLocalMeansCases(Comparisons& comparisons);
 void addConvolutionCases(Comparisons& comparisons);
+void addReductionCases(Comparisons& comparisons);
 void addTransferCases(Comparisons& comparisons);
 void addConversionCases(Comparisons& comparisons);
 

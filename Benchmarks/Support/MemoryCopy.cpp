@@ -1,8 +1,11 @@
 #include "MemoryCopy.h"
 
+#include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 
+#include <cstdint>
 #include <cstring>
+#include <numeric>
 
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
 
@@ -39,6 +42,18 @@ Peer memoryCopyPeer(double bytes) {
         });
     };
     return {"memcpy", copy, nullptr};
+}
+
+Peer memoryReadPeer(double bytes) {
+    const std::size_t read = static_cast<std::size_t>(bytes) / 16 * 16;
+    const auto memory = touchedMemory(read);
+    const auto sum = [=] {
+        inHalves(read, [&](std::size_t begin, std::size_t count) {
+            const auto* const words = reinterpret_cast<const std::uint64_t*>(static_cast<char*>(memory.get()) + begin);
+            benchmark::DoNotOptimize(std::accumulate(words, words + count / sizeof(std::uint64_t), std::uint64_t{0}));
+        });
+    };
+    return {"read", sum, nullptr};
 }
 
 Contender memoryFill(double bytes) {

@@ -9,6 +9,9 @@ namespace zel::bench {
 /// @param bytes  read and written together, so half of them are copied.
 Peer memoryCopyPeer(double bytes);
 
+/// A sum over so many bytes in the same way: the rate at which the machine reads.
+Peer memoryReadPeer(double bytes);
+
 /// A memset of so many bytes in the same way: where it falls behind the copy, so does any other fill.
 Contender memoryFill(double bytes);
 
