@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 
 #include "DocsTable.h"
 #include "ImagesOfAllKinds.h"
@@ -12,14 +13,20 @@
 namespace zel::test {
 namespace {
 
-/// The filter on an image, from a seed.
-HostImage filtered(const HostImage& image, VoxelTypes outputType, double spatialSigma = 5, double rangeSigma = 0.2) {
+struct Sigmas {
+    double spatial, range;
+};
+
+/// The filter on an image, from a seed; with its defaults unless told otherwise.
+HostImage filtered(const HostImage& image, VoxelTypes outputType, std::optional<Sigmas> sigmas = {}) {
     HostImage output(outputType, {image.getDimension(0), image.getDimension(1), image.getDimension(2)});
     cuda::CudaAdaptiveManifoldNlmFilter filter;
     filter.inputImage = &image;
     filter.outputImage = &output;
-    filter.spatialSigma = spatialSigma;
-    filter.rangeSigma = rangeSigma;
+    if (sigmas) {
+        filter.spatialSigma = sigmas->spatial;
+        filter.rangeSigma = sigmas->range;
+    }
     std::srand(1);
     filter.run();
     return output;
@@ -47,11 +54,11 @@ TEST(NonLocalMeansFilterTest, RaisesTheSignalToNoiseRatioAsItsPageSays) {
 
 TEST(NonLocalMeansFilterTest, SameSeedGivesTheSameBitsAndOutputsOfAllTypes) {
     const HostImage noisy = noisyImage<float>({61, 47, 3}, phantom({61, 47, 3}), 10, 1);
-    const std::vector<float> expected = readAll<float>(filtered(noisy, VoxelTypes::float32, 16));
-    EXPECT_EQ(readAll<float>(filtered(noisy, VoxelTypes::float32, 16)), expected);
+    const std::vector<float> expected = readAll<float>(filtered(noisy, VoxelTypes::float32, Sigmas{16, 0.2}));
+    EXPECT_EQ(readAll<float>(filtered(noisy, VoxelTypes::float32, Sigmas{16, 0.2})), expected);
     [&]<typename... T>(TypeList<T...>) {
         const auto expectType = [&]<typename Voxel>() {
-            const std::vector<Voxel> voxels = readAll<Voxel>(filtered(noisy, voxelTypeOf<Voxel>, 16));
+            const std::vector<Voxel> voxels = readAll<Voxel>(filtered(noisy, voxelTypeOf<Voxel>, Sigmas{16, 0.2}));
             for (std::size_t i = 0; i < expected.size(); ++i)
                 ASSERT_EQ(voxels[i], static_cast<Voxel>(static_cast<std::int64_t>(expected[i])) +
                                          (std::is_floating_point_v<Voxel> ? expected[i] - std::trunc(expected[i]) : 0))
@@ -101,7 +108,8 @@ TEST(NonLocalMeansFilterTest, GoesFromImagesOfAnyKindToImagesOfAnyKindInOneStep)
 
 TEST(NonLocalMeansFilterTest, ThinImagesHaveCoarseManifoldsOfOneVoxel) {
     for (const ImageSize& size : {ImageSize{40, 3, 1}, ImageSize{1, 33, 2}, ImageSize{9, 1, 1}})
-        for (const float value : readAll<float>(filtered(randomImage<float>(size, 3), VoxelTypes::float32, 64, 0.5)))
+        for (const float value :
+             readAll<float>(filtered(randomImage<float>(size, 3), VoxelTypes::float32, Sigmas{64, 0.5})))
             ASSERT_TRUE(std::isfinite(value)) << size.x << " x " << size.y << " x " << size.z;
 }
 

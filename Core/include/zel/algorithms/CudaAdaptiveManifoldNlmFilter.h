@@ -17,9 +17,9 @@ public:
 
     PropertyReadImage inputImage{"inputImage"};
     /// In 32 bits, as is rangeSigma.
-    Property<double> spatialSigma{"spatialSigma", 5, {.low = 0, .excludesLow = true, .unit = "voxels"}};
+    Property<double> spatialSigma{"spatialSigma", 2, {.low = 0, .excludesLow = true, .unit = "voxels"}};
     /// Of patches whose intensities are scaled to 0 to 1.
-    Property<double> rangeSigma{"rangeSigma", 0.2, {.low = 0, .excludesLow = true}};
+    Property<double> rangeSigma{"rangeSigma", 0.25, {.low = 0, .excludesLow = true}};
     /// By how much a block reaches beyond its core. Blocks overlap by 2 radius + 1, a signed 32-bit number.
     Property<unsigned> haloRadius{"haloRadius", 10, {.high = maxLength / 2, .unit = "voxels"}};
     /// The covariance of (2 radius + 1)^3 voxels is counted in 32 bits.
