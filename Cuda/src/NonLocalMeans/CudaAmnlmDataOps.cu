@@ -26,7 +26,7 @@ struct rdivides {
 
 template <typename T>
 struct maskdata {
-    __host__ __device__ T operator()(T x, bool mask) const { return mask ? x : T{0}; }
+    __device__ T operator()(T x, bool mask) const { return keepIf(mask, x); }
 };
 
 __global__ void kernConcat(float* out, const float* a, const float* b, int nx, int ny, int nz, int ca, int cb) {
