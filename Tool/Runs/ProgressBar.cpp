@@ -46,10 +46,10 @@ void ProgressBar::draw(double fraction) {
     constexpr int width = 40;
     const int percent = static_cast<int>(100 * fraction);
     const auto filled = static_cast<std::size_t>(percent * width / 100);
-    std::string text = "[" + std::string(filled, '#') + std::string(width - filled, '.') + "] ";
-    text += std::to_string(percent) + " %";
+    std::string text = "[";
+    text.append(filled, '#').append(width - filled, '.').append("] ").append(std::to_string(percent)).append(" %");
     const std::string rest = timeLeft(fraction, std::chrono::steady_clock::now() - start_);
-    if (!rest.empty()) text += ", " + rest;
+    if (!rest.empty()) text.append(", ").append(rest);
     if (text == drawn_) return;
     drawn_ = text;
     std::fprintf(stderr, "\r%s\x1b[K", text.c_str());
