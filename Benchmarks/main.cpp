@@ -22,6 +22,7 @@ int measureCases(const std::string& filter, std::ostream& json) {
     addGaussianFilterCases(comparisons);
     addCrossCorrelationCases(comparisons);
     addCorrelationAccuracyCases(comparisons);
+    addTemplateMatchingCases(comparisons);
     addNonLocalMeansCases(comparisons);
     addConvolutionCases(comparisons);
     addReductionCases(comparisons);

@@ -71,6 +71,7 @@ void addMorphologyCases(Comparisons& comparisons);
 void addGaussianFilterCases(Comparisons& comparisons);
 void addCrossCorrelationCases(Comparisons& comparisons);
 void addCorrelationAccuracyCases(Comparisons& comparisons);
+void addTemplateMatchingCases(Comparisons& comparisons);
 void addNonLocalMeansCases(Comparisons& comparisons);
 void addConvolutionCases(Comparisons& comparisons);
 void addReductionCases(Comparisons& comparisons);
