@@ -49,7 +49,7 @@ private:
 };
 
 std::string stagesText(Run& run, std::size_t rows) {
-    RowClock clock(1 + 1 + 2);  // with a mask: statistics; image and template
+    RowClock clock(3);  // statistics, image, template
     run.filter.run(&clock);
     std::string text = "  a row's stages, ms:";
     double host = 0, sum = 0;

@@ -1,6 +1,7 @@
 #include "BoxFilterRun.h"
 #include "DocsTable.h"
 #include "GaussianFilterRun.h"
+#include "MatchingRun.h"
 #include "MedianFilterRun.h"
 #include "MorphologyRun.h"
 
@@ -52,4 +53,19 @@ TEST(DocsTest, ShowsWhatTheFiltersGive) {
     median.expectNextRow(MedianFilterRun(median.image(), 1, {}));
     wideMedian.expectNextRow(MedianFilterRun(wideMedian.image(), 2, {}));
     gaussian.expectNextRow(GaussianFilterRun(gaussian.image(), VoxelTypes::uint16, {{0.8, 0, 0}, 1.5}, {}));
+}
+
+TEST(DocsTest, ShowsWhatAMatchingGives) {
+    const DocsTable table("template-matching.md", "1 2 1");
+    ASSERT_EQ(table.numbers.size(), 3 * table.columns);
+    HostImage image(VoxelTypes::float32, {table.columns, 1, 1}), pattern(VoxelTypes::float32, {3, 1, 1});
+    std::copy_n(table.numbers.begin(), table.columns, voxels<float>(image));
+    std::copy_n(std::array{1, 2, 1}.begin(), 3, voxels<float>(pattern));
+    MatchingRun run(image, pattern, VoxelTypes::uint8, {});
+    run.filter.transformationTable = tableOf({{"scaleX", {1, 5.0 / 3}}});
+    run.filter.run();
+    for (std::size_t x = 0; x < table.columns; ++x) {
+        EXPECT_NEAR(run.scores()[x], table.numbers[table.columns + x], 6e-4) << "x = " << x;
+        EXPECT_EQ(run.rows<std::uint8_t>()[x], table.numbers[2 * table.columns + x]) << "x = " << x;
+    }
 }
