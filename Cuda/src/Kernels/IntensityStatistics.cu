@@ -1,6 +1,7 @@
 #include "IntensityStatistics.h"
 
 #include <cmath>
+#include <limits>
 
 #include "FoldEntries.h"
 #include "RowReduction.h"
@@ -34,6 +35,12 @@ struct StatisticsRules {
     static __device__ __forceinline__ bool isEmpty(const IntensityStatisticsInfo& info) { return info.count == 0; }
 };
 
+/// Pixels are never beyond these.
+template <typename T, typename Limits = std::numeric_limits<T>>
+constexpr T highest = Limits::has_infinity ? Limits::infinity() : Limits::max();
+template <typename T, typename Limits = std::numeric_limits<T>>
+constexpr T lowest = Limits::has_infinity ? -Limits::infinity() : Limits::lowest();
+
 }  // namespace
 
 template <typename T, typename U>
@@ -47,28 +54,44 @@ __global__ void cumulateIntensitiesKernel(const T* image, unsigned long long pit
     const U* const weightRow = offsetBytes(weights, weightsPitch * blockIdx.x + weightsSlicePitch * blockIdx.y);
     const bool weighted = weights != nullptr;
     forEachLane([=](const auto lane) {
-        auto count = lane.fill(std::uint64_t{0});
-        auto minimum = lane.fill(DBL_MAX), maximum = lane.fill(-DBL_MAX), sum = lane.fill(0.0), squares = sum;
-        // What does not count is added as 0 and compared as the neutral extrema: SIMD likes that better than a branch.
-        const auto add = [&](unsigned int i, bool counts, double value) {
-            const double summand = counts ? value : 0.0;
-            const double low = counts ? value : DBL_MAX, high = counts ? value : -DBL_MAX;
-            count[i] += counts ? 1 : 0;
-            sum[i] += summand;
-            squares[i] = std::fma(summand, summand, squares[i]);
-            minimum[i] = low < minimum[i] ? low : minimum[i];
-            maximum[i] = high > maximum[i] ? high : maximum[i];
+        auto sum = lane.fill(0.0), squares = sum;
+        const auto add = [&](unsigned int i, double value) {
+            sum[i] += value;
+            squares[i] = std::fma(value, value, squares[i]);
         };
-        if (weighted)
+        if (weighted) {
+            auto count = lane.fill(std::uint64_t{0});
+            auto minimum = lane.fill(DBL_MAX), maximum = lane.fill(-DBL_MAX);
             lane.eachColumn(width, [&](unsigned int i, std::uint64_t x) {
                 const double weight = weightRow[x];  // exact, so it compares as in its own type
-                add(i, weight > 0, weight * static_cast<double>(row[x]));
+                const double product = weight * static_cast<double>(row[x]);
+                const bool counts = weight > 0;
+                // What does not count is added as 0 and compared as the neutral extrema: SIMD likes that better than a
+                // branch.
+                const double value = counts ? product : 0.0;
+                const double low = counts ? product : DBL_MAX, high = counts ? product : -DBL_MAX;
+                count[i] += counts ? 1 : 0;
+                add(i, value);
+                minimum[i] = low < minimum[i] ? low : minimum[i];
+                maximum[i] = high > maximum[i] ? high : maximum[i];
             });
-        else
-            lane.eachColumn(width, [&](unsigned int i, std::uint64_t x) { add(i, true, static_cast<double>(row[x])); });
-        lane.each([&](unsigned int i, unsigned int t) {
-            allSharedPartialStatistics[t] = {count[i], minimum[i], maximum[i], sum[i], squares[i]};
-        });
+            lane.each([&](unsigned int i, unsigned int t) {
+                allSharedPartialStatistics[t] = {count[i], minimum[i], maximum[i], sum[i], squares[i]};
+            });
+        } else {
+            auto minimum = lane.fill(highest<T>), maximum = lane.fill(lowest<T>);
+            lane.eachColumn(width, [&](unsigned int i, std::uint64_t x) {
+                const T value = row[x], low = minimum[i], high = maximum[i];
+                add(i, static_cast<double>(value));
+                minimum[i] = value < low ? value : low;
+                maximum[i] = value > high ? value : high;
+            });
+            lane.each([&](unsigned int i, unsigned int t) {
+                const double low = minimum[i], high = maximum[i];
+                allSharedPartialStatistics[t] = {(width - t - 1) / blockDim.x + 1, low < DBL_MAX ? low : DBL_MAX,
+                                                 high > -DBL_MAX ? high : -DBL_MAX, sum[i], squares[i]};
+            });
+        }
     });
     foldEntries<StatisticsRules>(allSharedPartialStatistics, entries, counter);
 }
