@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Compiles and links the CUDA build for one architecture, without running it. Ends with one line, "CUDA check passed: "
-# and what was linked, or "CUDA check skipped: " and why. A build that fails is a failure.
+# Compiles and links the CUDA build for one architecture, without running it, and prints what its kernels take
+# (kernel-table.sh). Ends with one line, "CUDA check passed: " and what was linked, or "CUDA check skipped: " and why. A
+# build that fails is a failure, and so is a kernel that spills registers and is not listed.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -33,4 +34,8 @@ linked=(lib/libbrontal_zel_cuda.so bin/zel tests/zel_kernels_test tests/zel_filt
 for product in "${linked[@]}"; do
     [ -f "$folder/$product" ] || die "the CUDA build made no $product"
 done
+
+say "what each kernel takes"
+mapfile -d '' objects < <(find "$folder/Cuda/CMakeFiles/brontal_zel_cuda_objects.dir" -name '*.cu.o' -print0)
+"$root/scripts/kernel-table.sh" "$architecture" "${objects[@]}" || die "see above, and scripts/kernel-stacks.txt"
 echo "CUDA check passed: ${linked[*]}"
