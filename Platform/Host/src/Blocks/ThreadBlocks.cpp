@@ -8,6 +8,7 @@
 #include "Blocks/BlockMemory.h"
 #include "Blocks/BlockThread.h"
 #include "Blocks/Launch.h"
+#include "Blocks/RedZoneWatch.h"
 #include "Blocks/ThreadErrors.h"
 #include "Device/Allocations.h"
 #include "Device/Modes.h"
@@ -40,7 +41,8 @@ bool isSame(const std::source_location& a, const std::source_location& b) {
     return a.line() == b.line() && a.column() == b.column() && std::strcmp(a.file_name(), b.file_name()) == 0;
 }
 
-/// One launch, block by block. So what a thread damages is found before another one runs.
+/// One launch, block by block. So what a thread damages beside memory is found before another one runs, and what lies
+/// further off at the end of its block.
 class LaunchRun {
 public:
     LaunchRun(const Launch& launch, Random& random)
@@ -75,6 +77,7 @@ public:
         do {
             runToBarrier(memory);
         } while (allWaitAtOneBarrier());
+        allocations().checkRedZones();
     }
 
     /// The one of the calling thread; null outside of launches.
@@ -101,7 +104,7 @@ private:
             runs_ = thread;
             thread->resume();
             memory.checkRedZone();
-            allocations().checkRedZones();
+            redZones_.look();
             runs_ = nullptr;
             if (thread->failure()) fail(thread->failure());
         }
@@ -130,6 +133,7 @@ private:
     LaunchOrder order_;
     LaunchRun* const outer_;
     BlockThread* runs_ = nullptr;
+    RedZoneWatch redZones_;
 };
 constinit thread_local LaunchRun* LaunchRun::current = nullptr;
 
@@ -149,7 +153,8 @@ void waitForBlock(std::source_location place) {
 
 std::string runningKernelThread() {
     const LaunchRun* const run = LaunchRun::current;
-    if (run == nullptr || run->runs() == nullptr) return {};
+    if (run == nullptr) return {};
+    if (run->runs() == nullptr) return kernelBlockText(run->kernel(), blockIdx) + "after its last thread: ";
     return kernelThreadText(run->kernel(), blockIdx, run->runs()->index());
 }
 

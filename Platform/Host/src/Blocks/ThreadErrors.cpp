@@ -97,8 +97,12 @@ std::string text(uint3 index) {
     return "(" + std::to_string(index.x) + ", " + std::to_string(index.y) + ", " + std::to_string(index.z) + ")";
 }
 
+std::string kernelBlockText(const void* kernel, uint3 block) {
+    return "kernel " + kernelName(kernel) + ", block " + text(block) + ", ";
+}
+
 std::string kernelThreadText(const void* kernel, uint3 block, uint3 thread) {
-    return "kernel " + kernelName(kernel) + ", block " + text(block) + ", thread " + text(thread) +
+    return kernelBlockText(kernel, block) + "thread " + text(thread) +
            ", ZEL_HOST_THREAD_SEED=" + std::to_string(threadSeedSetting()) + ": ";
 }
 

@@ -9,6 +9,8 @@ namespace zel::host {
 
 /// "(1, 0, 0)"
 std::string text(uint3 index);
+/// "kernel blurKernel<float>, block (1, 0, 0), "
+std::string kernelBlockText(const void* kernel, uint3 block);
 /// "kernel blurKernel<float>, block (1, 0, 0), thread (5, 0, 0), ZEL_HOST_THREAD_SEED=1: "
 std::string kernelThreadText(const void* kernel, uint3 block, uint3 thread);
 

@@ -15,7 +15,7 @@ namespace zel::host {
 namespace {
 
 constexpr std::uint64_t redZoneBytes = blockAlignment;
-constexpr std::byte redZoneByte{0xFB};
+constexpr std::byte redZoneByte{redZoneWord & 0xFF};
 constexpr int freshByte = 0xCD;
 constexpr int freedByte = 0xDD;
 
@@ -23,7 +23,7 @@ constexpr auto intact = std::numeric_limits<std::int64_t>::min();
 
 /// The offset from `first` of the first byte of the zone that is not as it was filled, or `intact`.
 std::int64_t changedByte(const std::byte* first, const std::byte* begin, const std::byte* end) {
-    // Where threads run as on a GPU all zones are looked at after each of them, so this has to be quick.
+    // Where threads run as on a GPU all zones are looked at very often.
     const auto next = static_cast<std::size_t>(end - begin) - 1;
     if (begin == end || (*begin == redZoneByte && std::memcmp(begin, begin + 1, next) == 0)) return intact;
     return std::find_if(begin, end, [](std::byte b) { return b != redZoneByte; }) - first;
@@ -104,6 +104,7 @@ void* Allocations::allocate(const MemoryRequest& request, int device) {
     }
     if (openings_ == 0) setBlockOpen(made.block, false);
     live_.emplace(keyOf(made.address()), made);
+    ++changes_;
     return made.address();
 }
 
@@ -115,6 +116,7 @@ cudaError_t Allocations::free(void* address) {
         if (found == live_.end()) return cudaErrorInvalidValue;
         freed = found->second;
         live_.erase(found);
+        ++changes_;
         unreserve(freed.bytes, freed.device);
         setBlockOpen(freed.block, true);
     }
@@ -126,6 +128,7 @@ cudaError_t Allocations::free(void* address) {
 
 void Allocations::retire(int device) {
     const std::lock_guard lock(mutex_);
+    ++changes_;
     std::erase_if(live_, [&](const Live::value_type& entry) {
         const Allocation& allocation = entry.second;
         if (allocation.device != device) return false;
@@ -156,6 +159,17 @@ void Allocations::checkRedZones() {
     const OpenMemory opened;
     const std::shared_lock lock(mutex_);
     for (const auto& [start, allocation] : live_) allocation.checkRedZones();
+}
+
+std::vector<const std::byte*> Allocations::redZoneEdges() const {
+    const std::shared_lock lock(mutex_);
+    std::vector<const std::byte*> edges;
+    for (const auto& [start, allocation] : live_) {
+        if (!allocation.redZones) continue;
+        edges.push_back(allocation.address() - sizeof redZoneWord);
+        edges.push_back(allocation.address() + allocation.extent);
+    }
+    return edges;
 }
 
 void Allocations::open() {

@@ -2,10 +2,13 @@
 
 #include <cuda_runtime.h>
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <shared_mutex>
 #include <unordered_set>
+#include <vector>
 
 #include "Device/BlockStore.h"
 
@@ -16,6 +19,8 @@ struct MemoryRequest {
     std::uint64_t bytes = 0;
     std::uint64_t extent = 0;
 };
+
+inline constexpr std::uint64_t redZoneWord = 0xFBFB'FBFB'FBFB'FBFB;
 
 /// The live allocations of all devices.
 class Allocations {
@@ -32,6 +37,10 @@ public:
     bool isRetired(const void* address) const;
     /// Ends the process with a message when a byte of a red zone has changed.
     void checkRedZones();
+    /// Where the eight bytes lie that are next to live allocations, before and behind each, and have to stay
+    /// `redZoneWord`. Up to the next change of `changes`.
+    std::vector<const std::byte*> redZoneEdges() const;
+    std::uint64_t changes() const { return changes_; }
 
     /// Between the two, device memory can be touched in protected mode. They nest and may overlap between threads.
     void open();
@@ -67,6 +76,7 @@ private:
     std::map<int, std::uint64_t> deviceBytes_;
     Use use_;
     std::uint64_t openings_ = 0;
+    std::atomic<std::uint64_t> changes_ = 0;
 };
 
 /// Never destroyed: memory may be freed by other libraries' destructors at exit.
