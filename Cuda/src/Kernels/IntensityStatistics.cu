@@ -88,8 +88,9 @@ __global__ void cumulateIntensitiesKernel(const T* image, unsigned long long pit
             });
             lane.each([&](unsigned int i, unsigned int t) {
                 const double low = minimum[i], high = maximum[i];
-                allSharedPartialStatistics[t] = {(width - t - 1) / blockDim.x + 1, low < DBL_MAX ? low : DBL_MAX,
-                                                 high > -DBL_MAX ? high : -DBL_MAX, sum[i], squares[i]};
+                allSharedPartialStatistics[t] = {(width + blockDim.x - 1 - t) / blockDim.x,
+                                                 low < DBL_MAX ? low : DBL_MAX, high > -DBL_MAX ? high : -DBL_MAX,
+                                                 sum[i], squares[i]};
             });
         }
     });
