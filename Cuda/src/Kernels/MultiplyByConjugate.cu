@@ -1,77 +1,50 @@
 #include "MultiplyByConjugate.h"
 
 #include "BlockRow.h"
-#include "ComplexPixels.h"
+#include "ComplexRows.h"
 #include "RowLaunch.h"
-#include "lanes.h"
 
 namespace zel::cuda {
-
-// The in-place kernels read both pixels before they store one. The others store part by part, for images apart.
 
 template <typename P>
 __global__ void multiplyByConjugateKernel(const P* a, unsigned long long aPitch, const P* b, unsigned long long bPitch,
                                           P* out, unsigned long long outPitch, unsigned long long width) {
-    const P *const aRow = blockRow(a, aPitch), *const bRow = blockRow(b, bPitch);
-    P* const outRow = blockRow(out, outPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        outRow[x].x = realOfConjugateProduct(aRow[x], bRow[x]);
-        outRow[x].y = imaginaryOfConjugateProduct(aRow[x], bRow[x]);
-    });
+    multiplyRows<ConjugateProduct>(blockRow(a, aPitch), blockRow(b, bPitch), blockRow(out, outPitch), width);
 }
 
 template <typename P>
 __global__ void multiplyByConjugateInsituKernel(P* a, unsigned long long aPitch, const P* b, unsigned long long bPitch,
                                                 unsigned long long width) {
     P* const aRow = blockRow(a, aPitch);
-    const P* const bRow = blockRow(b, bPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        aRow[x] = P{realOfConjugateProduct(aRow[x], bRow[x]), imaginaryOfConjugateProduct(aRow[x], bRow[x])};
-    });
+    multiplyRowsInsitu<ConjugateProduct>(aRow, blockRow(b, bPitch), aRow, width);
 }
 
 template <typename P>
 __global__ void multiplyByConjugateInsitu2Kernel(const P* a, unsigned long long aPitch, P* b, unsigned long long bPitch,
                                                  unsigned long long width) {
-    const P* const aRow = blockRow(a, aPitch);
     P* const bRow = blockRow(b, bPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        bRow[x] = P{realOfConjugateProduct(aRow[x], bRow[x]), imaginaryOfConjugateProduct(aRow[x], bRow[x])};
-    });
+    multiplyRowsInsitu<ConjugateProduct>(blockRow(a, aPitch), bRow, bRow, width);
 }
 
 template <typename R, typename P>
 __global__ void multiplyByConjugateAndScaleKernel(const P* a, unsigned long long aPitch, const P* b,
                                                   unsigned long long bPitch, P* out, unsigned long long outPitch,
                                                   unsigned long long width, R scale) {
-    const P *const aRow = blockRow(a, aPitch), *const bRow = blockRow(b, bPitch);
-    P* const outRow = blockRow(out, outPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        outRow[x].x = realOfConjugateProduct(aRow[x], bRow[x]) * scale;
-        outRow[x].y = imaginaryOfConjugateProduct(aRow[x], bRow[x]) * scale;
-    });
+    multiplyRows<ConjugateProduct>(blockRow(a, aPitch), blockRow(b, bPitch), blockRow(out, outPitch), width, scale);
 }
 
 template <typename R, typename P>
 __global__ void multiplyByConjugateAndScaleInsituKernel(P* a, unsigned long long aPitch, const P* b,
                                                         unsigned long long bPitch, unsigned long long width, R scale) {
     P* const aRow = blockRow(a, aPitch);
-    const P* const bRow = blockRow(b, bPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        aRow[x] =
-            P{realOfConjugateProduct(aRow[x], bRow[x]) * scale, imaginaryOfConjugateProduct(aRow[x], bRow[x]) * scale};
-    });
+    multiplyRowsInsitu<ConjugateProduct>(aRow, blockRow(b, bPitch), aRow, width, scale);
 }
 
 template <typename R, typename P>
 __global__ void multiplyByConjugateAndScaleInsitu2Kernel(const P* a, unsigned long long aPitch, P* b,
                                                          unsigned long long bPitch, unsigned long long width, R scale) {
-    const P* const aRow = blockRow(a, aPitch);
     P* const bRow = blockRow(b, bPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        bRow[x] =
-            P{realOfConjugateProduct(aRow[x], bRow[x]) * scale, imaginaryOfConjugateProduct(aRow[x], bRow[x]) * scale};
-    });
+    multiplyRowsInsitu<ConjugateProduct>(blockRow(a, aPitch), bRow, bRow, width, scale);
 }
 
 template <typename R, typename P>

@@ -1,55 +1,36 @@
 #include "MultiplyComplex.h"
 
 #include "BlockRow.h"
-#include "ComplexPixels.h"
+#include "ComplexRows.h"
 #include "RowLaunch.h"
-#include "lanes.h"
 
 namespace zel::cuda {
-
-// The in-place kernels read both pixels before they store one. The others store part by part, for images apart.
 
 template <typename P>
 __global__ void multiplyComplexKernel(const P* a, unsigned long long aPitch, const P* b, unsigned long long bPitch,
                                       P* out, unsigned long long outPitch, unsigned long long width) {
-    const P *const aRow = blockRow(a, aPitch), *const bRow = blockRow(b, bPitch);
-    P* const outRow = blockRow(out, outPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        outRow[x].x = realOfProduct(aRow[x], bRow[x]);
-        outRow[x].y = imaginaryOfProduct(aRow[x], bRow[x]);
-    });
+    multiplyRows<Product>(blockRow(a, aPitch), blockRow(b, bPitch), blockRow(out, outPitch), width);
 }
 
 template <typename P>
 __global__ void multiplyComplexInsituKernel(P* a, unsigned long long aPitch, const P* b, unsigned long long bPitch,
                                             unsigned long long width) {
     P* const aRow = blockRow(a, aPitch);
-    const P* const bRow = blockRow(b, bPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        aRow[x] = P{realOfProduct(aRow[x], bRow[x]), imaginaryOfProduct(aRow[x], bRow[x])};
-    });
+    multiplyRowsInsitu<Product>(aRow, blockRow(b, bPitch), aRow, width);
 }
 
 template <typename R, typename P>
 __global__ void multiplyComplexAndScaleKernel(const P* a, unsigned long long aPitch, const P* b,
                                               unsigned long long bPitch, P* out, unsigned long long outPitch,
                                               unsigned long long width, R scale) {
-    const P *const aRow = blockRow(a, aPitch), *const bRow = blockRow(b, bPitch);
-    P* const outRow = blockRow(out, outPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        outRow[x].x = realOfProduct(aRow[x], bRow[x]) * scale;
-        outRow[x].y = imaginaryOfProduct(aRow[x], bRow[x]) * scale;
-    });
+    multiplyRows<Product>(blockRow(a, aPitch), blockRow(b, bPitch), blockRow(out, outPitch), width, scale);
 }
 
 template <typename R, typename P>
 __global__ void multiplyComplexAndScaleInsituKernel(P* a, unsigned long long aPitch, const P* b,
                                                     unsigned long long bPitch, unsigned long long width, R scale) {
     P* const aRow = blockRow(a, aPitch);
-    const P* const bRow = blockRow(b, bPitch);
-    forEachColumn(width, [=](std::uint64_t x) {
-        aRow[x] = P{realOfProduct(aRow[x], bRow[x]) * scale, imaginaryOfProduct(aRow[x], bRow[x]) * scale};
-    });
+    multiplyRowsInsitu<Product>(aRow, blockRow(b, bPitch), aRow, width, scale);
 }
 
 template <typename R, typename P>
