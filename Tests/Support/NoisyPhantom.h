@@ -21,7 +21,8 @@ inline std::vector<double> phantom(const ImageSize& size) {
         for (std::size_t i = 0; i < values.size(); ++i) {
             const double x = static_cast<double>(i % size.x) / static_cast<double>(size.x) - middle[0];
             const double y = static_cast<double>(i / size.x % size.y) / static_cast<double>(size.y) - middle[1];
-            const double z = static_cast<double>(i / (size.x * size.y)) / static_cast<double>(size.z) - middle[2];
+            const std::size_t slice = i / (size.x * size.y);
+            const double z = static_cast<double>(slice) / static_cast<double>(size.z) - middle[2];
             const bool inside = shape % 2 == 0 ? x * x + y * y + z * z < radius * radius
                                                : std::max({std::abs(x), std::abs(y), std::abs(z)}) < radius;
             if (inside) values[i] = value;
