@@ -16,7 +16,7 @@ import numpy as np
 SIZE = (48, 96, 96)  # z, y, x
 LENGTH = 21  # of the template
 PARTICLES = 24
-NOISE = 0.25  # standard deviation; the particle's densest voxel is about 1
+NOISE = 0.25  # standard deviation; the particle's densest voxel is 1.6
 THRESHOLDS = (0.3, 0.35, 0.4, 0.45, 0.5)
 SHOWN = 0.45  # threshold of the picture
 
