@@ -29,6 +29,7 @@ void enlist(const std::string& caseName, const Contender& contender, double byte
     benchmark::RegisterBenchmark((caseName + '/' + contender.name).c_str(),
                                  [=](benchmark::State& state) { measure(state, contender, bytes); })
         ->UseRealTime()
+        ->MeasureProcessCPUTime()
         ->Unit(benchmark::kMillisecond);
 }
 

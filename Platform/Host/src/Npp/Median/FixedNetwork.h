@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -62,7 +63,8 @@ public:
     [[gnu::always_inline]] static void run(const Load& load, const Store& store) {
         Lanes values[nodes.size()];
         [&]<std::size_t... i>(std::index_sequence<i...>) {
-            ((values[i] = valueOf<i>(values, load)), ...);
+            // One after the other, as a list: compilers limit the length of what is joined by commas.
+            static_cast<void>(std::initializer_list<int>{(values[i] = valueOf<i>(values, load), 0)...});
         }
         (std::make_index_sequence<nodes.size()>());
         [&]<std::size_t... i>(std::index_sequence<i...>) {
@@ -88,6 +90,10 @@ private:
         auto task = makeTask();
         return inOrderOfUse(task).size();
     }();
+    static constexpr std::size_t resultCount = [] {
+        const auto task = makeTask();
+        return task.results.size();
+    }();
     static constexpr auto nodes = [] {
         auto task = makeTask();
         std::array<MinMaxGraph::Node, nodeCount> result{};
@@ -95,7 +101,7 @@ private:
         return result;
     }();
     static constexpr auto results = [] {
-        std::array<std::size_t, makeTask().results.size()> result{};
+        std::array<std::size_t, resultCount> result{};
         auto task = makeTask();
         inOrderOfUse(task);
         std::ranges::copy(task.results, result.begin());

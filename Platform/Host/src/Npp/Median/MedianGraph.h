@@ -70,7 +70,7 @@ public:
 
     constexpr void build() {
         for (std::int32_t i = 0; i < result_.columns() * result_.rows(); ++i) pixels_.push_back(graph_.input(i));
-        result_.medians.resize(static_cast<std::size_t>(result_.tile.width * result_.tile.height));
+        result_.medians.assign(index(0, result_.tile.height, result_.tile.width), 0);
         split(wholeTile());
     }
 
@@ -114,7 +114,7 @@ private:
     constexpr void split(const Part& part) {
         const int width = part.x.size(), height = part.y.size();
         if (width == 1 && height == 1) {
-            result_.medians[static_cast<std::size_t>(part.y.begin * result_.tile.width + part.x.begin)] = part.core[0];
+            result_.medians[index(part.x.begin, part.y.begin, result_.tile.width)] = part.core[0];
         } else if (width >= height) {
             const int middle = part.x.begin + width / 2;
             split(half(part, &Part::x, {part.x.begin, middle}));
@@ -161,8 +161,11 @@ private:
         return part;
     }
 
+    static constexpr std::size_t index(int column, int row, int columns) {
+        return static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) + static_cast<std::size_t>(column);
+    }
     constexpr MinMaxGraph::Value pixel(int column, int row) const {
-        return pixels_[static_cast<std::size_t>(row * result_.columns() + column)];
+        return pixels_[index(column, row, result_.columns())];
     }
 
     MedianGraph& result_;
