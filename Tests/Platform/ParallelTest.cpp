@@ -55,6 +55,7 @@ TEST(ParallelTest, TellsItsCallerOfAPieceThatFailed) {
 
 // A loop of the child waited for a worker that only the parent has.
 TEST(ParallelTest, ChildOfAForkRunsItsLoopsAlone) {
+    ASSERT_TRUE(comesToEachItemOnce());  // the parent's workers are there before the first fork
     std::atomic<bool> done = false;
     const auto loops = [&] {
         while (!done) EXPECT_TRUE(comesToEachItemOnce());
