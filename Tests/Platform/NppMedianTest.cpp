@@ -131,9 +131,10 @@ TYPED_TEST(NppMedianTest, IsRightUnderAnyOddMask) {
     }
 }
 
-// Masks of several times the image on both sides, and images larger than the pieces that they are cut into.
+// Masks of several times the image on both sides, up to more pixels than 16 bits count, and images larger than the
+// pieces that they are cut into.
 TYPED_TEST(NppMedianTest, LargeMasksAndImages) {
-    for (const int radius : {1, 2, 3, 4, 6, 10, 16, 40}) {
+    for (const int radius : {1, 2, 3, 4, 6, 10, 16, 40, 130}) {
         for (const NppiSize size : {NppiSize{6, 4}, {500, 130}, {3000, 3}}) {
             SCOPED_TRACE(::testing::Message() << "radius " << radius << ", image " << size.width);
             auto src = pixelsOf<TypeParam>(size, 9, radius % 2 == 0);
