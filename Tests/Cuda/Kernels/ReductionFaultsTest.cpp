@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 #include <host_device.h>
 
-#include <cstring>
+#include <array>
+#include <bit>
 #include <string>
 
 #include "DeviceVectors.h"
@@ -16,6 +17,11 @@ using namespace zel::cuda;
 namespace {
 
 constexpr std::uint64_t width = 70, height = 3, depth = 2;
+
+template <typename Record>
+auto bytesOf(const Record& record) {
+    return std::bit_cast<std::array<std::uint8_t, sizeof(Record)>>(record);
+}
 
 /// Each call that a reduction makes is refused once; the record is then neutral and nothing is left on the device.
 /// @param reduce      of an image of 1 to a record.
@@ -47,12 +53,12 @@ void expectCleanRefusals(const Reduce& reduce, std::uint64_t entryBytes, std::ui
             EXPECT_EQ(host::deviceUse().liveBytes, before.liveBytes);
             // The last call comes when the result has been copied.
             if (nth < count || call != std::string("cudaDeviceSynchronize")) {
-                EXPECT_EQ(std::memcmp(&record, &neutral, sizeof(Record)), 0);
+                EXPECT_EQ(bytesOf(record), bytesOf(neutral));
             }
         }
         host::clearFault();
         reduce(device.get(), &record);
-        EXPECT_EQ(std::memcmp(&record, &expected, sizeof(Record)), 0);
+        EXPECT_EQ(bytesOf(record), bytesOf(expected));
     }
 }
 
