@@ -36,11 +36,12 @@ public:
 
     int run() override {
         checkWritable(output_);
-        HostImage image = readImageFile(input_);
+        FileDetails details;
+        HostImage image = readImageFile(input_, details);
         const VoxelTypes type = type_.value_or(image.getDataType());
         checkWritable(output_, type, imageSizeOf(image));
         if (type != image.getDataType()) image = convertVoxels(image, type);
-        writeImageFile(output_, image);
+        writeImageFile(output_, image, details);
         report(image);
         return 0;
     }

@@ -17,11 +17,12 @@ HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
 
 int AnyFilterCommand::run() {
     options_.apply();
-    const HostImage input = files_.read();
+    FileDetails details;
+    const HostImage input = files_.read(details);
     checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);
     const RunReport report = filter(input, output, options_);
-    writeImageFile(files_.output, output);
+    writeImageFile(files_.output, output, details);
     printReport(name(), files_, output, report, options_);
     return 0;
 }

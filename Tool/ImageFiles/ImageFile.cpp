@@ -71,11 +71,16 @@ std::string imageFileExtensions() {
 }
 
 HostImage readImageFile(const std::string& path) {
+    FileDetails unused;
+    return readImageFile(path, unused);
+}
+
+HostImage readImageFile(const std::string& path, FileDetails& details) {
     InputFile file(path);
     const ImageFormat* const format = findFormat(path);
     if (format == nullptr) throw FileError::reading(path, unknownExtension());
     try {
-        return format->read(file);
+        return format->read(file, details);
     } catch (const RuntimeError& error) {  // HostImage could not be made
         throw FileError::reading(path, error.what());
     } catch (const std::bad_alloc&) {
@@ -94,10 +99,10 @@ void checkWritable(const std::string& path, VoxelTypes type, const ImageSize& si
     if (!obstacle.empty()) throw FileError::writing(path, obstacle);
 }
 
-void writeImageFile(const std::string& path, const ImageModel& image) {
+void writeImageFile(const std::string& path, const ImageModel& image, const FileDetails& details) {
     checkWritable(path, image.getDataType(), imageSizeOf(image));
     AtomicFile file(path);
-    formatForWriting(path).write(file, image);
+    formatForWriting(path).write(file, image, details);
     file.commit();
 }
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "ImageFiles/Common/FileDetails.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
@@ -16,6 +17,8 @@ std::string imageFileExtensions();
 /// Reads an image file; the extension decides on its format.
 /// @throws FileError, and Interrupted after a signal.
 HostImage readImageFile(const std::string& path);
+/// @param details  gets what the file says besides the image.
+HostImage readImageFile(const std::string& path, FileDetails& details);
 
 /// Raises the errors that writing such an image would meet, before the work of making it.
 void checkWritable(const std::string& path, VoxelTypes type, const ImageSize& size);
@@ -23,7 +26,8 @@ void checkWritable(const std::string& path, VoxelTypes type, const ImageSize& si
 void checkWritable(const std::string& path);
 
 /// Writes an image file, which appears under its name only when it is complete.
+/// @param details  of the file that the image comes from.
 /// @throws FileError, and Interrupted after a signal; an earlier file of that name then stays unchanged.
-void writeImageFile(const std::string& path, const ImageModel& image);
+void writeImageFile(const std::string& path, const ImageModel& image, const FileDetails& details = {});
 
 }  // namespace zel::tool

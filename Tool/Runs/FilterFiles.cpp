@@ -14,9 +14,9 @@ void FilterFiles::addTo(CLI::App& app) {
         ->type_name("");
 }
 
-HostImage FilterFiles::read() const {
+HostImage FilterFiles::read(FileDetails& details) const {
     checkWritable(output);
-    return readImageFile(input);
+    return readImageFile(input, details);
 }
 
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,

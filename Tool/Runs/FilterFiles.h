@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "ImageFiles/Common/FileDetails.h"
 #include "Runs/FilterRun.h"
 
 namespace zel::tool {
@@ -16,7 +17,8 @@ struct FilterFiles {
     void addTo(CLI::App& app);
 
     /// Reads the input, after a check that the output's name can be written.
-    HostImage read() const;
+    /// @param details  gets what the input's file says besides the image.
+    HostImage read(FileDetails& details) const;
 };
 
 /// Prints what was done, in the form that the options ask for.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ImageFiles/Common/AtomicFile.h"
+#include "ImageFiles/Common/FileDetails.h"
 #include "ImageFiles/Common/InputFile.h"
 #include "zel/HostImage.h"
 
@@ -19,11 +20,12 @@ public:
     /// In lower case, with the dot; the usual one first.
     virtual std::vector<std::string_view> extensions() const = 0;
     /// @throws FileError when the file is of another format, is damaged, or holds what HostImage cannot hold.
-    virtual HostImage read(InputFile& file) const = 0;
+    /// @param details  gets what the format says besides the image.
+    virtual HostImage read(InputFile& file, FileDetails& details) const = 0;
     /// Why the format cannot hold an image of that type and size, and what to do about it; empty when it can.
     virtual std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const = 0;
-    /// Writes an image that the format can hold.
-    virtual void write(AtomicFile& file, const ImageModel& image) const = 0;
+    /// Writes an image that the format can hold, with those of the details that it has a place for.
+    virtual void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const = 0;
 };
 
 }  // namespace zel::tool

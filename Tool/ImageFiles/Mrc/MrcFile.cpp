@@ -70,7 +70,7 @@ public:
     std::string_view name() const override { return "MRC"; }
     std::vector<std::string_view> extensions() const override { return {".mrc", ".map"}; }
 
-    HostImage read(InputFile& file) const override {
+    HostImage read(InputFile& file, FileDetails& /*details*/) const override {
         const MrcHeader header = readHeader(file);
         const ImageSize size = header.imageSize();
         const auto bytes = imageBytes(header.type, size);
@@ -97,7 +97,7 @@ public:
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image) const override {
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& /*details*/) const override {
         const std::string header = makeMrcHeader(image, mrcStatisticsOf(image));
         file.write(header.data(), header.size());
         writeVoxels(file, image);

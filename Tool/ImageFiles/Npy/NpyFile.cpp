@@ -42,7 +42,7 @@ public:
     std::string_view name() const override { return "NPY"; }
     std::vector<std::string_view> extensions() const override { return {".npy"}; }
 
-    HostImage read(InputFile& file) const override {
+    HostImage read(InputFile& file, FileDetails& details) const override {
         const NpyHeader header = readHeader(file);
         const std::size_t bytes = header.elementCount() * helper::getSizeOf(header.type);
         file.requireRemaining(bytes, "bytes of voxels");
@@ -56,13 +56,14 @@ public:
             file.readExactly(voxels, bytes);
         }
         if (header.isByteSwapped) swapBytes(voxels, bytes, header.type);
+        details.npyAxisCount = header.shape.size();
         return image;
     }
 
     std::string whyNotWritable(VoxelTypes /*type*/, const ImageSize& /*size*/) const override { return {}; }
 
-    void write(AtomicFile& file, const ImageModel& image) const override {
-        const std::string header = makeNpyHeader(image.getDataType(), imageSizeOf(image));
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const override {
+        const std::string header = makeNpyHeader(image.getDataType(), imageSizeOf(image), details.npyAxisCount);
         file.write(header.data(), header.size());
         writeVoxels(file, image);
     }

@@ -121,16 +121,17 @@ NpyHeader parseNpyHeader(std::string_view dictionary, const std::string& path) {
     return header;
 }
 
-std::string makeNpyHeader(VoxelTypes type, const ImageSize& size) {
+std::string makeNpyHeader(VoxelTypes type, const ImageSize& size, std::size_t minAxisCount) {
     std::vector<std::size_t> shape{size.i4, size.i3, size.z, size.y, size.x};
-    while (shape.size() > 2 && shape.front() == 1) shape.erase(shape.begin());
+    const std::size_t least = minAxisCount == 0 ? 2 : minAxisCount;
+    while (shape.size() > least && shape.front() == 1) shape.erase(shape.begin());
 
     const auto* const entry = std::ranges::find(typeCodes, type, &TypeCode::type);
     const char order = helper::getSizeOf(type) == 1 ? '|' : nativeOrder;
     std::string dictionary =
         "{'descr': '" + std::string(1, order) + std::string(entry->code) + "', 'fortran_order': False, 'shape': (";
     for (std::size_t i = 0; i < shape.size(); ++i) dictionary += (i > 0 ? ", " : "") + std::to_string(shape[i]);
-    dictionary += "), }";
+    dictionary += shape.size() == 1 ? ",), }" : "), }";
 
     // The voxels begin at a multiple of 64 bytes, and a line end closes the header.
     constexpr std::size_t prefixSize = 10, alignment = 64;

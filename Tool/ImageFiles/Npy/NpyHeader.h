@@ -27,7 +27,8 @@ struct NpyHeader {
 NpyHeader parseNpyHeader(std::string_view dictionary, const std::string& path);
 
 /// Everything of an NPY file up to the voxels, which follow in C order and this machine's byte order. The last axis is
-/// x; axes of size 1 in front are left out down to two axes.
-std::string makeNpyHeader(VoxelTypes type, const ImageSize& size);
+/// x; axes of size 1 in front are left out.
+/// @param minAxisCount  how many axes are left at least, up to five; 0 for two.
+std::string makeNpyHeader(VoxelTypes type, const ImageSize& size, std::size_t minAxisCount);
 
 }  // namespace zel::tool

@@ -15,7 +15,7 @@ public:
     std::string_view name() const override { return "PNG"; }
     std::vector<std::string_view> extensions() const override { return {".png"}; }
 
-    HostImage read(InputFile& file) const override { return readPng(file); }
+    HostImage read(InputFile& file, FileDetails& /*details*/) const override { return readPng(file); }
 
     std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const override {
         if (type != VoxelTypes::uint8 && type != VoxelTypes::uint16) {
@@ -29,7 +29,9 @@ public:
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image) const override { writePng(file, image); }
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& /*details*/) const override {
+        writePng(file, image);
+    }
 };
 
 }  // namespace

@@ -15,7 +15,7 @@ public:
     std::string_view name() const override { return "TIFF"; }
     std::vector<std::string_view> extensions() const override { return {".tif", ".tiff"}; }
 
-    HostImage read(InputFile& file) const override { return readTiff(file); }
+    HostImage read(InputFile& file, FileDetails& /*details*/) const override { return readTiff(file); }
 
     std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const override {
         // Readers disagree about complex numbers in the other byte order.
@@ -30,7 +30,9 @@ public:
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image) const override { writeTiff(file, image); }
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& /*details*/) const override {
+        writeTiff(file, image);
+    }
 };
 
 }  // namespace

@@ -77,6 +77,13 @@ TEST_F(NpyFileTest, WritesTheHeaderThatNumPyWrites) {
     writeImageFile(folder / "a.npy", HostImage(VoxelTypes::uint8, {3, 2, 1, 2, 2}));
     EXPECT_THAT(folder.read("a.npy"),
                 HasSubstr("{'descr': '|u1', 'fortran_order': False, 'shape': (2, 2, 1, 2, 3), }"));
+
+    for (const std::string shape : {"(2,)", "(1,)", "(1, 2)", "(1, 1, 2)", "(1, 1, 1, 1, 2)"}) {
+        tool::FileDetails details;
+        const HostImage same = readImageFile(write(npyBytes("|u1", shape, "ab")), details);
+        writeImageFile(folder / "a.npy", same, details);
+        EXPECT_THAT(folder.read("a.npy"), HasSubstr("'shape': " + shape + ", }"));
+    }
 }
 
 TEST_F(NpyFileTest, ToleratesWhatNumPyTolerates) {
