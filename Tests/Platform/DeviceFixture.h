@@ -38,11 +38,16 @@ inline cudaLaunchConfig_t shape(dim3 grid, dim3 block = dim3(64), cudaStream_t s
     return config;
 }
 
-/// Device memory of a scope; on request with each byte set.
+/// Device memory of a scope; on request with each byte set, or with values.
 template <class T>
 class DeviceArray {
 public:
-    explicit DeviceArray(std::size_t count) { EXPECT_EQ(cudaMalloc(&data_, count * sizeof(T)), cudaSuccess); }
+    explicit DeviceArray(std::size_t count) : count_(count) {
+        EXPECT_EQ(cudaMalloc(&data_, count * sizeof(T)), cudaSuccess);
+    }
+    explicit DeviceArray(const std::vector<T>& values) : DeviceArray(values.size()) {
+        EXPECT_EQ(cudaMemcpy(data_, values.data(), count_ * sizeof(T), cudaMemcpyHostToDevice), cudaSuccess);
+    }
     DeviceArray(std::size_t count, int byte) : DeviceArray(count) {
         EXPECT_EQ(cudaMemsetAsync(data_, byte, count * sizeof(T)), cudaSuccess);
         EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
@@ -52,8 +57,14 @@ public:
     DeviceArray& operator=(const DeviceArray&) = delete;
 
     T* get() const { return data_; }
+    std::vector<T> values() const {
+        std::vector<T> values(count_);
+        EXPECT_EQ(cudaMemcpy(values.data(), data_, count_ * sizeof(T), cudaMemcpyDeviceToHost), cudaSuccess);
+        return values;
+    }
 
 private:
+    std::size_t count_;
     T* data_ = nullptr;
 };
 

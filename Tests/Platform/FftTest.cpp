@@ -21,22 +21,20 @@ struct Shape {
 
 /// The vendor's calls for a precision.
 template <typename R>
-struct Calls;
-template <>
-struct Calls<float> {
-    using Element = cufftComplex;
-    static constexpr auto forwardType = CUFFT_R2C, inverseType = CUFFT_C2R;
-    static constexpr auto forward = cufftExecR2C;
-    static constexpr auto inverse = cufftExecC2R;
-    static constexpr double error = 2e-7;
-};
-template <>
-struct Calls<double> {
-    using Element = cufftDoubleComplex;
-    static constexpr auto forwardType = CUFFT_D2Z, inverseType = CUFFT_Z2D;
-    static constexpr auto forward = cufftExecD2Z;
-    static constexpr auto inverse = cufftExecZ2D;
-    static constexpr double error = 4e-16;
+struct Calls {
+    static constexpr bool isSingle = std::is_same_v<R, float>;
+    using Element = std::conditional_t<isSingle, cufftComplex, cufftDoubleComplex>;
+    static constexpr auto forwardType = isSingle ? CUFFT_R2C : CUFFT_D2Z,
+                          inverseType = isSingle ? CUFFT_C2R : CUFFT_Z2D;
+    static constexpr auto functions() {
+        if constexpr (isSingle)
+            return std::pair(&cufftExecR2C, &cufftExecC2R);
+        else
+            return std::pair(&cufftExecD2Z, &cufftExecZ2D);
+    }
+    static constexpr auto forward = functions().first;
+    static constexpr auto inverse = functions().second;
+    static constexpr double error = isSingle ? 2e-7 : 4e-16;
 };
 
 /// A plan with a work area of its own; one slice makes it a plan of two dimensions.
@@ -100,24 +98,19 @@ std::vector<std::complex<double>> plainSpectrum(const Shape& shape, const std::v
     return half;
 }
 
-/// Device memory with numbers in it, and what a transform makes of them.
+/// What the transform makes of numbers, and its inverse of that again.
 template <typename R>
 struct Transformed {
-    explicit Transformed(const Shape& shape, const std::vector<R>& real)
-        : input(real.size()), spectrumMemory(shape.spectrum()), spectrum(shape.spectrum()), back(real.size()) {
-        using Call = Calls<R>;
-        const Plan there(shape, Call::forwardType), again(shape, Call::inverseType);
-        EXPECT_EQ(cudaMemcpy(input.get(), real.data(), real.size() * sizeof(R), cudaMemcpyHostToDevice), cudaSuccess);
-        EXPECT_EQ(Call::forward(there, input.get(), spectrumMemory.get()), CUFFT_SUCCESS);
-        EXPECT_EQ(cudaMemcpy(spectrum.data(), spectrumMemory.get(), spectrum.size() * sizeof spectrum[0],
-                             cudaMemcpyDeviceToHost),
-                  cudaSuccess);
-        EXPECT_EQ(Call::inverse(again, spectrumMemory.get(), input.get()), CUFFT_SUCCESS);
-        EXPECT_EQ(cudaMemcpy(back.data(), input.get(), back.size() * sizeof(R), cudaMemcpyDeviceToHost), cudaSuccess);
+    Transformed(const Shape& shape, const std::vector<R>& real) {
+        const Plan there(shape, Calls<R>::forwardType), again(shape, Calls<R>::inverseType);
+        const DeviceArray<R> numbers(real);
+        const DeviceArray<typename Calls<R>::Element> middle(shape.spectrum());
+        EXPECT_EQ(Calls<R>::forward(there, numbers.get(), middle.get()), CUFFT_SUCCESS);
+        for (const auto& [re, im] : middle.values()) spectrum.emplace_back(re, im);
+        EXPECT_EQ(Calls<R>::inverse(again, middle.get(), numbers.get()), CUFFT_SUCCESS);
+        back = numbers.values();
     }
 
-    DeviceArray<R> input;
-    DeviceArray<typename Calls<R>::Element> spectrumMemory;
     std::vector<std::complex<R>> spectrum;
     std::vector<R> back;
 };
@@ -131,24 +124,10 @@ TYPED_TEST_SUITE(FftTest, Precisions);
 // incomplete, and lines of several slices in one bundle.
 TYPED_TEST(FftTest, EqualsTheSumsAndComesBack) {
     using R = TypeParam;
-    for (const Shape shape : {Shape{1, 1, 1},
-                              {1, 1, 9},
-                              {1, 40, 1},
-                              {1, 5, 6},
-                              {1, 33, 70},
-                              {1, 81, 49},
-                              {1, 64, 128},
-                              {1, 100, 146},
-                              {1, 22, 131},
-                              {1, 243, 27},
-                              {1, 60, 75},
-                              {2, 3, 4},
-                              {5, 7, 9},
-                              {9, 16, 25},
-                              {14, 58, 10},
-                              {3, 1, 300},
-                              {1, 2, 2187},
-                              {1, 1168, 3}}) {
+    constexpr Shape shapes[] = {{1, 1, 1},    {1, 1, 9},     {1, 40, 1},   {1, 5, 6},    {1, 33, 70},  {1, 81, 49},
+                                {1, 64, 128}, {1, 100, 146}, {1, 22, 131}, {1, 243, 27}, {1, 60, 75},  {2, 3, 4},
+                                {5, 7, 9},    {9, 16, 25},   {14, 58, 10}, {3, 1, 300},  {1, 2, 2187}, {1, 1168, 3}};
+    for (const Shape& shape : shapes) {
         SCOPED_TRACE(::testing::Message() << shape.nz << " x " << shape.ny << " x " << shape.nx);
         const std::vector<R> real = randomNumbers<R>(shape.reals(), 5);
         const auto expected = plainSpectrum(shape, real);
@@ -174,13 +153,10 @@ TYPED_TEST(FftTest, InverseIgnoresImaginaryPartsThatRealDataLack) {
         std::vector<Element> spectrum(shape.spectrum(), Element{1, 0});
         const auto inverseOf = [&] {
             const Plan plan(shape, Calls<R>::inverseType);
-            const DeviceArray<Element> in(spectrum.size());
+            const DeviceArray<Element> in(spectrum);
             const DeviceArray<R> out(shape.reals());
-            std::vector<R> result(shape.reals());
-            cudaMemcpy(in.get(), spectrum.data(), spectrum.size() * sizeof(Element), cudaMemcpyHostToDevice);
             EXPECT_EQ(Calls<R>::inverse(plan, in.get(), out.get()), CUFFT_SUCCESS);
-            cudaMemcpy(result.data(), out.get(), result.size() * sizeof(R), cudaMemcpyDeviceToHost);
-            return result;
+            return out.values();
         };
         const std::vector<R> expected = inverseOf();
         spectrum.front().y = 5;
@@ -307,7 +283,6 @@ TEST_F(FftPlanTest, RunsInItsStreamsTurn) {
     ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
     const DeviceArray<float> real(1);
     const DeviceArray<float2> spectrum(1, 0xff);
-    float2 result{};
     float number = 0;
     {
         const Plan plan({1, 1, 1}, CUFFT_R2C);
@@ -317,10 +292,9 @@ TEST_F(FftPlanTest, RunsInItsStreamsTurn) {
         number = 1;
     }
     EXPECT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
-    cudaMemcpy(&result, spectrum.get(), sizeof result, cudaMemcpyDeviceToHost);
     EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
-    EXPECT_EQ(result.x, 1.0f);
-    EXPECT_EQ(result.y, 0.0f);
+    EXPECT_EQ(spectrum.values()[0].x, 1.0f);
+    EXPECT_EQ(spectrum.values()[0].y, 0.0f);
 }
 
 }  // namespace
