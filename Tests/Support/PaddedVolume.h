@@ -31,14 +31,17 @@ struct PaddedVolume {
         return x + rowLength * (y + sliceRows * z);
     }
 
-    /// visit(element) for each voxel, x fastest, and not for the padding.
+    /// visit(x, y, z) for each voxel, x fastest, and not for the padding.
+    template <typename Visit>
+    void forEachPosition(const Visit& visit) const {
+        for (std::size_t z = 0; z < size[2]; ++z)
+            for (std::size_t y = 0; y < size[1]; ++y)
+                for (std::size_t x = 0; x < size[0]; ++x) visit(x, y, z);
+    }
+    /// visit(element), likewise.
     template <typename Visit>
     void forEachVoxel(const Visit& visit) {
-        for (std::size_t z = 0; z < size[2]; ++z) {
-            for (std::size_t y = 0; y < size[1]; ++y) {
-                for (std::size_t x = 0; x < size[0]; ++x) visit(elements[indexOf(x, y, z)]);
-            }
-        }
+        forEachPosition([&](std::size_t x, std::size_t y, std::size_t z) { visit(elements[indexOf(x, y, z)]); });
     }
     /// All elements after the voxels were overwritten.
     template <typename From>

@@ -42,10 +42,9 @@ struct Region {
 /// The volume with its voxels outside the region set.
 template <typename R>
 std::vector<R> filledOutside(PaddedVolume<R> volume, const Region& region, R value) {
-    for (std::size_t z = 0; z < volume.size[2]; ++z)
-        for (std::size_t y = 0; y < volume.size[1]; ++y)
-            for (std::size_t x = 0; x < volume.size[0]; ++x)
-                if (!region.contains(x, y, z)) volume.elements[volume.indexOf(x, y, z)] = value;
+    volume.forEachPosition([&](std::size_t x, std::size_t y, std::size_t z) {
+        if (!region.contains(x, y, z)) volume.elements[volume.indexOf(x, y, z)] = value;
+    });
     return volume.elements;
 }
 
@@ -57,34 +56,38 @@ TYPED_TEST(FftBufferTest, FillsAllAroundARegion) {
     using R = TypeParam;
     const auto volume = PaddedVolume<R>::numbered({7, 5, 4}, 2);
     const R value = -1;
-    for (const Region& region : {Region{{2, 1, 1}, {3, 2, 2}},
-                                 {{0, 0, 0}, {7, 5, 4}},
-                                 {{0, 0, 0}, {4, 5, 3}},
-                                 {{3, 2, 0}, {4, 3, 4}},
-                                 {{1, 0, 2}, {6, 5, 2}}}) {
+    const Region regions[] = {{{2, 1, 1}, {3, 2, 2}},
+                              {{0, 0, 0}, {7, 5, 4}},
+                              {{0, 0, 0}, {4, 5, 3}},
+                              {{3, 2, 0}, {4, 3, 4}},
+                              {{1, 0, 2}, {6, 5, 2}}};
+    for (const Region& region : regions) {
         const auto& [x, y, z] = region.origin;
         const auto& [width, height, depth] = region.size;
         SCOPED_TRACE(testing::Message() << width << " x " << height << " x " << depth << " at " << x << ", " << y);
         const bool atOrigin = x + y + z == 0;
-        auto filled = toDevice(volume.elements);
-        fillOutsideRegion3d(filled.get(), volume.pitch(), volume.slicePitch(), x, y, z, width, height, depth, 7, 5, 4,
-                            value, nullptr);
-        EXPECT_EQ(toHost(filled, volume.elements.size()), filledOutside(volume, region, value));
-        if (atOrigin) {
-            filled = toDevice(volume.elements);
-            fillOutsideRegion3d(filled.get(), volume.pitch(), volume.slicePitch(), width, height, depth, 7, 5, 4, value,
-                                nullptr);
-            EXPECT_EQ(toHost(filled, volume.elements.size()), filledOutside(volume, region, value));
-        }
-
+        const auto expectFilled = [&](const PaddedVolume<R>& image, const Region& kept, const auto& fill) {
+            const auto device = toDevice(image.elements);
+            fill(device.get());
+            EXPECT_EQ(toHost(device, image.elements.size()), filledOutside(image, kept, value));
+        };
+        expectFilled(volume, region, [&](R* first) {
+            fillOutsideRegion3d(first, volume.pitch(), volume.slicePitch(), x, y, z, width, height, depth, 7, 5, 4,
+                                value, nullptr);
+        });
         const auto slice = PaddedVolume<R>::numbered({7, 5, 1}, 2);
         const Region flat{{x, y, 0}, {width, height, 1}};
-        filled = toDevice(slice.elements);
+        expectFilled(slice, flat, [&](R* first) {
+            if (atOrigin)
+                fillOutsideRegion2d(first, slice.pitch(), width, height, 7, 5, value, nullptr);
+            else
+                fillOutsideRegion2d(first, slice.pitch(), x, y, width, height, 7, 5, value, nullptr);
+        });
         if (atOrigin)
-            fillOutsideRegion2d(filled.get(), slice.pitch(), width, height, 7, 5, value, nullptr);
-        else
-            fillOutsideRegion2d(filled.get(), slice.pitch(), x, y, width, height, 7, 5, value, nullptr);
-        EXPECT_EQ(toHost(filled, slice.elements.size()), filledOutside(slice, flat, value));
+            expectFilled(volume, region, [&](R* first) {
+                fillOutsideRegion3d(first, volume.pitch(), volume.slicePitch(), width, height, depth, 7, 5, 4, value,
+                                    nullptr);
+            });
     }
 }
 
@@ -101,11 +104,9 @@ TYPED_TEST(ConvertAndPadTest, PutsTheImageAtTheOrigin) {
         const auto target = PaddedVolume<R>({9, 6, depth + depth / 2}, 3, R(-5));
         PaddedVolume<R> expected = target;
         expected.forEachVoxel([](R& voxel) { voxel = 2; });
-        for (std::size_t z = 0; z < depth; ++z)
-            for (std::size_t y = 0; y < 4; ++y)
-                for (std::size_t x = 0; x < 5; ++x)
-                    expected.elements[expected.indexOf(x, y, z)] =
-                        static_cast<R>(source.elements[source.indexOf(x, y, z)]);
+        source.forEachPosition([&](std::size_t x, std::size_t y, std::size_t z) {
+            expected.elements[expected.indexOf(x, y, z)] = static_cast<R>(source.elements[source.indexOf(x, y, z)]);
+        });
 
         const auto from = toDevice(source.elements);
         const auto to = toDevice(target.elements);

@@ -29,8 +29,7 @@ P conjugateProduct(const P& a, const P& b) {
 /// A launcher or a kernel of both modules' shape, with what it is to make of a pixel.
 template <typename P, typename Launch>
 PixelwiseOperation<P> operation(Pixel<P> pixel, Part<P> scale, const Launch& launch) {
-    return {[=](const auto& in, const auto& out, const VolumeSize& size) { launch(in[0], in[1], out, size); },
-            [=](const std::vector<P>& in) {
+    return {launch, [=](const std::vector<P>& in) {
                 const P result = pixel(in[0], in[1]);
                 return P{result.x * scale, result.y * scale};
             }};
@@ -39,7 +38,8 @@ PixelwiseOperation<P> operation(Pixel<P> pixel, Part<P> scale, const Launch& lau
 /// The launch of a kernel that no launcher reaches, for each slice.
 template <typename... Parameters>
 auto bySlices(void (*kernel)(Parameters...)) {
-    return [=](const auto& a, const auto& b, const auto& out, const VolumeSize& size) {
+    return [=](const auto& in, const auto& out, const VolumeSize& size) {
+        const auto &a = in[0], &b = in[1];
         launchBySlices(size, [&](const cudaLaunchConfig_t& config, const auto& at) {
             if constexpr (sizeof...(Parameters) == 7)
                 cudaLaunchKernelEx(&config, kernel, at(a), a.pitch, at(b), b.pitch, at(out), out.pitch, size[0]);
@@ -61,14 +61,8 @@ TYPED_TEST(ComplexProductTest, ScalesWhereverTheResultGoes) {
     using P = TypeParam;
     using R = Part<P>;
     const R scale = R(0.3);
-    const auto complex = [=](const auto& a, const auto& b, const auto& out, const VolumeSize& size) {
-        multiplyComplexAndScale<R, P>(a.first, a.pitch, a.slicePitch, b.first, b.pitch, b.slicePitch, out.first,
-                                      out.pitch, out.slicePitch, size[0], size[1], size[2], scale, nullptr);
-    };
-    const auto conjugate = [=](const auto& a, const auto& b, const auto& out, const VolumeSize& size) {
-        multiplyByConjugateAndScale<R, P>(a.first, a.pitch, a.slicePitch, b.first, b.pitch, b.slicePitch, out.first,
-                                          out.pitch, out.slicePitch, size[0], size[1], size[2], scale, nullptr);
-    };
+    const auto complex = launching<2>(multiplyComplexAndScale<R, P>, scale);
+    const auto conjugate = launching<2>(multiplyByConjugateAndScale<R, P>, scale);
     expectPixelwise(operation<P>(product, scale, complex), {"abc", "aba", "aac", "aaa"});
     expectPixelwise(operation<P>(swappedProduct, scale, complex), {"abb"});
     expectPixelwise(operation<P>(conjugateProduct, scale, conjugate), {"abc", "aba", "abb", "aac", "aaa"});

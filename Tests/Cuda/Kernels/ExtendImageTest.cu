@@ -14,7 +14,6 @@ struct Extension {
 
 template <typename T>
 class ExtendImageTest : public ::testing::Test {};
-using FloatTypes = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(ExtendImageTest, FloatTypes);
 
 }  // namespace
@@ -22,16 +21,10 @@ TYPED_TEST_SUITE(ExtendImageTest, FloatTypes);
 // No border, one on each side alone, all around, and some wider than the image.
 TYPED_TEST(ExtendImageTest, MirrorsTheImageInItsBorder) {
     using T = TypeParam;
-    for (const auto& [width, height, originX, originY, extendedWidth, extendedHeight] :
-         std::initializer_list<Extension>{{4, 3, 0, 0, 4, 3},
-                                          {4, 3, 0, 0, 4, 5},
-                                          {4, 3, 0, 0, 6, 3},
-                                          {4, 3, 2, 0, 6, 3},
-                                          {4, 3, 0, 1, 4, 4},
-                                          {3, 2, 7, 5, 15, 9},
-                                          {70, 5, 30, 3, 200, 12},
-                                          {200, 1, 66, 4, 300, 9},
-                                          {1, 1, 2, 2, 70, 5}}) {
+    constexpr Extension extensions[] = {{4, 3, 0, 0, 4, 3},      {4, 3, 0, 0, 4, 5},      {4, 3, 0, 0, 6, 3},
+                                        {4, 3, 2, 0, 6, 3},      {4, 3, 0, 1, 4, 4},      {3, 2, 7, 5, 15, 9},
+                                        {70, 5, 30, 3, 200, 12}, {200, 1, 66, 4, 300, 9}, {1, 1, 2, 2, 70, 5}};
+    for (const auto& [width, height, originX, originY, extendedWidth, extendedHeight] : extensions) {
         SCOPED_TRACE(testing::Message() << width << " x " << height << " at " << originX << ", " << originY << " of "
                                         << extendedWidth << " x " << extendedHeight);
         const RandomVolume<T> image({width, height, 1}, 3, 1, 5), extended({extendedWidth, extendedHeight, 1}, 5, 1, 6);

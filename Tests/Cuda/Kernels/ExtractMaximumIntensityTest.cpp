@@ -42,15 +42,13 @@ TYPED_TEST(ExtractMaximumIntensityTest, KeepsTheEarlierOfEqualPixels) {
             extractMaximumIntensity<T, L>(device.get(), image.pitch(), image.slicePitch(), index, deviceMaximum.get(),
                                           maximum.pitch(), maximum.slicePitch(), deviceIndices.get(), indices.pitch(),
                                           indices.slicePitch(), size[0], size[1], size[2], nullptr);
-            for (std::size_t i = 0; i < size[0] * size[1] * size[2]; ++i) {
-                const std::size_t x = i % size[0], y = i / size[0] % size[1], z = i / size[0] / size[1];
+            image.forEachPosition([&](std::size_t x, std::size_t y, std::size_t z) {
                 const T pixel = image.elements[image.indexOf(x, y, z)];
                 float& most = maximum.elements[maximum.indexOf(x, y, z)];
-                if (pixel > static_cast<T>(most)) {
-                    most = static_cast<float>(pixel);
-                    indices.elements[indices.indexOf(x, y, z)] = index;
-                }
-            }
+                if (!(pixel > static_cast<T>(most))) return;
+                most = static_cast<float>(pixel);
+                indices.elements[indices.indexOf(x, y, z)] = index;
+            });
             EXPECT_EQ(toHost(deviceMaximum, maximum.elements.size()), maximum.elements);
             EXPECT_EQ(toHost(deviceIndices, indices.elements.size()), indices.elements);
         }

@@ -11,7 +11,6 @@ namespace {
 
 template <typename T>
 class NormalizationTest : public ::testing::Test {};
-using FloatTypes = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(NormalizationTest, FloatTypes);
 
 constexpr double mean = 1.3, deviation = -0.7;
@@ -39,12 +38,7 @@ void normalize(const std::vector<Image>& in, const Image& out, const VolumeSize&
 
 TYPED_TEST(NormalizationTest, StandardizesByAMeanAndADeviation) {
     using T = TypeParam;
-    const PixelwiseOperation<T> launcher{[](const auto& in, const auto& out, const VolumeSize& size) {
-                                             standardization<T>(in[0].first, in[0].pitch, in[0].slicePitch, out.first,
-                                                                out.pitch, out.slicePitch, size[0], size[1], size[2],
-                                                                mean, deviation, nullptr);
-                                         },
-                                         standardized<T, T>};
+    const PixelwiseOperation<T> launcher{launching<1>(standardization<T>, mean, deviation), standardized<T, T>};
     expectPixelwise(launcher, {"ab", "aa"});
     const PixelwiseOperation<double, float> converting{
         [](const auto& in, const auto& out, const VolumeSize& size) {

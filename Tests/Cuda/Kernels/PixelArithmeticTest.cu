@@ -11,7 +11,6 @@ namespace {
 
 template <typename T>
 class PixelArithmeticTest : public ::testing::Test {};
-using FloatTypes = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(PixelArithmeticTest, FloatTypes);
 
 }  // namespace
@@ -20,18 +19,9 @@ TYPED_TEST(PixelArithmeticTest, WorksWhereverTheResultGoes) {
     using T = TypeParam;
     using Pixels = std::vector<T>;
     const T value = T(1.7);
-    const PixelwiseOperation<T> multiply{[](const auto& in, const auto& out, const VolumeSize& size) {
-                                             multiplyImage<T>(in[0].first, in[0].pitch, in[0].slicePitch, in[1].first,
-                                                              in[1].pitch, in[1].slicePitch, out.first, out.pitch,
-                                                              out.slicePitch, size[0], size[1], size[2], nullptr);
-                                         },
+    const PixelwiseOperation<T> multiply{launching<2>(multiplyImage<T>),
                                          [](const Pixels& in) { return in[0] * in[1]; }};
-    const PixelwiseOperation<T> square{[](const auto& in, const auto& out, const VolumeSize& size) {
-                                           squareImage<T>(in[0].first, in[0].pitch, in[0].slicePitch, out.first,
-                                                          out.pitch, out.slicePitch, size[0], size[1], size[2],
-                                                          nullptr);
-                                       },
-                                       [](const Pixels& in) { return in[0] * in[0]; }};
+    const PixelwiseOperation<T> square{launching<1>(squareImage<T>), [](const Pixels& in) { return in[0] * in[0]; }};
     // Subtractions take slices without padding between them.
     const PixelwiseOperation<T> subtract{[](const auto& in, const auto& out, const VolumeSize& size) {
                                              subtractImage<T>(in[0].first, in[0].pitch, in[1].first, in[1].pitch,

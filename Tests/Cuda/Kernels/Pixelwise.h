@@ -5,6 +5,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "Kernels/RowLaunch.h"
 #include "PaddedVolume.h"
@@ -21,6 +22,7 @@ struct ImageArgument {
 };
 
 using VolumeSize = std::array<std::size_t, 3>;
+using FloatTypes = ::testing::Types<float, double>;
 
 inline void randomize(double& value, std::mt19937& random) {
     value = std::normal_distribution<double>(0, 3)(random);
@@ -49,6 +51,19 @@ void launchBySlices(const VolumeSize& size, const Launch& launch) {
     cuda::launchRowsPerSlice(size[1], size[2], nullptr, [&](const cudaLaunchConfig_t& config, std::uint64_t z) {
         launch(config, [z](const auto& image) { return cuda::offsetBytes(image.first, z * image.slicePitch); });
     });
+}
+
+/// A launcher of one or two inputs and an output, each with its pitches, then the size, scalars and the stream.
+template <std::size_t inputs, typename Launcher, typename... Scalars>
+auto launching(Launcher launcher, Scalars... scalars) {
+    return [=](const auto& in, const auto& out, const VolumeSize& size) {
+        const auto parts = [](const auto& image) { return std::tuple(image.first, image.pitch, image.slicePitch); };
+        const std::tuple rest(size[0], size[1], size[2], scalars..., nullptr);
+        if constexpr (inputs == 1)
+            std::apply(launcher, std::tuple_cat(parts(in[0]), parts(out), rest));
+        else
+            std::apply(launcher, std::tuple_cat(parts(in[0]), parts(in[1]), parts(out), rest));
+    };
 }
 
 template <typename T>

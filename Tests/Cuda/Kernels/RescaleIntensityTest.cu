@@ -17,11 +17,7 @@ template <typename T>
 PixelwiseOperation<T, float> rescaling(const Ranges& ranges) {
     const double span = ranges.inMax == ranges.inMin ? 1 : ranges.inMax - ranges.inMin;
     const double factor = (ranges.outMax - ranges.outMin) / span, offset = ranges.outMin - factor * ranges.inMin;
-    return {[=](const auto& in, const auto& out, const VolumeSize& size) {
-                rescaleIntensity<T>(in[0].first, in[0].pitch, in[0].slicePitch, out.first, out.pitch, out.slicePitch,
-                                    size[0], size[1], size[2], ranges.inMin, ranges.inMax, ranges.outMin, ranges.outMax,
-                                    nullptr);
-            },
+    return {launching<1>(rescaleIntensity<T>, ranges.inMin, ranges.inMax, ranges.outMin, ranges.outMax),
             [=](const std::vector<T>& in) { return static_cast<float>(std::fma(factor, in[0], offset)); }};
 }
 
