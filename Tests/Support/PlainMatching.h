@@ -22,13 +22,22 @@ inline Doubles asDoubles(const ImageModel& image) {
     return result;
 }
 
+inline std::array<long, 3> sizeOf(const HostImage& image) {
+    return {long(image.getDimension(0)), long(image.getDimension(1)), long(image.getDimension(2))};
+}
+
+/// Of voxel i, x fastest.
+inline std::array<long, 3> positionIn(const std::array<long, 3>& size, std::size_t i) {
+    const long n = long(i);
+    return {n % size[0], n / size[0] % size[1], n / (size[0] * size[1])};
+}
+
 /// The masked normalised cross-correlation as its formula says, one position after the other. At a voxel the template's
 /// voxel (size - 1) / 2 lies on it, and for the local statistics the mask's turned by half a turn about its middle.
 inline Doubles directScores(const HostImage& image, const HostImage& templateImage, const HostImage& mask,
                             double threshold) {
     const Doubles I = asDoubles(image), t = asDoubles(templateImage), M = asDoubles(mask);
-    const long n[3] = {long(image.getDimension(0)), long(image.getDimension(1)), long(image.getDimension(2))};
-    const long s[3] = {long(mask.getDimension(0)), long(mask.getDimension(1)), long(mask.getDimension(2))};
+    const auto n = sizeOf(image), s = sizeOf(mask);
     double count = 0, sum = 0, squares = 0;
     for (std::size_t i = 0; i < M.size(); ++i) {
         if (!(M[i] > 0)) continue;
@@ -40,30 +49,22 @@ inline Doubles directScores(const HostImage& image, const HostImage& templateIma
     const double deviation = std::sqrt(squares / count);
     const double sigma = deviation < 1e-6 ? 1 : deviation;
     Doubles scores;
-    for (long z = 0; z < n[2]; ++z) {
-        for (long y = 0; y < n[1]; ++y) {
-            for (long x = 0; x < n[0]; ++x) {
-                double c = 0, a = 0, b = 0;
-                for (long k = 0; k < s[2]; ++k) {
-                    for (long j = 0; j < s[1]; ++j) {
-                        for (long i = 0; i < s[0]; ++i) {
-                            const auto at = std::size_t((k * s[1] + j) * s[0] + i);
-                            const auto mirrored = M.size() - 1 - at;
-                            const long p = x + i - (s[0] - 1) / 2, q = y + j - (s[1] - 1) / 2,
-                                       r = z + k - (s[2] - 1) / 2;
-                            const bool isInside = p >= 0 && p < n[0] && q >= 0 && q < n[1] && r >= 0 && r < n[2];
-                            const double v = isInside ? I[std::size_t((r * n[1] + q) * n[0] + p)] : 0;
-                            c += v * M[at] * (t[at] - mu) / sigma;
-                            a += v * M[mirrored];
-                            b += v * v * M[mirrored];
-                        }
-                    }
-                }
-                const double variance = b / count - a * a / (count * count);
-                const double score = variance < threshold ? 0 : c / count / std::sqrt(variance);
-                scores.push_back(std::clamp(score, -1.0, 1.0));
-            }
+    for (std::size_t voxel = 0; voxel < I.size(); ++voxel) {
+        const auto [x, y, z] = positionIn(n, voxel);
+        double c = 0, a = 0, b = 0;
+        for (std::size_t at = 0; at < M.size(); ++at) {
+            const auto [i, j, k] = positionIn(s, at);
+            const auto mirrored = M.size() - 1 - at;
+            const long p = x + i - (s[0] - 1) / 2, q = y + j - (s[1] - 1) / 2, r = z + k - (s[2] - 1) / 2;
+            const bool isInside = p >= 0 && p < n[0] && q >= 0 && q < n[1] && r >= 0 && r < n[2];
+            const double v = isInside ? I[std::size_t((r * n[1] + q) * n[0] + p)] : 0;
+            c += v * M[at] * (t[at] - mu) / sigma;
+            a += v * M[mirrored];
+            b += v * v * M[mirrored];
         }
+        const double variance = b / count - a * a / (count * count);
+        const double score = variance < threshold ? 0 : c / count / std::sqrt(variance);
+        scores.push_back(std::clamp(score, -1.0, 1.0));
     }
     return scores;
 }
@@ -76,10 +77,10 @@ inline double thresholdOf(const HostImage& image) {
     return s * s * 0.01;
 }
 
-inline double largestDifference(const std::vector<float>& a, const Doubles& b) {
-    double largest = 0;
-    for (std::size_t i = 0; i < a.size(); ++i) largest = std::max(largest, std::abs(double(a[i]) - b[i]));
-    return largest;
+inline double maxDifference(const std::vector<float>& a, const Doubles& b) {
+    double result = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) result = std::max(result, std::abs(double(a[i]) - b[i]));
+    return result;
 }
 
 /// One corner or voxel of a template, taken through the turns one by one: psi about z, theta about x, phi about z; or
@@ -121,8 +122,7 @@ struct PlainVolume {
     PlainVolume(const std::array<long, 3>& n, const std::array<double, 3>& voxelSize)
         : size(n), voxels(std::size_t(n[0] * n[1] * n[2])), spacing(voxelSize) {}
     explicit PlainVolume(const HostImage& image)
-        : PlainVolume({long(image.getDimension(0)), long(image.getDimension(1)), long(image.getDimension(2))},
-                      {image.getSpacing(0), image.getSpacing(1), image.getSpacing(2)}) {
+        : PlainVolume(sizeOf(image), {image.getSpacing(0), image.getSpacing(1), image.getSpacing(2)}) {
         voxels = asDoubles(image);
     }
 
@@ -136,25 +136,23 @@ struct PlainVolume {
         double sum = 0;
         for (std::size_t axis = 0; axis < 3; ++axis)
             if (p[axis] < -1e-6 || p[axis] > double(size[axis] - 1) + 1e-6) return beyond;
-        for (long z = 0; z < size[2]; ++z)
-            for (long y = 0; y < size[1]; ++y)
-                for (long x = 0; x < size[0]; ++x)
-                    sum += voxels[std::size_t((z * size[1] + y) * size[0] + x)] * tent(p[0], x) * tent(p[1], y) *
-                           tent(p[2], z);
+        for (std::size_t i = 0; i < voxels.size(); ++i) {
+            double weight = 1;
+            for (std::size_t axis = 0; axis < 3; ++axis)
+                weight *= std::max(0.0, 1 - std::abs(p[axis] - positionOf(i)[axis]));
+            sum += weight * voxels[i];
+        }
         return sum;
     }
     /// Calls fill(position) for each voxel.
     template <typename Fill>
     void fillWith(const Fill& fill) {
-        for (std::size_t i = 0; i < voxels.size(); ++i) {
-            const long n = long(i);
-            voxels[i] =
-                fill(std::array{double(n % size[0]), double(n / size[0] % size[1]), double(n / (size[0] * size[1]))});
-        }
+        for (std::size_t i = 0; i < voxels.size(); ++i) voxels[i] = fill(positionOf(i));
     }
-
-private:
-    static double tent(double position, long voxel) { return std::max(0.0, 1 - std::abs(position - double(voxel))); }
+    std::array<double, 3> positionOf(std::size_t i) const {
+        const auto [x, y, z] = positionIn(size, i);
+        return {double(x), double(y), double(z)};
+    }
 };
 
 /// Voxel centres shared out evenly, the edge repeated.

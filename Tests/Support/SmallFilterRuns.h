@@ -85,9 +85,7 @@ struct SmallTemplateMatching : MatchingRun {
     static inline const HostImage pattern = randomImage<float>({3, 3, 2}, 9);
 
     SmallTemplateMatching(HostImage& image, const Placement3d& placement)
-        : MatchingRun(image, pattern, VoxelTypes::uint8, placement) {
-        filter.transformationTable = tableOf({{"phi", {0, 0.5}}});
-    }
+        : MatchingRun(image, pattern, VoxelTypes::uint8, placement, tableOf({{"phi", {0, 0.5}}})) {}
 };
 
 /// Those that the tile driver runs, with a step for each upload, pass and download.

@@ -7,24 +7,20 @@
 #include "DocsTable.h"
 #include "PlainFilters.h"
 #include "RunChecks.h"
-#include "zel/ImageModelAdapter.h"
 
 namespace zel::test {
 namespace {
 
 using Scores = PlainVolume<double>;
 
-/// The mean over a window of the template's size, mirrored at the edges; it begins half its size before the pixel.
-double localMean(const Scores& image, long x, long y, long width, long height) {
-    double sum = 0;
-    for (long j = 0; j < height; ++j) {
-        for (long i = 0; i < width; ++i) {
-            const long column = mirrored(x - width / 2 + i, static_cast<long>(image.size[0]));
-            const long row = mirrored(y - height / 2 + j, static_cast<long>(image.size[1]));
-            sum += image.voxels[static_cast<std::size_t>(row) * image.size[0] + static_cast<std::size_t>(column)];
-        }
-    }
-    return sum / static_cast<double>(width * height);
+/// The means over windows of the template's size, mirrored at the edges; they begin half its size before the pixel.
+std::vector<double> localMeans(const Scores& image, const Scores& pattern) {
+    return plainWindowFilter(
+        image, rectangle(static_cast<long>(pattern.size[0]), static_cast<long>(pattern.size[1])),
+        [](const auto& seen) {
+            return std::accumulate(seen.begin(), seen.end(), 0.0) / static_cast<double>(seen.size());
+        },
+        mirrored);
 }
 
 /// Term by term.
@@ -32,10 +28,8 @@ Scores plainCorrelation(Scores image, Scores pattern, bool removesMeans) {
     const auto width = static_cast<long>(image.size[0]), height = static_cast<long>(image.size[1]);
     const auto templateWidth = static_cast<long>(pattern.size[0]), templateHeight = static_cast<long>(pattern.size[1]);
     if (removesMeans) {
-        const Scores original = image;
-        for (long i = 0; i < width * height; ++i)
-            image.voxels[static_cast<std::size_t>(i)] -=
-                localMean(original, i % width, i / width, templateWidth, templateHeight);
+        const std::vector<double> means = localMeans(image, pattern);
+        std::ranges::transform(image.voxels, means, image.voxels.begin(), std::minus<>());
         const double mean = std::accumulate(pattern.voxels.begin(), pattern.voxels.end(), 0.0) /
                             static_cast<double>(pattern.voxels.size());
         for (double& voxel : pattern.voxels) voxel -= mean;
@@ -56,10 +50,9 @@ Scores plainCorrelation(Scores image, Scores pattern, bool removesMeans) {
 
 Scores plainOf(const HostImage& image) {
     Scores plain{{image.getDimension(0), image.getDimension(1), 1}, {}};
-    plain.voxels.resize(plain.size[0] * plain.size[1]);
-    for (std::size_t y = 0; y < plain.size[1]; ++y)
-        ImageModelAdapter(&image, VoxelTypes::float64, DataConvertionTypes::cast)
-            .readRow(plain.size[0], plain.voxels.data() + y * plain.size[0], 0, y, 0, 0, 0);
+    visitVoxelType(image.getDataType(), RealTypes{}, [&]<typename T>() {
+        for (const T voxel : readAll<T>(image)) plain.voxels.push_back(static_cast<double>(voxel));
+    });
     return plain;
 }
 
@@ -102,15 +95,11 @@ TYPED_TEST(CrossCorrelationTest, EqualsTheSumsInEachPlaceAndTile) {
     constexpr bool isWide = sizeof(T) == 8 || (sizeof(T) == 4 && !std::is_same_v<T, float>);
     const double error = isWide ? 1e-9 : 1e-4;
     const std::vector<Vector2<unsigned>> tiles{{0, 0}, {1, 1}, {9, 14}, {18, 6}};
-    struct Shape {
+    const struct {
         ImageSize image, pattern;
-    };
-    for (const Shape& shape : {Shape{{17, 11}, {1, 1}},
-                               {{20, 13}, {2, 2}},
-                               {{19, 22}, {4, 3}},
-                               {{16, 15}, {5, 5}},
-                               {{9, 8}, {9, 8}},
-                               {{25, 1}, {6, 1}}}) {
+    } shapes[] = {{{17, 11}, {1, 1}}, {{20, 13}, {2, 2}}, {{19, 22}, {4, 3}},
+                  {{16, 15}, {5, 5}}, {{9, 8}, {9, 8}},   {{25, 1}, {6, 1}}};
+    for (const auto& shape : shapes) {
         HostImage image = randomImage<T>(shape.image, 3);
         const HostImage pattern = randomImage<T>(shape.pattern, 4);
         for (const int mode : {0, 1}) {

@@ -20,29 +20,11 @@ struct OwnSteps : InteractionInterface {
 }  // namespace
 
 TEST(MatchingStepsTest, TheRunItselfTakesAllThatItPromises) {
-    HostImage image = randomImage<float>({14, 12, 11}, 6);
-    HostImage pattern = randomImage<float>({5, 4, 3}, 7), coarse = randomImage<float>({5, 4, 3}, 7);
-    coarse.setSpacing(0, 1.5);
-    HostImage filter(VoxelTypes::float32, {40, 40, 40});
-    const std::shared_ptr<const tarnway::DataFrameView> tables[]{nullptr, tableOf({{"phi", {0.5, 0}}}),
-                                                                 tableOf({{"scaleX", {1, 1.4}}, {"theta", {0.2, 0}}}),
-                                                                 tableOf({{"psi", {}}})};
-    for (const auto& table : tables) {
-        for (unsigned choice = 0; choice < 32; ++choice) {
-            SCOPED_TRACE(choice);
-            const HostImage& sought = (choice & 16) != 0 ? coarse : pattern;
-            MatchingRun run(image, sought, VoxelTypes::uint8, {});
-            run.filter.transformationTable = table;
-            if ((choice & 1) != 0) run.filter.inputMask = &sought;
-            run.filter.maskFollowsTransformation = (choice & 2) != 0;
-            if ((choice & 4) != 0) run.filter.frequencyFilter = &filter;
-            if ((choice & 8) != 0) run.filter.tilingMode = 1;
-            run.filter.tileSize = {12, 30, 30};
-            OwnSteps steps;
-            run.filter.run(&steps);
-            EXPECT_EQ(steps.last, steps.total);
-        }
-    }
+    onEachWay([](MatchingRun& run, const MatchingWay&) {
+        OwnSteps steps;
+        run.filter.run(&steps);
+        EXPECT_EQ(steps.last, steps.total);
+    });
 }
 
 TEST(MatchingStepsTest, ATemplateThatOutgrowsItsRoomIsRefused) {

@@ -43,8 +43,7 @@ std::vector<Doubles> scoresOfRows(const HostImage& image, const HostImage& patte
 }
 
 void expectBest(MatchingRun& run, const std::vector<Doubles>& rows, double tolerance) {
-    run.filter.run();
-    const std::vector<float> scores = run.scores();
+    const auto scores = resultOf<float>(run);
     const auto numbers = run.rows<std::uint8_t>();
     for (std::size_t i = 0; i < scores.size(); ++i) {
         double best = -2;
@@ -82,10 +81,9 @@ TEST(MatchingTransformationTest, ScoresAreThoseOfThePlainlyTransformedTemplate) 
         const auto table = tableOf(columns);
         const std::vector<Doubles> expected = scoresOfRows(image, pattern, mask, *table, follows);
         for (const Vector3<unsigned>& tile : {Vector3<unsigned>{}, {12, 1, 11}}) {
-            MatchingRun run(image, pattern, VoxelTypes::uint8, {false, false, tile});
+            MatchingRun run(image, pattern, VoxelTypes::uint8, {false, false, tile}, table);
             run.filter.inputMask = &mask;
             run.filter.maskFollowsTransformation = follows;
-            run.filter.transformationTable = table;
             expectBest(run, expected, 1e-5);
         }
     }
@@ -93,41 +91,27 @@ TEST(MatchingTransformationTest, ScoresAreThoseOfThePlainlyTransformedTemplate) 
 
 namespace {
 
-using Complex = std::complex<double>;
-
 /// A volume through its Fourier sum, each frequency multiplied by gain(kx, ky, kz), cycles per volume around 0.
 template <typename Gain>
 PlainVolume filtered(const PlainVolume& source, const Gain& gain) {
-    const auto& n = source.size;
-    const auto phase = [&](const std::array<double, 3>& p, const std::array<double, 3>& k) {
+    const std::size_t count = source.voxels.size();
+    const auto phase = [&](std::size_t voxel, std::size_t frequency) {
+        const auto p = source.positionOf(voxel), k = source.positionOf(frequency);
         double turns = 0;
-        for (std::size_t axis = 0; axis < 3; ++axis) turns += p[axis] * k[axis] / double(n[axis]);
+        for (std::size_t axis = 0; axis < 3; ++axis) turns += p[axis] * k[axis] / double(source.size[axis]);
         return std::polar(1.0, 2 * std::numbers::pi * turns);
     };
-    PlainVolume result = source, frequencies = source, positions = source;
-    std::vector<Complex> spectrum;
-    frequencies.fillWith([&](const std::array<double, 3>& k) {
-        Complex sum = 0;
-        std::size_t i = 0;
-        positions.fillWith([&](const std::array<double, 3>& p) {
-            sum += source.voxels[i++] * std::conj(phase(p, k));
-            return 0.0;
-        });
-        const auto around0 = [&](std::size_t axis) {
-            return k[axis] > double(n[axis]) / 2 ? k[axis] - double(n[axis]) : k[axis];
-        };
-        spectrum.push_back(sum * gain(around0(0), around0(1), around0(2)));
-        return 0.0;
-    });
-    result.fillWith([&](const std::array<double, 3>& p) {
-        Complex sum = 0;
-        std::size_t i = 0;
-        frequencies.fillWith([&](const std::array<double, 3>& k) {
-            sum += spectrum[i++] * phase(p, k);
-            return 0.0;
-        });
-        return sum.real() / double(source.voxels.size());
-    });
+    std::vector<std::complex<double>> spectrum(count), voxels(count);
+    for (std::size_t k = 0; k < count; ++k) {
+        for (std::size_t i = 0; i < count; ++i) spectrum[k] += source.voxels[i] * std::conj(phase(i, k));
+        auto around0 = source.positionOf(k);
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            if (around0[axis] > double(source.size[axis]) / 2) around0[axis] -= double(source.size[axis]);
+        spectrum[k] *= gain(around0[0], around0[1], around0[2]);
+        for (std::size_t i = 0; i < count; ++i) voxels[i] += spectrum[k] * phase(i, k);
+    }
+    PlainVolume result = source;
+    for (std::size_t i = 0; i < count; ++i) result.voxels[i] = voxels[i].real() / double(count);
     return result;
 }
 

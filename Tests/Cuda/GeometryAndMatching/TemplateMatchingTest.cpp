@@ -6,11 +6,11 @@
 
 #include "MatchingRun.h"
 #include "PlainMatching.h"
+#include "PlantedParticle.h"
 #include "RunChecks.h"
 
 using namespace zel;
 using namespace zel::test;
-using tarnway::DataFrameView;
 
 namespace {
 
@@ -67,8 +67,7 @@ TYPED_TEST(TemplateMatchingTest, ScoresAreTheMaskedCorrelationCoefficient) {
         onAllPlacements(tiles, [&](const auto& placement) {
             MatchingRun run(image, sought, voxelTypeOf<decltype(indexVoxel)>, placement);
             run.filter.inputMask = &mask;
-            run.filter.run();
-            EXPECT_LT(largestDifference(run.scores(), expected), tolerance);
+            EXPECT_LT(maxDifference(resultOf<float>(run), expected), tolerance);
         });
     };
     check(std::uint8_t{}, {{}, {9, 8, 10}});
@@ -77,84 +76,37 @@ TYPED_TEST(TemplateMatchingTest, ScoresAreTheMaskedCorrelationCoefficient) {
 }
 
 TEST(TemplateMatchingTableTest, FindsTheRowOfAPlantedTemplateWhateverTheOrderOfRows) {
-    const HostImage sought = randomImage<float>({5, 5, 5}, 4);
+    PlantedParticle planted;
+    planted.plantAt({10, 6, 4}, true);
     const auto table = tableOf({{"phi", {0, M_PI / 2, 0.4, M_PI}}, {"theta", {0, 0, 0.3, M_PI / 2}}});
     const auto reversed = tableOf({{"phi", {M_PI, 0.4, M_PI / 2, 0}}, {"theta", {M_PI / 2, 0.3, 0, 0}}});
-    HostImage image = randomImage<float>({24, 16, 14}, 5);
-    for (std::size_t i = 0; i < 24 * 16 * 14; ++i) voxels<float>(image)[i] *= 0.1F;
-    // The template turned by 90 degrees about z: x goes to y.
-    for (std::size_t z = 0; z < 5; ++z) {
-        for (std::size_t y = 0; y < 5; ++y) {
-            for (std::size_t x = 0; x < 5; ++x) {
-                const float voxel = static_cast<const float*>(sought.data())[(z * 5 + y) * 5 + x];
-                voxels<float>(image)[((z + 4) * 16 + x + 6) * 24 + 4 - y + 10] = voxel;
-            }
-        }
-    }
-    MatchingRun run(image, sought, VoxelTypes::uint8, {});
-    run.filter.transformationTable = table;
-    run.filter.run();
-    const std::vector<float> scores = run.scores();
+    MatchingRun run(planted.volume, planted.particle, VoxelTypes::uint8, {}, table);
+    const std::vector<float> scores = resultOf<float>(run);
     const auto best = std::size_t(std::max_element(scores.begin(), scores.end()) - scores.begin());
     EXPECT_EQ(best, ((4 + 2) * 16 + 6 + 2) * 24 + 10 + 2);
     EXPECT_GT(scores[best], 0.9999);
     EXPECT_EQ(run.rows<std::uint8_t>()[best], 1);
-
-    MatchingRun backwards(image, sought, VoxelTypes::uint8, {});
-    backwards.filter.transformationTable = reversed;
-    backwards.filter.run();
-    EXPECT_EQ(backwards.scores(), scores);
+    EXPECT_EQ(resultOf<float>(MatchingRun(planted.volume, planted.particle, VoxelTypes::uint8, {}, reversed)), scores);
 
     // Gain and offset change nothing beyond rounding, inside the margin that 0 fills.
-    HostImage brighter = randomImage<float>({24, 16, 14}, 5);
-    for (std::size_t i = 0; i < 24 * 16 * 14; ++i) voxels<float>(brighter)[i] = 3 * voxels<float>(image)[i] + 50;
-    MatchingRun other(brighter, sought, VoxelTypes::uint8, {});
-    other.filter.transformationTable = table;
-    other.filter.run();
-    EXPECT_NEAR(other.scores()[best], scores[best], 1e-4);
-    EXPECT_EQ(other.rows<std::uint8_t>()[best], 1);
+    for (float& voxel : std::span(voxels<float>(planted.volume), scores.size())) voxel = 3 * voxel + 50;
+    EXPECT_NEAR(resultOf<float>(run)[best], scores[best], 1e-4);
+    EXPECT_EQ(run.rows<std::uint8_t>()[best], 1);
 }
 
 TEST(TemplateMatchingTableTest, TakesTheStepsOfItsFormula) {
-    HostImage image = randomImage<float>({14, 12, 11}, 6);
-    const HostImage sought = randomImage<float>({5, 4, 3}, 7);
-    HostImage coarse = randomImage<float>({5, 4, 3}, 7);
-    coarse.setSpacing(0, 1.5);
-    const HostImage mask = randomMask<float>({5, 4, 3}, 8);
-    HostImage coarseMask = randomMask<float>({5, 4, 3}, 8);
-    coarseMask.setSpacing(0, 1.5);
-    HostImage filter(VoxelTypes::float32, {40, 40, 40});
-    std::fill_n(voxels<float>(filter), 40 * 40 * 40, 1.0F);
-    const std::pair<std::shared_ptr<const DataFrameView>, std::uint64_t> tables[]{
-        {nullptr, 1},
-        {tableOf({{"phi", {0.5, 0}}}), 2},
-        {tableOf({{"scaleX", {1, 1.4}}, {"theta", {0.2, 0}}}), 2},
-        {tableOf({{"psi", {}}}), 0}};
-    for (const auto& [table, rows] : tables) {
-        for (unsigned choice = 0; choice < 32; ++choice) {
-            const bool hasMask = choice & 1, follows = choice & 2, filtered = choice & 4, tiled = choice & 8,
-                       otherSpacing = choice & 16;
-            SCOPED_TRACE(testing::Message() << rows << " rows, choice " << choice);
-            MatchingRun run(image, otherSpacing ? coarse : sought, VoxelTypes::uint8, {});
-            run.filter.transformationTable = table;
-            if (hasMask) run.filter.inputMask = otherSpacing ? &coarseMask : &mask;
-            run.filter.maskFollowsTransformation = follows;
-            if (filtered) run.filter.frequencyFilter = &filter;
-            run.filter.tilingMode = tiled ? 1 : 0;
-            run.filter.tileSize = {12, 30, 30};
-            const std::uint64_t preparations = filtered + (hasMask ? 1 : 2);
-            const std::uint64_t steps = reportsOf(run).back();
-            if (tiled) {
-                EXPECT_EQ((steps - preparations - 2) % (12 * rows + 1), 0U);
-                EXPECT_GT(steps - preparations - 2, 12 * rows + 1) << "several blocks";
-            } else {
-                EXPECT_EQ(steps, 13 * rows + preparations + 3);
-            }
-            if (rows == 0) {
-                EXPECT_EQ(run.scores()[0], std::numeric_limits<float>::lowest());
-            }
+    onEachWay([](MatchingRun& run, const MatchingWay& way) {
+        const std::uint64_t preparations = way.isFiltered + (way.hasMask ? 1 : 2), steps = reportsOf(run).back();
+        if (way.isTiled) {
+            EXPECT_EQ((steps - preparations - 2) % (12 * way.rows + 1), 0U);
+            EXPECT_GT(steps - preparations - 2, 12 * way.rows + 1) << "several blocks";
+        } else {
+            EXPECT_EQ(steps, 13 * way.rows + preparations + 3);
         }
-    }
+        if (way.rows == 0) {
+            EXPECT_EQ(readAll<float>(run.hostScore)[0], std::numeric_limits<float>::lowest());
+        }
+    });
 }
 
 TEST(TemplateMatchingTableTest, TilesMatchTheWholeAndTheMaskOfOnesIsAMaskOfOnes) {
@@ -163,40 +115,32 @@ TEST(TemplateMatchingTableTest, TilesMatchTheWholeAndTheMaskOfOnesIsAMaskOfOnes)
     HostImage ones(VoxelTypes::uint8, {4, 5, 3});
     std::fill_n(voxels<std::uint8_t>(ones), 60, std::uint8_t{1});
     const auto table = tableOf({{"phi", {0, 0.7, 2}}, {"theta", {0.1, 0, 1}}, {"scaleY", {1, 1.3, 1}}});
-    MatchingRun whole(image, sought, VoxelTypes::uint16, {});
-    whole.filter.transformationTable = table;
-    whole.filter.run();
-    const std::vector<float> expected = whole.scores();
-    const Doubles expectedDoubles(expected.begin(), expected.end());
+    const auto run = [&](const Vector3<unsigned>& tile) {
+        return MatchingRun(image, sought, VoxelTypes::uint16, {false, false, tile}, table);
+    };
+    const auto expected = resultOf<float>(run({}));
     for (const Vector3<unsigned>& tile : {Vector3<unsigned>{1, 1, 1}, {12, 11, 13}, {9, 30, 9}, {18, 9, 30}}) {
         SCOPED_TRACE(testing::Message() << tile.x << " x " << tile.y << " x " << tile.z);
-        MatchingRun tiled(image, sought, VoxelTypes::uint16, {false, false, tile});
-        tiled.filter.transformationTable = table;
-        tiled.filter.run();
-        EXPECT_LT(largestDifference(tiled.scores(), expectedDoubles), 2e-5);
+        EXPECT_LT(maxDifference(resultOf<float>(run(tile)), {expected.begin(), expected.end()}), 2e-5);
     }
-    MatchingRun masked(image, sought, VoxelTypes::uint16, {});
-    masked.filter.transformationTable = table;
+    MatchingRun masked = run({});
     masked.filter.inputMask = &ones;
     masked.filter.maskFollowsTransformation = true;
-    masked.filter.run();
-    EXPECT_EQ(masked.scores(), expected);
+    EXPECT_EQ(resultOf<float>(masked), expected);
 }
 
 TEST(TemplateMatchingTableTest, EndsAtEachPollAndLeavesTheNextRunRight) {
     HostImage image = randomImage<std::uint8_t>({14, 12, 11}, 11);
     const HostImage sought = randomImage<std::uint8_t>({5, 4, 3}, 12);
     onAllPlacements<Vector3<unsigned>>({{}, {12, 12, 12}}, [&](const auto& placement) {
-        MatchingRun run(image, sought, VoxelTypes::uint8, placement);
-        run.filter.transformationTable = tableOf({{"phi", {0, 0.7}}});
+        MatchingRun run(image, sought, VoxelTypes::uint8, placement, tableOf({{"phi", {0, 0.7}}}));
         const std::vector<std::uint64_t> reports = reportsOf(run);
-        const std::vector<float> expected = run.scores();
+        const auto expected = resultOf<float>(run);
         for (const std::uint64_t done : reports) {
             if (done + 1 >= reports.back()) break;  // in one piece the last step is not polled
             StepWatch canceller(&run.filter, done);
             EXPECT_THROW(run.filter.run(&canceller), ExceptionCancelation) << "after " << done << " steps";
         }
-        run.filter.run();
-        EXPECT_EQ(run.scores(), expected);
+        EXPECT_EQ(resultOf<float>(run), expected);
     });
 }

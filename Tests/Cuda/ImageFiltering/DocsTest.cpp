@@ -61,11 +61,10 @@ TEST(DocsTest, ShowsWhatAMatchingGives) {
     HostImage image(VoxelTypes::float32, {table.columns, 1, 1}), pattern(VoxelTypes::float32, {3, 1, 1});
     std::copy_n(table.numbers.begin(), table.columns, voxels<float>(image));
     std::copy_n(std::array{1, 2, 1}.begin(), 3, voxels<float>(pattern));
-    MatchingRun run(image, pattern, VoxelTypes::uint8, {});
-    run.filter.transformationTable = tableOf({{"scaleX", {1, 5.0 / 3}}});
-    run.filter.run();
+    MatchingRun run(image, pattern, VoxelTypes::uint8, {}, tableOf({{"scaleX", {1, 5.0 / 3}}}));
+    const auto scores = resultOf<float>(run);
     for (std::size_t x = 0; x < table.columns; ++x) {
-        EXPECT_NEAR(run.scores()[x], table.numbers[table.columns + x], 6e-4) << "x = " << x;
+        EXPECT_NEAR(scores[x], table.numbers[table.columns + x], 6e-4) << "x = " << x;
         EXPECT_EQ(run.rows<std::uint8_t>()[x], table.numbers[2 * table.columns + x]) << "x = " << x;
     }
 }

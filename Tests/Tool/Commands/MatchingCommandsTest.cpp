@@ -3,8 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "ImageFiles/ImageFile.h"
+#include "PlantedParticle.h"
 #include "ProgramTest.h"
-#include "TestImages.h"
 
 namespace zel::test {
 
@@ -12,20 +12,11 @@ class MatchingCommandsTest : public ProgramTest {
 protected:
     /// A particle of random voxels that is planted at two places, as it is and a quarter turned about z.
     MatchingCommandsTest() {
-        const HostImage particle = randomImage<float>({5, 5, 5}, 4);
-        HostImage volume = randomImage<float>({24, 16, 14}, 5);
-        for (std::size_t i = 0; i < 24 * 16 * 14; ++i) voxels<float>(volume)[i] *= 0.1F;
-        for (std::size_t z = 0; z < 5; ++z) {
-            for (std::size_t y = 0; y < 5; ++y) {
-                for (std::size_t x = 0; x < 5; ++x) {
-                    const float voxel = static_cast<const float*>(particle.hostDataReadOnly())[(z * 5 + y) * 5 + x];
-                    voxels<float>(volume)[((z + 4) * 16 + x + 6) * 24 + 4 - y + 12] = voxel;
-                    voxels<float>(volume)[((z + 7) * 16 + y + 3) * 24 + x + 2] = voxel;
-                }
-            }
-        }
-        tool::writeImageFile(folder / "map.npy", volume);
-        tool::writeImageFile(folder / "particle.npy", particle);
+        PlantedParticle planted;
+        planted.plantAt({12, 6, 4}, true);
+        planted.plantAt({2, 3, 7}, false);
+        tool::writeImageFile(folder / "map.npy", planted.volume);
+        tool::writeImageFile(folder / "particle.npy", planted.particle);
         folder.write("rows.csv", "psi,phi\n0.5,0.4\n0,1.5707963267948966\n0,0\n");
     }
 };
@@ -61,12 +52,9 @@ TEST_F(MatchingCommandsTest, SayWhatIsWrongAndWriteNothing) {
     folder.write("bad.csv", "phi\n1\n2;5\n");
     folder.write("flat.csv", "scaleX,phi\n1,0\n0,0\n");
     folder.write("tilt.csv", "phi,tilt\n1,1\n");
-    folder.write(
-        "long.csv", "phi\n" + [] {
-            std::string rows;
-            for (int row = 0; row < 257; ++row) rows += "0\n";
-            return rows;
-        }());
+    std::string rows = "phi\n";
+    for (int row = 0; row < 257; ++row) rows += "0\n";
+    folder.write("long.csv", rows);
     folder.write("mask.npy", npyBytes("|u1", "(5, 5, 4)", std::string(100, '\1')));
     folder.write("small.npy", npyBytes("|u1", "(5, 5, 5)", std::string(125, '\1')));
     folder.write("high.npy", npyBytes("|u1", "(14, 16, 24)", std::string(24 * 16 * 14, '\7')));
