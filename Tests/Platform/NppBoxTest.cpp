@@ -13,15 +13,7 @@
 namespace zel::test {
 namespace {
 
-struct Window {
-    NppiSize mask;
-    NppiPoint anchor;
-};
-
-std::ostream& operator<<(std::ostream& out, const Window& window) {
-    return out << "mask " << window.mask.width << " x " << window.mask.height << ", anchor " << window.anchor.x << ", "
-               << window.anchor.y;
-}
+using Window = NppWindow;
 
 Window centred(int width, int height) {
     return {{width, height}, {width / 2, height / 2}};

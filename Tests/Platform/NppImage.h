@@ -6,11 +6,38 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <memory>
+#include <ostream>
 #include <random>
 #include <vector>
 
 namespace zel::test {
+
+/// The pixels around each one that a filter looks at.
+struct NppWindow {
+    NppiSize mask;
+    NppiPoint anchor;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const NppWindow& window) {
+    return out << "mask " << window.mask.width << " x " << window.mask.height << ", anchor " << window.anchor.x << ", "
+               << window.anchor.y;
+}
+
+/// The part of an image that a filter is to work out.
+struct NppRegion {
+    NppiPoint offset;
+    NppiSize size;
+};
+
+/// @param below  below(n) draws from 0 to n - 1.
+template <typename Below>
+NppRegion randomRegion(NppiSize image, const Below& below) {
+    const NppiPoint offset{below(image.width), below(image.height)};
+    const NppiSize rest{image.width - offset.x, image.height - offset.y};
+    return {offset, {rest.width - below(rest.width), rest.height - below(rest.height)}};
+}
 
 /// An image in device memory with padding after each row, and the host's copy of it.
 template <typename T>
@@ -36,12 +63,18 @@ public:
         NppImage image(size);
         std::mt19937 random(seed);
         std::normal_distribution<float> normal(10.0f, 100.0f);
-        for (int y = 0; y < size.height; ++y)
-            for (int x = 0; x < size.width; ++x)
-                image.at(x, y) =
-                    std::is_floating_point_v<T> ? static_cast<T>(normal(random)) : static_cast<T>(random());
-        image.upload();
+        image.fillWith([&](int, int) {
+            return std::is_floating_point_v<T> ? static_cast<T>(normal(random)) : static_cast<T>(random());
+        });
         return image;
+    }
+
+    /// Each pixel becomes pixel(x, y), on the device too.
+    template <typename Pixel>
+    void fillWith(const Pixel& pixel) {
+        for (int y = 0; y < size_.height; ++y)
+            for (int x = 0; x < size_.width; ++x) at(x, y) = pixel(x, y);
+        upload();
     }
 
     void upload() {
@@ -74,5 +107,15 @@ private:
     T fill_;
     std::shared_ptr<T> device_;
 };
+
+/// Zeros of both signs, NaNs, infinities; at the left only NaNs.
+inline NppImage<float> imageOfSpecials() {
+    const float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
+    const float specials[] = {0.0f, -0.0f, nan, -nan, infinity, -infinity, 1.0f};
+    NppImage<float> image({150, 20});
+    std::mt19937 random(5);
+    image.fillWith([&](int x, int) { return x < 20 ? nan : specials[random() % (x < 80 ? 4 : 7)]; });
+    return image;
+}
 
 }  // namespace zel::test

@@ -9,6 +9,7 @@
 
 #include "DeviceFixture.h"
 #include "NppImage.h"
+#include "PlainFilters.h"
 
 namespace zel::test {
 namespace {
@@ -26,10 +27,7 @@ ZEL_FUNCTIONS(16u, Npp16u)
 ZEL_FUNCTIONS(16s, Npp16s)
 ZEL_FUNCTIONS(32f, Npp32f)
 
-struct Window {
-    NppiSize mask;
-    NppiPoint anchor;
-};
+using Window = NppWindow;
 
 Window square(int radius) {
     return {{2 * radius + 1, 2 * radius + 1}, {radius, radius}};
@@ -61,19 +59,13 @@ bool isBefore(T a, T b) {
     return a < b;
 }
 
-int mirrored(int position, int length) {
-    for (; length > 1 && (position < 0 || position >= length);)
-        position = position < 0 ? -position : 2 * length - 2 - position;
-    return length == 1 ? 0 : position;
-}
-
 template <typename T>
 T plainMedian(const NppImage<T>& src, int x, int y, const Window& window) {
     std::vector<T> pixels;
     for (int j = 0; j < window.mask.height; ++j)
         for (int i = 0; i < window.mask.width; ++i)
-            pixels.push_back(src.at(mirrored(x - window.anchor.x + i, src.size().width),
-                                    mirrored(y - window.anchor.y + j, src.size().height)));
+            pixels.push_back(src.at(static_cast<int>(mirroredAtEdge(x - window.anchor.x + i, src.size().width)),
+                                    static_cast<int>(mirroredAtEdge(y - window.anchor.y + j, src.size().height))));
     const auto middle = pixels.begin() + static_cast<std::ptrdiff_t>(pixels.size() / 2);
     std::nth_element(pixels.begin(), middle, pixels.end(), isBefore<T>);
     return *middle;
@@ -103,9 +95,7 @@ NppImage<T> pixelsOf(NppiSize size, unsigned seed, bool fewValues) {
     if (!fewValues) return image;
     constexpr T few[] = {std::numeric_limits<T>::lowest(), T(0), T(1), std::numeric_limits<T>::max()};
     std::mt19937 random(seed);
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x) image.at(x, y) = few[random() % 4];
-    image.upload();
+    image.fillWith([&](int, int) { return few[random() % 4]; });
     return image;
 }
 
@@ -120,14 +110,12 @@ TYPED_TEST(NppMedianTest, IsRightUnderAnyOddMask) {
             window.mask = {1 + 2 * below(20), 1 + 2 * below(8)};
             window.anchor = {below(window.mask.width), below(window.mask.height)};
         }
-        SCOPED_TRACE(::testing::Message() << "seed " << seed << ", mask " << window.mask.width << " x "
-                                          << window.mask.height << ", image " << size.width << " x " << size.height);
+        SCOPED_TRACE(::testing::Message()
+                     << "seed " << seed << ", " << window << ", image " << size.width << " x " << size.height);
         auto src = pixelsOf<TypeParam>(size, seed, seed % 7 == 0);
-        const auto start = [&](int limit) { return whole ? 0 : below(limit); };
-        const NppiPoint offset{start(size.width), start(size.height)};
-        NppImage<TypeParam> dst({size.width - offset.x - start(size.width - offset.x),
-                                 size.height - offset.y - start(size.height - offset.y)});
-        expectMedians(src, offset, dst, window);
+        const NppRegion region = whole ? NppRegion{{0, 0}, size} : randomRegion(size, below);
+        NppImage<TypeParam> dst(region.size);
+        expectMedians(src, region.offset, dst, window);
     }
 }
 
@@ -145,13 +133,7 @@ TYPED_TEST(NppMedianTest, LargeMasksAndImages) {
 }
 
 TEST(NppMedianFloatTest, ZerosAreOrderedAndNotANumberComesLast) {
-    const float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
-    const float specials[] = {0.0f, -0.0f, nan, -nan, infinity, -infinity, 1.0f};
-    NppImage<float> src({150, 20}), dst(src.size());
-    std::mt19937 random(5);
-    for (int y = 0; y < 20; ++y)
-        for (int x = 0; x < 150; ++x) src.at(x, y) = x < 20 ? nan : specials[random() % (x < 80 ? 4 : 7)];
-    src.upload();
+    NppImage<float> src = imageOfSpecials(), dst(src.size());
     for (const int radius : {0, 1, 2, 3, 5, 15, 40}) expectMedians(src, {0, 0}, dst, square(radius));
 }
 

@@ -29,9 +29,7 @@ constexpr auto functions() {
 /// A mask without padding, and its copy on the device.
 struct Mask {
     Mask(NppiSize size_, NppiPoint anchor_, std::vector<Npp8u> bytes_)
-        : size(size_), anchor(anchor_), bytes(std::move(bytes_)), device(bytes.size()) {
-        EXPECT_EQ(cudaMemcpy(device.get(), bytes.data(), bytes.size(), cudaMemcpyHostToDevice), 0);
-    }
+        : size(size_), anchor(anchor_), bytes(std::move(bytes_)), device(bytes) {}
     Mask(NppiSize size_, NppiPoint anchor_, Npp8u byte)
         : Mask(size_, anchor_, std::vector<Npp8u>(static_cast<std::size_t>(size_.width * size_.height), byte)) {}
 
@@ -132,11 +130,9 @@ TYPED_TEST(NppMorphologyTest, PicksTheExtremeUnderAnyMask) {
         SCOPED_TRACE(::testing::Message()
                      << "seed " << seed << ", mask " << maskSize.width << " x " << maskSize.height);
         auto src = NppImage<TypeParam>::random(size, seed);
-        const auto start = [&](int limit) { return whole ? 0 : below(limit); };
-        const NppiPoint offset{start(size.width), start(size.height)};
-        NppImage<TypeParam> dst({size.width - offset.x - start(size.width - offset.x),
-                                 size.height - offset.y - start(size.height - offset.y)});
-        expectExtremes(src, offset, dst, mask);
+        const NppRegion region = whole ? NppRegion{{0, 0}, size} : randomRegion(size, below);
+        NppImage<TypeParam> dst(region.size);
+        expectExtremes(src, region.offset, dst, mask);
     }
 }
 
@@ -172,13 +168,7 @@ TEST(NppMorphologyMaskTest, IsReadInTheOrderOfTheStream) {
 
 // The bits of a result must not depend on where in a register or a tile a pixel lies.
 TEST(NppMorphologyFloatTest, NotANumberIsPassedOverAndZerosAreOrdered) {
-    const float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
-    const float specials[] = {0.0f, -0.0f, nan, -nan, infinity, -infinity, 1.0f};
-    NppImage<float> src({150, 20}), dst(src.size());
-    std::mt19937 random(5);
-    for (int y = 0; y < 20; ++y)
-        for (int x = 0; x < 150; ++x) src.at(x, y) = x < 20 ? nan : specials[random() % (x < 80 ? 4 : 7)];
-    src.upload();
+    NppImage<float> src = imageOfSpecials(), dst(src.size());
     const Mask masks[] = {{{3, 3}, {1, 1}, Npp8u{1}},
                           {{3, 3}, {1, 1}, cross3x3},
                           {{5, 2}, {2, 1}, Npp8u{1}},

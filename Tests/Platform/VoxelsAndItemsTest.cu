@@ -16,6 +16,13 @@ constexpr int place(int x, int y, int z) {
     return 1 + x + 100 * y + 10000 * z;
 }
 
+void appendPlaces(std::vector<int>& places, dim3 extents) {
+    for (unsigned int z = 0; z < extents.z; ++z)
+        for (unsigned int y = 0; y < extents.y; ++y)
+            for (unsigned int x = 0; x < extents.x; ++x)
+                places.push_back(place(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z)));
+}
+
 template <class Index>
 __global__ void voxelsKernel(int* out, Index nx, Index ny, Index nz) {
     forEachVoxel(nx, ny, nz, [=](Index x, Index y, Index z) {
@@ -32,10 +39,7 @@ void expectEachVoxelOnce(dim3 block) {
             dim3((extents.x - 1) / block.x + 1, (extents.y - 1) / block.y + 1, (extents.z - 1) / block.z + 1), block);
         ASSERT_EQ(cudaLaunchKernelEx(&config, voxelsKernel<Index>, out.data(), extents.x, extents.y, extents.z),
                   cudaSuccess);
-        for (unsigned int z = 0; z < extents.z; ++z)
-            for (unsigned int y = 0; y < extents.y; ++y)
-                for (unsigned int x = 0; x < extents.x; ++x)
-                    expected.push_back(place(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z)));
+        appendPlaces(expected, extents);
         expected.push_back(0);
         EXPECT_EQ(out, expected);
     }
@@ -65,9 +69,7 @@ TEST_F(VoxelsAndItemsTest, ColumnsMeetEachElementOnce) {
         const auto config = host::shape(dim3((nx + 7) / 8, (ny + 7) / 8, (nz + 7) / 8), dim3(8, 8, 8));
         std::vector<int> out(static_cast<std::size_t>(nx * ny * nz * channels)), expected;
         ASSERT_EQ(cudaLaunchKernelEx(&config, columnsKernel, out.data(), nx, ny, nz, channels), cudaSuccess);
-        for (int z = 0; z < nz; ++z)
-            for (int y = 0; y < ny; ++y)
-                for (int x = 0; x < nx * channels; ++x) expected.push_back(place(x, y, z));
+        appendPlaces(expected, dim3(nx * channels, ny, nz));
         EXPECT_EQ(out, expected);
     }
 }

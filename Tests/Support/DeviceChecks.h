@@ -7,6 +7,12 @@
 // Checks of a FilterRun that watch the host device from the inside.
 namespace zel::test {
 
+/// Each of them brings out other faults.
+inline const host::TestModes everyTestMode[]{{.deferredStreams = true},
+                                             {.protectedMemory = true},
+                                             {.poison = true, .redZones = true},
+                                             {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}};
+
 /// Bytes on the device that a run needs at most, and gives back.
 template <typename Run>
 std::uint64_t peakBytesOf(Run&& run) {

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "FilterRun.h"
+#include "DeviceChecks.h"
 #include "Messages.h"
 #include "zel/algorithms/CudaAdaptiveManifoldNlmFilter.h"
 
@@ -67,61 +67,48 @@ TEST(NonLocalMeansFaultsTest, SmallDevicesTakeBlocksWithoutSeams) {
     EXPECT_EQ(host::deviceUse().liveBytes, 0U);
 }
 
-/// Each call of that name is refused once; each time the run ends in an error of the kind, and the next one is right.
+/// Lets the device refuse this call or fail in it, once for each so many of the times that a run makes it. Each such
+/// run ends in an error of the kind and leaves nothing, and the next one is right.
 template <typename Error>
-void expectRefusalsReported(SmallRun& run, const char* call, std::uint64_t step) {
-    SCOPED_TRACE(call);
+void expectFaultsReported(SmallRun& run, const char* call, host::FaultKind kind, std::uint64_t step) {
     const std::vector<float> expected = run.result();
     host::resetCallCounts();
     run.result();
     const std::uint64_t count = host::callCount(call);
     EXPECT_GT(count, 0U);
     for (std::uint64_t nth = 1; nth <= count; nth += step) {
-        host::injectFault({.call = call, .nth = nth, .kind = host::FaultKind::refused});
-        EXPECT_THROW(run.result(), Error) << "call " << nth;
+        SCOPED_TRACE(testing::Message() << call << ", call " << nth);
+        host::injectFault({.call = call, .nth = nth, .kind = kind});
+        EXPECT_THROW(run.result(), Error);
         EXPECT_TRUE(host::faultFired());
         host::clearFault();
+        if (kind == host::FaultKind::failed) EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
         EXPECT_EQ(host::deviceUse().liveBytes, 0U);
+        EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
+        if (kind == host::FaultKind::failed || nth + step > count) EXPECT_EQ(run.result(), expected);
     }
-    EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
-    EXPECT_EQ(run.result(), expected);
 }
 
 TEST(NonLocalMeansFaultsTest, RefusedCallsAreReportedAndNothingIsLeft) {
     SmallRun run({20, 16, 1});
     for (const char* const call :
          {"cudaGetDevice", "cudaGetDeviceProperties", "cudaMemGetInfo", "cudaDeviceSynchronize"})
-        expectRefusalsReported<RuntimeError>(run, call, 23);
+        expectFaultsReported<RuntimeError>(run, call, host::FaultKind::refused, 23);
     for (const char* const call : {"cudaMalloc", "cudaMemcpy", "thrust::for_each", "thrust::reduce", "thrust::copy"})
-        expectRefusalsReported<std::exception>(run, call, 23);
+        expectFaultsReported<std::exception>(run, call, host::FaultKind::refused, 23);
 }
 
 // The filter resets the device only where no call of Thrust meets the failure first.
 TEST(NonLocalMeansFaultsTest, AFailedDeviceEndsTheRunAndTheNextOneIsRightAfterAReset) {
     SmallRun run({20, 16, 1});
-    const std::vector<float> expected = run.result();
-    for (const char* const call : {"cudaLaunchKernelEx", "cudaMalloc", "thrust::reduce"}) {
-        host::resetCallCounts();
-        run.result();
-        const std::uint64_t count = host::callCount(call);
-        for (std::uint64_t nth = 1; nth <= count; nth += 41) {
-            host::injectFault({.call = call, .nth = nth, .kind = host::FaultKind::failed});
-            EXPECT_THROW(run.result(), std::exception) << call << ", call " << nth;
-            host::clearFault();
-            EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
-            EXPECT_EQ(host::deviceUse().liveBytes, 0U);
-            EXPECT_EQ(run.result(), expected);
-        }
-    }
+    for (const char* const call : {"cudaLaunchKernelEx", "cudaMalloc", "thrust::reduce"})
+        expectFaultsReported<std::exception>(run, call, host::FaultKind::failed, 41);
 }
 
 TEST(NonLocalMeansFaultsTest, PassesUnderEveryTestMode) {
     SmallRun run({30, 20, 3});
     const std::vector<float> expected = run.result();
-    for (const host::TestModes& mode : {host::TestModes{.deferredStreams = true},
-                                        {.protectedMemory = true},
-                                        {.poison = true, .redZones = true},
-                                        {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}}) {
+    for (const host::TestModes& mode : everyTestMode) {
         const host::ScopedTestModes scoped(mode);
         EXPECT_EQ(run.result(), expected);
     }

@@ -50,30 +50,31 @@ TYPED_TEST(FilterFaultsTest, LeavesNothingBehindWhenCancelled) {
 }
 
 TYPED_TEST(FilterFaultsTest, ReportsEachRefusedCallAndLeavesNothing) {
-    std::vector<const char*> calls{"cudaGetDeviceCount",
-                                   "cudaGetDevice",
-                                   "cudaGetDeviceProperties",
-                                   "cudaDeviceGetAttribute",
-                                   "cudaStreamCreate",
-                                   "cudaStreamGetFlags",
-                                   "cudaStreamSynchronize",
-                                   "cudaMalloc",
-                                   "cudaMallocPitch",
-                                   "cudaMalloc3D",
-                                   "cudaMemcpyAsync",
-                                   "cudaMemcpy2DAsync",
-                                   "cudaMemcpy3DAsync",
-                                   "cudaDeviceSynchronize",
-                                   "cufftCreate",
-                                   "cufftSetAutoAllocation",
-                                   "cufftSetStream",
-                                   "cufftGetSize2d",
-                                   "cufftGetSize3d",
-                                   "cufftSetWorkArea",
-                                   "cufftMakePlan2d",
-                                   "cufftMakePlan3d",
-                                   "cufftExecR2C",
-                                   "cufftExecC2R"};
+    std::vector<const char*> calls;
+    calls.insert(calls.end(), {"cudaGetDeviceCount",
+                               "cudaGetDevice",
+                               "cudaGetDeviceProperties",
+                               "cudaDeviceGetAttribute",
+                               "cudaStreamCreate",
+                               "cudaStreamGetFlags",
+                               "cudaStreamSynchronize",
+                               "cudaMalloc",
+                               "cudaMallocPitch",
+                               "cudaMalloc3D",
+                               "cudaMemcpyAsync",
+                               "cudaMemcpy2DAsync",
+                               "cudaMemcpy3DAsync",
+                               "cudaDeviceSynchronize",
+                               "cufftCreate",
+                               "cufftSetAutoAllocation",
+                               "cufftSetStream",
+                               "cufftGetSize2d",
+                               "cufftGetSize3d",
+                               "cufftSetWorkArea",
+                               "cufftMakePlan2d",
+                               "cufftMakePlan3d",
+                               "cufftExecR2C",
+                               "cufftExecC2R"});
     // A matching's plans go with their owner, which cannot raise an error.
     if constexpr (!std::is_same_v<TypeParam, SmallTemplateMatching>) calls.push_back("cufftDestroy");
     if constexpr (TypeParam::passes == 1) {  // a Gaussian's launches go unchecked
@@ -119,10 +120,7 @@ TYPED_TEST(FilterFaultsTest, PassesUnderEveryTestMode) {
         return resultOf<typename TypeParam::Pixel>(TypeParam(this->image_, {false, false, tile}));
     };
     const std::array expected{resultIn(this->tiles_[0]), resultIn(this->tiles_[1])};
-    for (const host::TestModes& mode : {host::TestModes{.deferredStreams = true},
-                                        {.protectedMemory = true},
-                                        {.poison = true, .redZones = true},
-                                        {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}}) {
+    for (const host::TestModes& mode : everyTestMode) {
         const host::ScopedTestModes scoped(mode);
         for (const std::size_t i : {0, 1}) {
             expectEverywhere(expected[i], std::vector{this->tiles_[i]},
