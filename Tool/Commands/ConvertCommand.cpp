@@ -3,6 +3,7 @@
 #include "ImageFiles/ImageFile.h"
 #include "ImageFiles/VoxelRounding.h"
 #include "Runs/Description.h"
+#include "Runs/FilterFiles.h"
 #include "Runs/VoxelTypeOption.h"
 #include "System/Output.h"
 
@@ -41,7 +42,9 @@ public:
         const VoxelTypes type = type_.value_or(image.getDataType());
         checkWritable(output_, type, imageSizeOf(image));
         if (type != image.getDataType()) image = convertVoxels(image, type);
+        details.done = "zel convert --type " + std::string(voxelTypeName(type));
         writeImageFile(output_, image, details);
+        reportLosses(input_, output_, details);
         report(image);
         return 0;
     }

@@ -6,6 +6,7 @@
 namespace zel::tool {
 
 void AnyFilterCommand::addOptions(CLI::App& app) {
+    app_ = &app;
     files_.addTo(app);
     addParameters(app);
     options_.addTo(app, takesTiles());
@@ -22,7 +23,9 @@ int AnyFilterCommand::run() {
     checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);
     const RunReport report = filter(input, output, options_);
+    details.done = whatIsDone(*app_);
     writeImageFile(files_.output, output, details);
+    reportLosses(files_.input, files_.output, details);
     printReport(name(), files_, output, report, options_);
     return 0;
 }

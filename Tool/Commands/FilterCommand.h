@@ -28,6 +28,7 @@ protected:
     std::optional<VoxelTypes> outputType_;  ///< default: the input's type
 
 private:
+    const CLI::App* app_ = nullptr;
     FilterFiles files_;
     RunOptions options_;
 };

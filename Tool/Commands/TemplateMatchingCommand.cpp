@@ -71,7 +71,8 @@ int TemplateMatchingCommand::run() {
     checkWritable(scorePath_);
     checkWritable(indexPath_);
     if (scorePath_ == indexPath_) throw std::runtime_error("SCORE and INDEX are the same file, " + scorePath_);
-    const HostImage input = readImageFile(inputPath_);
+    FileDetails details;
+    const HostImage input = readImageFile(inputPath_, details);
     HostImage templateImage = readAsPartner(templatePath_, input);
     if (templateImage.getDataType() != input.getDataType()) {
         templateImage = convertVoxels(templateImage, input.getDataType());
@@ -90,8 +91,9 @@ int TemplateMatchingCommand::run() {
     checkWritable(scorePath_, VoxelTypes::float32, imageSizeOf(input));
     checkWritable(indexPath_, indexType, imageSizeOf(input));
     const MatchingResult result = search(input, templateImage, indexType, options_);
-    writeImageFile(scorePath_, result.score);
-    writeImageFile(indexPath_, result.index);
+    details.done = "zel " + name();
+    writeImageFile(scorePath_, result.score, details);
+    writeImageFile(indexPath_, result.index, details);
     print(result, rows);
     return 0;
 }

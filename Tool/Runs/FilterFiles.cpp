@@ -19,6 +19,23 @@ HostImage FilterFiles::read(FileDetails& details) const {
     return readImageFile(input, details);
 }
 
+std::string whatIsDone(const CLI::App& app) {
+    std::string text = "zel " + app.get_name();
+    for (const CLI::Option* const option : app.get_options()) {
+        const bool isOfThisCommand = option->get_group() == "Options" && !option->get_positional();
+        if (!isOfThisCommand || option->count() == 0) continue;
+        text += " " + option->get_name();
+        if (option->get_expected_min() == 0) continue;  // a flag
+        for (const std::string& value : option->results()) text += " " + value;
+    }
+    return text;
+}
+
+void reportLosses(const std::string& input, const std::string& output, const FileDetails& details) {
+    const std::string lost = lostDetails(details, imageFormatName(output));
+    if (!lost.empty()) printError("note: " + output + " does not hold what " + input + " says of " + lost);
+}
+
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
                  const RunReport& report, const RunOptions& options) {
     const ImageSize size = imageSizeOf(output);

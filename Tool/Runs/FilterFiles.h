@@ -21,6 +21,12 @@ struct FilterFiles {
     HostImage read(FileDetails& details) const;
 };
 
+/// The command line without files and without the options of all algorithms: "zel box-filter --kernel 9,9".
+std::string whatIsDone(const CLI::App& app);
+
+/// Says on standard error, in one line, what the input's file tells and the output's cannot hold.
+void reportLosses(const std::string& input, const std::string& output, const FileDetails& details);
+
 /// Prints what was done, in the form that the options ask for.
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
                  const RunReport& report, const RunOptions& options);

@@ -1,13 +1,39 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace zel::tool {
+
+/// What an MRC header says besides voxels, sizes and spacing. Threes are of x, y and z, whatever the file's axis order.
+struct MrcDetails {
+    std::array<int, 3> start{};  ///< NSTART: where the image begins, in voxels of the cell
+    std::array<int, 3>
+        sampling{};  ///< MX, MY, MZ: voxels along the cell; with `cell` 0 where the file has no valid one
+    std::array<float, 3> cell{};
+    std::array<float, 3> angles{90, 90, 90};
+    std::array<float, 3> origin{};
+    int spaceGroup = 0;
+    std::vector<std::string> labels{};
+    std::size_t extendedBytes = 0;  ///< of an extended header, which is not kept
+};
 
 /// What an image file says besides voxels, sizes and spacing. It goes with the image from the file that was read to the
 /// one that is written; a format writes what it knows and leaves the rest.
 struct FileDetails {
     std::size_t npyAxisCount = 0;  ///< of a NumPy array: (1, h, w) has 3; 0 where the file was none
+    std::optional<MrcDetails> mrc;
+    std::string done;                ///< to the image since it was read: "zel box-filter --kernel 9,9"; may be empty
+    std::vector<std::string> notes;  ///< what a user of the file should know: how something odd in it was taken
 };
+
+/// What the file that is written does not hold of those that were read, for a message: "NSTART, 2 labels"; empty when
+/// nothing is lost.
+/// @param formatName  of the file that is written.
+std::string lostDetails(const FileDetails& details, std::string_view formatName);
 
 }  // namespace zel::tool

@@ -8,10 +8,11 @@
 namespace zel::tool::mrc {
 
 /// Where a field of the header begins, in bytes. Each is one or several 32-bit numbers, except the magic, the stamp and
-/// the label, which are text.
+/// the labels, which are text.
 enum Field : std::size_t {
     countsField = 0,
     modeField = 12,
+    startField = 16,
     samplingField = 28,
     cellField = 40,
     anglesField = 52,
@@ -24,6 +25,7 @@ enum Field : std::size_t {
     versionField = 108,
     programField = 152,
     programFlagsField = 156,
+    originField = 196,
     magicField = 208,
     stampField = 212,
     deviationField = 216,
@@ -32,7 +34,10 @@ enum Field : std::size_t {
 };
 
 inline constexpr std::string_view magic = "MAP ";
-inline constexpr std::size_t stampSize = 4, labelSize = 80;
+inline constexpr std::size_t stampSize = 4, labelSize = 80, maxLabelCount = 10;
+
+/// The label of an image of which nothing else is known. It is not worth keeping.
+inline constexpr std::string_view plainLabel = "Written by zel";
 
 /// How voxels are stored.
 struct Mode {

@@ -70,19 +70,20 @@ public:
     std::string_view name() const override { return "MRC"; }
     std::vector<std::string_view> extensions() const override { return {".mrc", ".map"}; }
 
-    HostImage read(InputFile& file, FileDetails& /*details*/) const override {
+    HostImage read(InputFile& file, FileDetails& details) const override {
         const MrcHeader header = readHeader(file);
         const ImageSize size = header.imageSize();
         const auto bytes = imageBytes(header.type, size);
         if (!bytes) throw FileError::reading(file.path(), "its size is too large");
         const std::size_t fileBytes = *bytes / helper::getSizeOf(header.type) * header.fileVoxelSize();
-        file.requireRemaining(header.extendedBytes + fileBytes, "bytes behind it");
+        file.requireRemaining(header.details.extendedBytes + fileBytes, "bytes behind it");
         file.requireMemory(*bytes);
 
         HostImage image(header.type, size);
         for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, header.spacing[static_cast<std::size_t>(axis)]);
-        skip(file, header.extendedBytes);
+        skip(file, header.details.extendedBytes);
         readVoxels(file, header, static_cast<std::byte*>(image.data()));
+        details.mrc = header.details;
         return image;
     }
 
@@ -97,8 +98,8 @@ public:
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image, const FileDetails& /*details*/) const override {
-        const std::string header = makeMrcHeader(image, mrcStatisticsOf(image));
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const override {
+        const std::string header = makeMrcHeader(image, mrcStatisticsOf(image), details);
         file.write(header.data(), header.size());
         writeVoxels(file, image);
     }

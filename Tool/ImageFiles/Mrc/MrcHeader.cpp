@@ -42,9 +42,11 @@ public:
             header.axes[axis] = static_cast<std::size_t>(integer(axesField + 4 * axis)) - 1;
             header.spacing[axis] = spacing(axis);
         }
+        readPlace(header);
+        readLabels(header.details.labels);
         const int extendedBytes = integer(extendedBytesField);
         if (extendedBytes < 0) refuse("its extended header has " + std::to_string(extendedBytes) + " bytes");
-        header.extendedBytes = static_cast<std::size_t>(extendedBytes);
+        header.details.extendedBytes = static_cast<std::size_t>(extendedBytes);
         return header;
     }
 
@@ -97,11 +99,44 @@ private:
         }
     }
 
+    void readPlace(MrcHeader& header) const {
+        MrcDetails& details = header.details;
+        bool hasCell = true;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            // The start alone is in the order of the file's axes.
+            details.start[header.axes[axis]] = integer(startField + 4 * axis);
+            details.sampling[axis] = integer(samplingField + 4 * axis);
+            details.cell[axis] = number(cellField + 4 * axis);
+            details.angles[axis] = number(anglesField + 4 * axis);
+            details.origin[axis] = number(originField + 4 * axis);
+            hasCell = hasCell && hasValidCell(axis);
+        }
+        if (!hasCell) details.cell = {};
+        // Some programs leave them out.
+        if (std::ranges::count(details.angles, 0.0F) == 3) details.angles = MrcDetails().angles;
+        details.spaceGroup = integer(spaceGroupField);
+    }
+
+    void readLabels(std::vector<std::string>& labels) const {
+        const int count = std::clamp<int>(integer(labelCountField), 0, maxLabelCount);
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+            std::string_view label = bytes_.substr(labelField + i * labelSize, labelSize);
+            label = label.substr(0, label.find('\0'));
+            label = label.substr(0, label.find_last_not_of(' ') + 1);
+            if (label != plainLabel) labels.emplace_back(label);
+        }
+    }
+
+    bool hasValidCell(std::size_t axis) const {
+        const float cell = number(cellField + 4 * axis);
+        return std::isfinite(cell) && cell > 0 && integer(samplingField + 4 * axis) > 0;
+    }
+
     /// 1 where the file does not say.
     double spacing(std::size_t axis) const {
-        const float cell = std::bit_cast<float>(integer(cellField + 4 * axis));
+        if (!hasValidCell(axis)) return 1;
+        const float cell = number(cellField + 4 * axis);
         const int sampling = integer(samplingField + 4 * axis);
-        if (!std::isfinite(cell) || cell <= 0 || sampling <= 0) return 1;
         const double size = decimalOf(static_cast<float>(decimalOf(cell) / sampling));
         return size > 0 ? size : 1;
     }
@@ -124,6 +159,7 @@ private:
     }
 
     unsigned byteAt(std::size_t offset) const { return static_cast<unsigned char>(bytes_[offset]); }
+    float number(std::size_t field) const { return std::bit_cast<float>(integer(field)); }
     int integer(std::size_t field) const { return integer(field, isLittle_); }
     int integer(std::size_t field, bool isLittle) const {
         unsigned value = 0;

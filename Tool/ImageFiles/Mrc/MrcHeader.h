@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "ImageFiles/Common/FileDetails.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
@@ -19,7 +20,7 @@ struct MrcHeader {
     std::array<std::size_t, 3> counts{};    ///< of columns, rows and sections, as the file has them
     std::array<std::size_t, 3> axes{};      ///< of the image, on which these lie: 0 x, 1 y, 2 z
     std::array<double, 3> spacing{};        ///< along x, y and z
-    std::size_t extendedBytes = 0;          ///< between this header and the voxels
+    MrcDetails details;                     ///< what else it says; extendedBytes lie between this header and the voxels
 
     ImageSize imageSize() const;
     std::size_t fileVoxelSize() const { return isHalfPrecision ? 2 : helper::getSizeOf(type); }

@@ -1,9 +1,11 @@
 #include "ImageFiles/Mrc/MrcHeaderWriter.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 #include "ImageFiles/Mrc/MrcFields.h"
 #include "ImageFiles/Mrc/MrcHeader.h"
@@ -28,17 +30,34 @@ void put(std::string& header, std::size_t field, T value) {
     std::memcpy(header.data() + field, &value, sizeof value);
 }
 
+void putLabels(std::string& header, std::vector<std::string> labels, const std::string& last) {
+    labels.resize(std::min(labels.size(), maxLabelCount - 1));
+    labels.push_back(last);
+    put(header, labelCountField, static_cast<std::int32_t>(labels.size()));
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        labels[i].resize(labelSize, ' ');
+        header.replace(labelField + i * labelSize, labelSize, labels[i]);
+    }
+}
+
 }  // namespace
 
-std::string makeMrcHeader(const ImageModel& image, const MrcStatistics& statistics) {
+std::string makeMrcHeader(const ImageModel& image, const MrcStatistics& statistics, const FileDetails& details) {
     std::string header(mrcHeaderSize, '\0');
+    constexpr int picture = 0, volume = 1;  // what the format uses space groups for
+    const MrcDetails place =
+        details.mrc.value_or(MrcDetails{.spaceGroup = image.getDimension(2) == 1 ? picture : volume});
     for (int axis = 0; axis < 3; ++axis) {
-        const std::size_t offset = 4 * static_cast<std::size_t>(axis);
+        const auto index = static_cast<std::size_t>(axis);
+        const std::size_t offset = 4 * index;
         const auto count = static_cast<std::int32_t>(image.getDimension(axis));
+        const bool hasCell = place.cell[index] > 0;
         put(header, countsField + offset, count);
-        put(header, samplingField + offset, count);
-        put(header, cellField + offset, cellSize(image, axis));
-        put(header, anglesField + offset, 90.0F);
+        put(header, startField + offset, place.start[index]);
+        put(header, samplingField + offset, hasCell ? place.sampling[index] : count);
+        put(header, cellField + offset, hasCell ? place.cell[index] : cellSize(image, axis));
+        put(header, anglesField + offset, place.angles[index]);
+        put(header, originField + offset, place.origin[index]);
         put(header, axesField + offset, axis + 1);
     }
     put(header, modeField, mrcModeOf(image.getDataType()).value());
@@ -47,17 +66,13 @@ std::string makeMrcHeader(const ImageModel& image, const MrcStatistics& statisti
     put(header, meanField, static_cast<float>(statistics.mean));
     put(header, deviationField, static_cast<float>(statistics.deviation));
 
-    constexpr std::int32_t picture = 0, volume = 1;  // what the format uses space groups for
-    put(header, spaceGroupField, image.getDimension(2) == 1 ? picture : volume);
+    put(header, spaceGroupField, place.spaceGroup);
     put(header, versionField, 20140);
     header.replace(magicField, magic.size(), magic);
     const bool isLittle = std::endian::native == std::endian::little;
     header.replace(stampField, stampSize, std::string_view(isLittle ? "\x44\x44\0\0" : "\x11\x11\0\0", stampSize));
 
-    std::string label = "Written by zel";
-    label.resize(labelSize, ' ');
-    put(header, labelCountField, 1);
-    header.replace(labelField, labelSize, label);
+    putLabels(header, place.labels, details.done.empty() ? std::string(plainLabel) : details.done);
     return header;
 }
 

@@ -115,6 +115,34 @@ TEST_F(MrcFileTest, WritesACompleteHeader) {
     EXPECT_TRUE(written({std::nanf("")}, {1, 1}, 1e300) == header + "");
 }
 
+// Start, origin, cell of another size than the image, space group and labels; rows lie along z, sections along y.
+TEST_F(MrcFileTest, PlaceCellAndLabelsTravel) {
+    MrcBytes header;
+    const float cell[] = {20, 90, 60};
+    for (int i = 0; i < 3; ++i) {
+        header.set(5 + i, i - 7).set(8 + i, 10 * (i + 1)).set(11 + i, cell[i]).set(14 + i, 80.0F + float(i));
+        header.set(50 + i, 0.5F - float(i));
+    }
+    header.set(18, 3).set(19, 2).set(23, 19).set(24, 4).set(56, 10);
+    for (int i = 0; i < 10; ++i) header.text(224 + 80 * i, "label " + std::to_string(i));
+    tool::FileDetails details;
+    const HostImage image = readImageFile(write(header + "more" + voxels8), details);
+    EXPECT_EQ(tool::lostDetails(details, "NPY"),
+              "voxel size, NSTART, ORIGIN, cell angles, space group 19, 10 labels, extended header of 4 bytes");
+    EXPECT_EQ(tool::lostDetails(details, "MRC"), "extended header of 4 bytes");
+
+    details.done = "zel box-filter --kernel 3,3";
+    writeImageFile(folder / "b.mrc", image, details);
+    const std::string written = folder.read("b.mrc").substr(0, 1024);
+    for (const int word : {5, 8, 9, 10, 11, 12, 13, 14, 15, 16, 23, 50, 51, 52}) {
+        const auto offset = static_cast<std::size_t>(4 * (word - 1));
+        EXPECT_EQ(written.substr(offset, 4), (header + "").substr(offset, 4)) << word;
+    }
+    EXPECT_EQ(written.substr(20, 8), rawBytes(std::vector<int>{-5, -6})) << "starts along y and z";
+    EXPECT_EQ(written.substr(224 + 8 * 80, 7), "label 8");
+    EXPECT_EQ(written.substr(224 + 9 * 80), "zel box-filter --kernel 3,3" + std::string(53, ' '));
+}
+
 TEST_F(MrcFileTest, RefusalsSayWhatIsWrong) {
     const int huge = 2147483647;
     for (const auto& [mrc, text] : std::initializer_list<std::pair<MrcBytes, const char*>>{
