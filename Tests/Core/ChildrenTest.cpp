@@ -1,17 +1,13 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <span>
 #include <vector>
 
-#include "zel/AbstractPrivateImplementation.h"
-#include "zel/Exceptions.h"
-#include "zel/HostImage.h"
-#include "zel/ImageModelAdapter.h"
-#include "zel/ImageModelSizeProxy.h"
+#include "Messages.h"
+#include "TestImages.h"
+#include "zel/TemporaryImage.h"
 #include "zel/children/IntensityExtrema.h"
 #include "zel/children/IntensityStatistics.h"
 #include "zel/children/ResampleAffine3d.h"
@@ -21,38 +17,35 @@
 #include "zel/children/SwapQuadrants.h"
 
 using namespace zel;
+using namespace zel::test;
 using testing::ElementsAre;
 
 namespace {
 
-template <typename T>
-HostImage imageOf(const ImageSize& size, std::vector<T> voxels) {
-    HostImage image(voxelTypeOf<T>, size);
-    std::copy(voxels.begin(), voxels.end(), static_cast<T*>(image.data()));
-    return image;
-}
-
-template <typename T>
-std::vector<T> voxelsOf(ImageModel& image) {
-    const auto* const voxels = static_cast<const T*>(image.hostDataReadOnly());
-    return {voxels, voxels + image.getDimension(0) * image.getDimension(1) * image.getDimension(2)};
+/// What a child makes of the image; `set` gives it its parameters.
+template <typename Child, typename Set>
+RefImpl<TemporaryImage> resultOf(const HostImage& input, const Set& set) {
+    const auto child = Child::New(nullptr);
+    auto result = TemporaryImage::New(LocationMode::hostMemory);
+    child->inputImage = &input;
+    child->outputImage = result->getImageModel();
+    set(*child);
+    child->run();
+    return result;
 }
 
 /// The input on a box of `size` voxels up to `upper`, each taken from where `toSource` leads.
 std::vector<float> resampled(const HostImage& input, const Vector3<int>& size, const tarnway::Point& lower,
                              const tarnway::Point& upper, const tarnway::Transform& toSource) {
-    const auto resample = ResampleAffine3d::New(nullptr);
-    const auto result = TemporaryImage::New(LocationMode::hostMemory);
-    resample->inputImage = &input;
-    resample->lowerPoint = lower;
-    resample->upperPoint = upper;
-    resample->outputSize = size;
-    resample->paddingValue = -1;
-    resample->toSource = toSource;
-    resample->outputImage = result->getImageModel();
-    resample->run();
+    const auto result = resultOf<ResampleAffine3d>(input, [&](ResampleAffine3d& child) {
+        child.lowerPoint = lower;
+        child.upperPoint = upper;
+        child.outputSize = size;
+        child.paddingValue = -1;
+        child.toSource = toSource;
+    });
     EXPECT_EQ(result->getImageModel()->getOrigin(0), lower[0]);
-    return voxelsOf<float>(*result->getImageModel());
+    return readAll<float>(*result->getImageModel());
 }
 
 /// About z through a point, by whole quarters; where the turned image's voxels come from.
@@ -74,15 +67,12 @@ TEST(ChildrenTest, QuadrantsSwapSoThatTheCentreIsInTheCorner) {
         std::vector<std::uint8_t> numbers(size.x * size.y * size.z);
         std::iota(numbers.begin(), numbers.end(), std::uint8_t{0});
         HostImage image = imageOf(size, numbers);
+        const auto result = resultOf<SwapQuadrants>(image, [](auto&) {});
         const auto swap = SwapQuadrants::New(nullptr);
-        const auto result = TemporaryImage::New(LocationMode::hostMemory);
-        swap->inputImage = &image;
-        swap->outputImage = result->getImageModel();
+        swap->inputImage = swap->outputImage = &image;
         swap->run();
-        swap->outputImage = &image;
-        swap->run();
-        EXPECT_EQ(voxelsOf<std::uint8_t>(image), voxelsOf<std::uint8_t>(*result->getImageModel())) << "in place";
-        return voxelsOf<std::uint8_t>(image);
+        EXPECT_EQ(readAll<std::uint8_t>(image), readAll<std::uint8_t>(*result->getImageModel())) << "in place";
+        return readAll<std::uint8_t>(image);
     };
     EXPECT_THAT(swapped({5, 1, 1}), ElementsAre(2, 3, 4, 0, 1));
     EXPECT_THAT(swapped({3, 2, 1}), ElementsAre(4, 5, 3, 1, 2, 0));
@@ -126,28 +116,24 @@ TEST(ChildrenTest, ExtremaAreExactAndIgnoreNan) {
 
 TEST(ChildrenTest, ResetWritesThroughViewsAndTruncates) {
     HostImage image = imageOf<std::int16_t>({3, 2, 1}, {1, 2, 3, 4, 5, 6});
-    ImageModelSizeProxy part(&image, 1, 2, 1, 1, 0, 1, 0, 1, 0, 1);
+    ImageModelSizeProxy part = partOf(image, {1, 1}, {2, 1});
     const auto reset = ResetImage::New(nullptr);
     reset->inputImage = reset->outputImage = &part;
     reset->value = -2.9;
     reset->run();
-    EXPECT_THAT(voxelsOf<std::int16_t>(image), ElementsAre(1, 2, 3, 4, -2, -2));
+    EXPECT_THAT(readAll<std::int16_t>(image), ElementsAre(1, 2, 3, 4, -2, -2));
 }
 
 TEST(ChildrenTest, ResizeAlignsVoxelCentres) {
     const HostImage image = imageOf<float>({3, 1, 2}, {0, 10, 20, 100, 110, 120});
-    const auto resize = Resize3d::New(nullptr);
-    const auto result = TemporaryImage::New(LocationMode::hostMemory);
-    resize->inputImage = &image;
-    resize->outputImage = result->getImageModel();
-    resize->outputSize = {6, 1, 2};
-    resize->run();
-    EXPECT_THAT(voxelsOf<float>(*result->getImageModel()),
+    const auto resized = [&](const Vector3<int>& size) {
+        return resultOf<Resize3d>(image, [&](Resize3d& child) { child.outputSize = size; });
+    };
+    const auto longer = resized({6, 1, 2});
+    EXPECT_THAT(readAll<float>(*longer->getImageModel()),
                 ElementsAre(0, 2.5, 7.5, 12.5, 17.5, 20, 100, 102.5, 107.5, 112.5, 117.5, 120));
-    EXPECT_EQ(result->getImageModel()->getSpacing(0), 0.5);
-    resize->outputSize = {1, 2, 1};
-    resize->run();
-    EXPECT_THAT(voxelsOf<float>(*result->getImageModel()), ElementsAre(60, 60));
+    EXPECT_EQ(longer->getImageModel()->getSpacing(0), 0.5);
+    EXPECT_THAT(readAll<float>(*resized({1, 2, 1})->getImageModel()), ElementsAre(60, 60));
 }
 
 TEST(ChildrenTest, ResamplingByTheIdentityReproducesAndQuarterTurnsMoveVoxels) {
@@ -177,56 +163,41 @@ TEST(ChildrenTest, RefuseWhatTheyCannotDo) {
     const HostImage image = imageOf<float>({2, 1, 1}, {1, 2});
     const HostImage complexImage(VoxelTypes::complex64, {2, 1, 1});
     HostImage other(VoxelTypes::float32, {3, 1, 1});
-    const auto resample = [&](auto change) {
+    const Vector3<int> flat{2, 1, 0}, small{2, 1, 1};
+    const std::pair<std::function<void(ResampleAffine3d&)>, const char*> cases[]{
+        {[](auto&) {}, "(nothing was raised)"},
+        {[&](auto& child) { child.outputSize = flat; }, "outputSize is 2 x 1 x 0; each must be at least 1"},
+        {[&](auto& child) { child.outputSize = small; },
+         "outputImage is 3 x 1 x 1 x 1 x 1; it must be 2 x 1 x 1 x 1 x 1"},
+        {[&](auto& child) { child.inputImage = &complexImage; }, "inputImage is of complex64; its voxels must be real"},
+        {[&](auto& child) { child.inputImage = &other; },
+         "outputImage is the same image as inputImage; give it one of its own"},
+        {[](auto& child) { child.interpolation = 2; }, "interpolation is 2; the only choice is 1, trilinear"},
+        {[](auto& child) { child.upperPoint = tarnway::Point(0, NAN, 0); },
+         "upperPoint is nan along axis 1; it must be finite"}};
+    for (const auto& [change, message] : cases) {
         const auto child = ResampleAffine3d::New(nullptr);
         child->inputImage = &image;
         child->outputImage = &other;
         child->outputSize = {3, 1, 1};
         change(*child);
-        try {
-            child->run();
-        } catch (const RuntimeError& error) {
-            return std::string(error.what());
-        }
-        return std::string();
-    };
-    EXPECT_EQ(resample([](auto&) {}), "");
-    EXPECT_EQ(resample([](auto& child) {
-                  child.outputSize = {2, 1, 0};
-              }),
-              "outputSize is 2 x 1 x 0; each must be at least 1");
-    EXPECT_EQ(resample([](auto& child) {
-                  child.outputSize = {2, 1, 1};
-              }),
-              "outputImage is 3 x 1 x 1 x 1 x 1; it must be 2 x 1 x 1 x 1 x 1");
-    EXPECT_EQ(resample([&](auto& child) { child.inputImage = &complexImage; }),
-              "inputImage is of complex64; its voxels must be real");
-    EXPECT_EQ(resample([&](auto& child) { child.inputImage = &other; }),
-              "outputImage is the same image as inputImage; give it one of its own");
-    EXPECT_EQ(resample([](auto& child) { child.interpolation = 2; }),
-              "interpolation is 2; the only choice is 1, trilinear");
-    EXPECT_EQ(resample([](auto& child) { child.upperPoint = tarnway::Point(0, NAN, 0); }),
-              "upperPoint is nan along axis 1; it must be finite");
+        EXPECT_EQ(messageOf([&] { child->run(); }), message);
+    }
 }
 
 TEST(ChildrenTest, RescalingMapsRangeToRange) {
     const auto rescaled = [](HostImage image, const Vector2<double>& from, const Vector2<double>& to) {
-        const auto rescale = RescaleIntensity::New(nullptr);
-        rescale->inputImage = &image;
-        rescale->inputRange = from;
-        rescale->outputRange = to;
-        rescale->outputImage = &image;
-        rescale->run();
-        return voxelsOf<float>(image);
+        resultOf<RescaleIntensity>(image, [&](RescaleIntensity& child) {
+            child.inputRange = from;
+            child.outputRange = to;
+            child.outputImage = &image;
+        });
+        return readAll<float>(image);
     };
     EXPECT_THAT(rescaled(imageOf<float>({2, 2, 1}, {2, 3, 6, 8}), {2, 6}, {-1, 1}), ElementsAre(-1, -0.5, 1, 2));
     EXPECT_THAT(rescaled(imageOf<float>({2, 1, 1}, {5, 6}), {6, 5}, {0, 10}), ElementsAre(10, 0)) << "turned round";
     EXPECT_THAT(rescaled(imageOf<float>({2, 1, 1}, {7, 7}), {7, 7}, {-1, 1}), ElementsAre(-1, -1));
 
-    HostImage image = imageOf<float>({1, 1, 1}, {0});
-    const auto rescale = RescaleIntensity::New(nullptr);
-    rescale->inputImage = &image;
-    rescale->outputImage = &image;
-    rescale->outputTypeChoice = 3;
-    EXPECT_THROW(rescale->run(), RuntimeError);
+    const HostImage image = imageOf<float>({1, 1, 1}, {0});
+    EXPECT_THROW(resultOf<RescaleIntensity>(image, [](auto& child) { child.outputTypeChoice = 3; }), RuntimeError);
 }

@@ -28,7 +28,6 @@ TEST(Gaussian1DTest, OfNoWidthIsItsCentre) {
     }
     EXPECT_THROW(createGaussian1D(2, 0, KernelDirection3D::x).normalize(), RuntimeError);
     EXPECT_THROW(createGaussian1D(0, 1, KernelDirection3D::x), RuntimeError);
-    for (const double sigma : {-1.0, std::nan(""), HUGE_VAL}) {
+    for (const double sigma : {-1.0, std::nan(""), HUGE_VAL})
         EXPECT_THROW(createGaussian1D(3, sigma, KernelDirection3D::x), RuntimeError);
-    }
 }

@@ -129,15 +129,15 @@ TEST(ValidationTest, RefusesImagesThatDoNotFitTogether) {
 
 // Positions along a line are signed 32-bit numbers, those in a kernel's margins too.
 TEST(ValidationTest, RefusesLinesThatCannotBeCounted) {
-    constexpr std::size_t longest = 2147483647;
+    constexpr std::size_t maxLength = 2147483647;
     Valid<Gaussian> gaussian;
     for (const auto& [size, axis] :
-         {std::pair{ImageSize{longest + 1}, "x"}, {{1, longest + 1}, "y"}, {{1, 1, longest + 1}, "z"}}) {
+         {std::pair{ImageSize{maxLength + 1}, "x"}, {{1, maxLength + 1}, "y"}, {{1, 1, maxLength + 1}, "z"}}) {
         const HostImage image = emptyFrame(size);
         gaussian.refuses(&Gaussian::inputImage, &image,
                          std::string(" has 2147483648 elements along ") + axis + "; at most 2147483647 are allowed");
     }
-    for (const auto& [length, taken] : {std::pair{longest - 6, true}, {longest - 5, false}}) {
+    for (const auto& [length, taken] : {std::pair{maxLength - 6, true}, {maxLength - 5, false}}) {
         HostImage image = emptyFrame({1, length}), output = emptyFrame({1, length});
         gaussian.algorithm.inputImage = &image;
         gaussian.algorithm.outputImage = &output;
@@ -306,9 +306,8 @@ TEST(ValidationTest, FindsSharedMemoryHoweverItIsReached) {
     ImageModelSizeProxy whole = partOf(image, {}, {6, 5});
     ImageModelAdapter adapter(&whole, u8, DataConvertionTypes::cast);
     UsersImage users(image), usersToo(image);
-    for (ImageModel* const output : std::initializer_list<ImageModel*>{&image, &sameMemory, &whole, &adapter, &users}) {
+    for (ImageModel* const output : std::initializer_list<ImageModel*>{&image, &sameMemory, &whole, &adapter, &users})
         expectShared(image, *output);
-    }
     expectShared(usersToo, users);
     Valid<Box> box;
     box.refuses(&Box::outputImage, &box.input, " shares memory with inputImage; it must be another image");

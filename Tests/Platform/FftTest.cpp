@@ -204,12 +204,12 @@ TEST_F(FftPlanTest, RefusesWhatCannotBe) {
     cudaStreamDestroy(gone);
     EXPECT_EQ(cufftSetStream(plan, gone), CUFFT_INVALID_VALUE);
     EXPECT_EQ(cufftExecR2C(plan, nullptr, nullptr), CUFFT_INVALID_PLAN) << "not made yet";
-    constexpr int longest = 1 << 27;
+    constexpr int maxLength = 1 << 27;
     EXPECT_THAT(
         Results({cufftGetSize2d(plan, 0, 4, CUFFT_R2C, &bytes), cufftGetSize3d(plan, 4, 4, -1, CUFFT_R2C, &bytes),
-                 cufftMakePlan2d(plan, 4, longest + 1, CUFFT_R2C, &bytes),
-                 cufftMakePlan2d(plan, longest / 2 + 1, 4, CUFFT_Z2D, &bytes),
-                 cufftMakePlan3d(plan, longest, longest, longest, CUFFT_R2C, &bytes)}),
+                 cufftMakePlan2d(plan, 4, maxLength + 1, CUFFT_R2C, &bytes),
+                 cufftMakePlan2d(plan, maxLength / 2 + 1, 4, CUFFT_Z2D, &bytes),
+                 cufftMakePlan3d(plan, maxLength, maxLength, maxLength, CUFFT_R2C, &bytes)}),
         Each(CUFFT_INVALID_SIZE));
     EXPECT_EQ(cufftMakePlan2d(plan, 4, 4, static_cast<cufftType>(0x29), &bytes), CUFFT_INVALID_TYPE);
     EXPECT_EQ(cufftMakePlan2d(plan, 4, 4, CUFFT_R2C, nullptr), CUFFT_INVALID_VALUE);

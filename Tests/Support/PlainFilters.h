@@ -25,9 +25,8 @@ using Window = std::vector<std::array<long, 2>>;
 /// About the pixel at half its width and height.
 inline Window rectangle(long width, long height) {
     Window window;
-    for (long y = 0; y < height; ++y) {
+    for (long y = 0; y < height; ++y)
         for (long x = 0; x < width; ++x) window.push_back({x - width / 2, y - height / 2});
-    }
     return window;
 }
 

@@ -26,6 +26,13 @@ T* voxels(HostImage& image) {
     return static_cast<T*>(image.data());
 }
 
+template <typename T>
+HostImage imageOf(const ImageSize& size, const std::vector<T>& values) {
+    HostImage image(voxelTypeOf<T>, size);
+    std::copy(values.begin(), values.end(), voxels<T>(image));
+    return image;
+}
+
 /// An image of its own, filled from the seed: integers over their whole range, floats around 0.
 template <typename T>
 HostImage randomImage(const ImageSize& size, unsigned seed) {

@@ -20,9 +20,8 @@ HostImage randomMask(const ImageSize& size, unsigned seed) {
     HostImage mask(voxelTypeOf<T>, size);
     std::mt19937 random(seed);
     std::uniform_real_distribution<double> weight(-0.25, 1);
-    for (std::size_t i = 0; i < size.x * size.y * size.z; ++i) {
+    for (std::size_t i = 0; i < size.x * size.y * size.z; ++i)
         voxels<T>(mask)[i] = static_cast<T>(std::max(0.0, weight(random)));
-    }
     return mask;
 }
 
@@ -56,9 +55,8 @@ constexpr ImageSize templateSize{5, 3, 7};
 TYPED_TEST(TemplateMatchingTest, ScoresAreTheMaskedCorrelationCoefficient) {
     HostImage image = randomImage<TypeParam>(imageSize, 1);
     // A flat part, whose variance is below the threshold.
-    for (std::size_t z = 0; z < 5; ++z) {
+    for (std::size_t z = 0; z < 5; ++z)
         for (std::size_t y = 0; y < 11; ++y) std::fill_n(voxels<TypeParam>(image) + (z * 11 + y) * 13, 7, TypeParam{1});
-    }
     const HostImage sought = randomImage<TypeParam>(templateSize, 2);
     const HostImage mask = randomMask<float>(templateSize, 3);
     const Doubles expected = directScores(image, sought, mask, thresholdOf(image));

@@ -60,14 +60,12 @@ TYPED_TEST(MorphologyTest, GivesTheExtremeWhereverTheImagesLieAndHoweverTheyAreC
 TEST(MorphologyFloatTest, TilesDoNotChangeABitOfZerosAndNaNs) {
     HostImage image = randomImage<float>({70, 64}, 4);
     float* const pixels = voxels<float>(image);
-    for (int i = 0; i < 70 * 64; ++i) {
+    for (int i = 0; i < 70 * 64; ++i)
         pixels[i] = i % 3 == 0 ? 0.0f : i % 5 == 0 ? -0.0f : i % 7 == 0 ? std::nanf("") : std::abs(pixels[i]);
-    }
     const auto bits = [&](const Placement& placement) {
         std::vector<std::uint32_t> result;
-        for (const float value : resultOf<float>(MorphologyRun<CudaOpening2d>(image, 3, false, placement))) {
+        for (const float value : resultOf<float>(MorphologyRun<CudaOpening2d>(image, 3, false, placement)))
             result.push_back(std::bit_cast<std::uint32_t>(value));
-        }
         return result;
     };
     EXPECT_EQ(bits({false, true, {29, 41}}), bits({}));

@@ -29,8 +29,8 @@ TEST(CudaAmnlmBlocksTest, CoresTileTheImageXFirst) {
                                                       {0, 1, 0, 3, 1, 1},
                                                       {2, 3, 0, 3, 1, 1},
                                                       {4, 4, 0, 3, 1, 1}}));
-    constexpr int longest = std::numeric_limits<int>::max();
-    EXPECT_EQ(amnlm::countBlocks(BlockIterator({longest, 1, 1}, {longest - 1, 1, 1})), 2U);
+    constexpr int maxExtent = std::numeric_limits<int>::max();
+    EXPECT_EQ(amnlm::countBlocks(BlockIterator({maxExtent, 1, 1}, {maxExtent - 1, 1, 1})), 2U);
 }
 
 TEST(CudaAmnlmBlocksTest, RegionsAreWidenedUpToTheImage) {

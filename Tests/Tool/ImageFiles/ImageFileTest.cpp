@@ -72,9 +72,8 @@ TEST_F(ImageFileTest, RefusesFilesThatAreNotImages) {
     EXPECT_THAT(readError(folder.write("a.gif", "GIF89a")),
                 HasSubstr("a.gif: the name has to end in .npy, .png, .tif, .tiff, .mrc or .map"));
     EXPECT_THAT(readError(folder.write("npy", "GIF89a")), HasSubstr("the name has to end in"));
-    for (const std::string name : {"a.npy", "a.PNG", "a.tif"}) {
+    for (const std::string name : {"a.npy", "a.PNG", "a.tif"})
         EXPECT_THAT(readError(folder.write(name, "GIF89a, and then some")), HasSubstr(name + ": it is not a"));
-    }
 }
 
 TEST_F(ImageFileTest, SaysWhyItCannotBeWritten) {

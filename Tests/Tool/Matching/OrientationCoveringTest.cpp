@@ -28,9 +28,8 @@ std::vector<Rotation> rotationsOf(const OrientationCovering& covering) {
 /// Of the turn from one rotation to the other: its trace is 1 + 2 cos(angle).
 double degreesBetween(const Rotation& a, const Rotation& b) {
     double trace = 0;
-    for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t row = 0; row < 3; ++row)
         for (std::size_t column = 0; column < 3; ++column) trace += a.at(row, column) * b.at(row, column);
-    }
     return std::acos(std::clamp((trace - 1) / 2, -1.0, 1.0)) * 180 / M_PI;
 }
 

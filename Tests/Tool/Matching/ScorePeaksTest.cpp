@@ -11,12 +11,6 @@ using tool::PeakSelection;
 
 namespace {
 
-HostImage row(std::vector<float> values) {
-    HostImage image(VoxelTypes::float32, {values.size(), 1, 1});
-    std::copy(values.begin(), values.end(), voxels<float>(image));
-    return image;
-}
-
 std::vector<std::size_t> columnsOf(const std::vector<Peak>& peaks) {
     std::vector<std::size_t> columns;
     for (const Peak& peak : peaks) columns.push_back(peak.position[0]);
@@ -34,7 +28,7 @@ double distance(const Peak& a, const Peak& b) {
 
 TEST(ScorePeaksTest, TakesTheBestMaximaThatAreFarEnoughApart) {
     using Columns = std::vector<std::size_t>;
-    const HostImage scores = row({3, 1, 5, 5, 2, 4, std::nanf(""), 6, 0, 7});
+    const HostImage scores = imageOf<float>({10}, {3, 1, 5, 5, 2, 4, std::nanf(""), 6, 0, 7});
     const auto found = [&](const PeakSelection& selection) { return columnsOf(findPeaks(scores, selection)); };
     EXPECT_EQ(found({}), (Columns{9, 7, 2, 5, 0})) << "of the equal neighbours the first";
     EXPECT_EQ(found({.distance = 2}), found({})) << "just far enough";
@@ -53,16 +47,15 @@ TEST(ScorePeaksTest, KeepsItsWordInVolumes) {
     };
     const std::vector<Peak> maxima = tool::findPeaks(scores, {});
     std::size_t count = 0;
-    for (std::size_t z = 0; z < 11; ++z)
-        for (std::size_t y = 0; y < 13; ++y)
-            for (std::size_t x = 0; x < 17; ++x) {
-                bool isMaximum = true;
-                for (std::size_t n = 0; n < 27; ++n) {
-                    const std::size_t i = x + n % 3 - 1, j = y + n / 3 % 3 - 1, k = z + n / 9 - 1;
-                    isMaximum &= i >= 17 || j >= 13 || k >= 11 || value(i, j, k) <= value(x, y, z);
-                }
-                count += isMaximum;
-            }
+    for (std::size_t voxel = 0; voxel < 17 * 13 * 11; ++voxel) {
+        const std::size_t x = voxel % 17, y = voxel / 17 % 13, z = voxel / 17 / 13;
+        bool isMaximum = true;
+        for (std::size_t n = 0; n < 27; ++n) {
+            const std::size_t i = x + n % 3 - 1, j = y + n / 3 % 3 - 1, k = z + n / 9 - 1;
+            isMaximum &= i >= 17 || j >= 13 || k >= 11 || value(i, j, k) <= value(x, y, z);
+        }
+        count += isMaximum;
+    }
     EXPECT_EQ(maxima.size(), count);
     const std::vector<Peak> apart = tool::findPeaks(scores, {.distance = 4.5});
     EXPECT_LT(apart.size(), maxima.size());

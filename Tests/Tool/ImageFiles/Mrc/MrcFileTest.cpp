@@ -69,16 +69,14 @@ TEST_F(MrcFileTest, PutsTheAxesInOrderAndKeepsTheSpacing) {
     do {
         SCOPED_TRACE(::testing::PrintToString(axes));
         MrcBytes mrc;
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < 3; ++i)
             mrc.set(17 + i, int(axes[std::size_t(i)]) + 1).set(8 + i, 10 * (i + 1)).set(11 + i, 3.7F);
-        }
         mrc.set(24, 80);  // an extended header
         const HostImage image = read(mrc + std::string(80, '!') + voxels8);
         const std::size_t strides[] = {1, image.getDimension(0), image.getDimension(0) * image.getDimension(1)};
         std::string expected(24, ' ');
-        for (std::size_t i = 0; i < 24; ++i) {
+        for (std::size_t i = 0; i < 24; ++i)
             expected[i % 2 * strides[axes[0]] + i / 2 % 3 * strides[axes[1]] + i / 6 * strides[axes[2]]] = voxels8[i];
-        }
         EXPECT_EQ(bytesOf(image), expected);
         for (const int axis : {0, 1, 2})
             EXPECT_EQ(image.getDimension(int(axes[std::size_t(axis)])), 2U + unsigned(axis));
@@ -92,9 +90,8 @@ TEST_F(MrcFileTest, PutsTheAxesInOrderAndKeepsTheSpacing) {
 
 TEST_F(MrcFileTest, ReadsUnsignedBytesOfFilesWithoutTheFlagForSignedOnes) {
     constexpr int imod = 1146047817;
-    for (const auto& [flags, type] : {std::pair{0, VoxelTypes::uint8}, {2, VoxelTypes::uint8}, {3, VoxelTypes::int8}}) {
+    for (const auto& [flags, type] : {std::pair{0, VoxelTypes::uint8}, {2, VoxelTypes::uint8}, {3, VoxelTypes::int8}})
         EXPECT_EQ(read(MrcBytes().set(39, imod).set(40, flags) + voxels8).getDataType(), type) << flags;
-    }
 }
 
 TEST_F(MrcFileTest, WritesACompleteHeader) {

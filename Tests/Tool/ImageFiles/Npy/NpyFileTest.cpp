@@ -57,9 +57,8 @@ TEST_F(NpyFileTest, PutsTheLastAxisAlongXInBothOrders) {
         }
         for (const auto& [order, voxels] : {std::pair{"False", inOrder}, {"True", fortran}}) {
             const HostImage image = read(npyBytes("<u2", "(" + text + ")", rawBytes(voxels), order));
-            for (std::size_t axis = 0; axis < shape.size(); ++axis) {
+            for (std::size_t axis = 0; axis < shape.size(); ++axis)
                 EXPECT_EQ(image.getDimension(static_cast<int>(axis)), shape[shape.size() - 1 - axis]);
-            }
             EXPECT_EQ(readAll<std::uint16_t>(image), inOrder);
         }
     }

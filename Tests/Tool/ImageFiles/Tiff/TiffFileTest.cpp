@@ -120,13 +120,11 @@ TEST_F(TiffFileTest, NeverLeavesSlicesOut) {
         tag.values.push_back(0);
         return page3x2({tag}, {"abcdefghijkl"});
     };
-    for (const char* const text : {"ImageJ=1.5\nimages=2\nslices=2\n", "{\"shape\": [2, 2, 3], \"truncated\": true}"}) {
+    for (const char* const text : {"ImageJ=1.5\nimages=2\nslices=2\n", "{\"shape\": [2, 2, 3], \"truncated\": true}"})
         expectRefusals({{described(text), "more images than it has pages"}});
-    }
     EXPECT_EQ(imageSizeOf(read(described("ImageJ=1.5\nimages=2\n").page(3, 2, {"abcdef"}))), (ImageSize{3, 2, 2}));
-    for (const char* const text : {"ImageJ=1.5\n", "{\"shape\": [2, 3]}", "images=2"}) {
+    for (const char* const text : {"ImageJ=1.5\n", "{\"shape\": [2, 3]}", "images=2"})
         EXPECT_EQ(imageSizeOf(read(described(text))), (ImageSize{3, 2}));
-    }
 }
 
 TEST_F(TiffFileTest, RefusalsSayWhatIsWrong) {
@@ -159,9 +157,8 @@ TEST_F(TiffFileTest, RefusalsSayWhatIsWrong) {
 }
 
 TEST_F(TiffFileTest, BigTiffBeginsAtFourGibibytes) {
-    for (const ImageSize size : {ImageSize{65536, 65000}, {1024, 1024, 4000}}) {
+    for (const ImageSize size : {ImageSize{65536, 65000}, {1024, 1024, 4000}})
         EXPECT_FALSE(tool::needsBigTiff(VoxelTypes::uint8, size));
-    }
     for (const ImageSize size :
          {ImageSize{65536, 65535}, {1024, 1024, 4096}, {1, 1, 10'000'000}, {1U << 31U, 1U << 31U}}) {
         EXPECT_TRUE(tool::needsBigTiff(VoxelTypes::uint8, size));
