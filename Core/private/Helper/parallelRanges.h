@@ -9,8 +9,8 @@
 namespace zel {
 
 /// Calls body(begin, end) for ranges that make up [0, count), on all cores, and returns when all are done. An exception
-/// of a body ends the loop and is thrown on. Isolated: a thread that waits here takes up no other loop's work.
-/// @param grain  items that are worth a task of their own, at least 1.
+/// of a body ends the loop and is thrown on. Isolated: a thread that waits here runs no tasks of other loops.
+/// @param grain  the fewest items that are worth a task of their own, at least 1.
 template <typename Body>
 void parallelRanges(std::size_t count, std::size_t grain, const Body& body) {
     tbb::this_task_arena::isolate([&] {

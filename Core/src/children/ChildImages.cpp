@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* thisFile = "Core/src/children/ChildImages";
 
-/// Fewer voxels than that are done before a second thread has woken up.
+/// Fewer voxels than this are done sooner by one thread than a second one wakes up.
 constexpr std::size_t voxelsPerTask = 8192;
 
 std::string sizeText(const ImageSize& size) {

@@ -13,7 +13,7 @@ ZEL_DEFINE_CHILD(IntensityExtrema)
 
 namespace {
 
-/// Of no voxel: the range that any voxel widens.
+/// Before the first voxel: an empty range, which any voxel widens.
 struct Extrema {
     double low = std::numeric_limits<double>::infinity();
     double high = -std::numeric_limits<double>::infinity();

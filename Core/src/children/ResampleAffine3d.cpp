@@ -20,7 +20,7 @@ using tarnway::Transform;
 
 constexpr const char* thisFile = "Core/src/children/ResampleAffine3d";
 
-/// What rounding may cost a position, in voxels.
+/// The largest rounding error of a position, in voxels.
 constexpr double tolerance = 1e-6;
 
 void requireFinite(const Property<Point>& property) {

@@ -16,7 +16,7 @@ namespace amnlm {
 /// Operations take it by reference; its memory stays until it goes out of scope.
 class RkCUDAAMNLMData {
 public:
-    /// Asks for the memory and leaves it as it comes. A failure resets the device and raises RuntimeError.
+    /// Allocates the memory without initialising it. A failure resets the device and raises RuntimeError.
     RkCUDAAMNLMData(std::int32_t d0, std::int32_t d1, std::int32_t d2, std::int32_t d3);
     virtual ~RkCUDAAMNLMData();
     RkCUDAAMNLMData(const RkCUDAAMNLMData&) = delete;

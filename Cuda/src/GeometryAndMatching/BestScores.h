@@ -26,8 +26,8 @@ public:
         resetImage<L>(rows_.data, rows_.pitch, rows_.slicePitch, L{0}, size[0], size[1], size[2], stream);
     }
 
-    /// Takes over what a row has found: all of the first row, of the others what is strictly better. So the lowest row
-    /// stands among equals, and no score that is not a number ever does unless it is the first row's.
+    /// Merges the scores of one row of the table: the first row's are taken as they are, those of later rows where they
+    /// are strictly better. So of equal scores the lowest row's is kept, and NaN only where the first row gave it.
     template <typename R>
     void merge(const TemplateMatchingContext<R>& context, std::size_t row, const Size3& size,
                cudaStream_t stream) const {

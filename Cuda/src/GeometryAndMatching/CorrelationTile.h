@@ -20,7 +20,7 @@ struct CorrelationAxis {
     std::uint64_t trailingOffset;  ///< of its last pixel from the anchor
     bool removesMeans;
 
-    /// Where a block's part of the image comes to lie in the tile's buffer.
+    /// Position of a block's part of the image in the tile's buffer.
     struct Window {
         std::uint64_t target;  ///< in the buffer
         std::uint64_t start;   ///< in the image

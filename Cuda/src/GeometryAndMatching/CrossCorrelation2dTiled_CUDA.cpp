@@ -30,7 +30,7 @@ R* pixelAt(DeviceImage<R>& image, std::uint64_t x, std::uint64_t y) {
     return offsetBytes(image.data(), y * image.pitch() + x * sizeof(R));
 }
 
-/// Adds what a tile's part of the scores holds. Of equal maxima the earlier tile's stands.
+/// Merges the extrema of one tile's scores. Of equal maxima the earlier tile's is kept.
 void addTile(PositionMaximalIntensityInfo& all, const PositionMaximalIntensityInfo& part, std::uint64_t x,
              std::uint64_t y) {
     if (part.maximum > all.maximum) {

@@ -10,9 +10,8 @@ namespace zel::cuda {
 /// begins at (x - kernelWidth / 2, y - kernelHeight / 2), both rounded down, with src mirrored at its edges. Returns
 /// when only the copy to dst is still queued.
 ///
-/// @param src, dst   device memory of `height` rows of `width` pixels, float or double; pitches are bytes. They may be
-/// the
-///                   same.
+/// @param src, dst   device memory of `height` rows of `width` pixels, float or double; pitches are bytes. They may
+///                   be the same.
 /// @param normalise  divides by the pixels of the window, so that a kernel value of 1 gives the mean.
 /// @throws RuntimeError when memory for two padded images and their spectra cannot be had, or a call is refused.
 template <typename R>

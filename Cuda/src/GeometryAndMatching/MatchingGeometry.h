@@ -25,7 +25,7 @@ ImageModelSizeProxy partOf(Image& image, const Size3& origin, const Size3& size)
     return {&image, origin[0], size[0], origin[1], size[1], origin[2], size[2], 0, 1, 0, 1};
 }
 
-/// An image as it lies at the world's origin, along its axes: where a template or a mask was cut out means nothing.
+/// An image moved to the world's origin, along its axes: where a template or a mask was cut out does not matter.
 class AtWorldOrigin final : public ImageModelSizeProxy {
 public:
     explicit AtWorldOrigin(const ImageModel& image) : ImageModelSizeProxy(partOf(image, {0, 0, 0}, sizeOf(image))) {}

@@ -8,7 +8,8 @@
 
 namespace zel::cuda {
 
-/// Local variances below this count as none: a hundredth of the variance of the whole image. One step of the run.
+/// Threshold of the local variance, below which a score is 0: a hundredth of the variance of the whole image. One step
+/// of the run.
 double varianceThreshold(AbstractPrivateImplementation* run, const ImageModel& image);
 
 /// A mask for every voxel of the template. One step of the run.

@@ -18,12 +18,12 @@ namespace {
 
 constexpr const char* thisFile = "Cuda/src/ImageFiltering/FftUtilities_CUDA";
 
-/// Sizes beyond those that the library counts in become one that it refuses.
+/// A size too large for the library's int becomes one that it refuses.
 int fftLength(std::uint64_t length) {
     return length <= std::numeric_limits<int>::max() ? static_cast<int>(length) : -1;
 }
 
-/// Gives the plan back if it cannot be made whole.
+/// Destroys the plan if it cannot be completed.
 class NewPlan {
 public:
     explicit NewPlan(cudaStream_t stream) : NewPlan() { checkCufftStatus(cufftSetStream(handle_, stream)); }

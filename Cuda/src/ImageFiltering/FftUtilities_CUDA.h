@@ -24,9 +24,8 @@ std::uint64_t nextFastFftSize(std::uint64_t size);
 // by destroyFftPlan().
 
 /// A plan that works in `workArea`, which the first plan made with it allocates and later ones must not need more of.
-/// @throws RuntimeError "Preallocated CUDA memory does not fit the necessary size.", or in the words of the library
-/// that
-///                      refuses; the work area is as before.
+/// @throws RuntimeError "Preallocated CUDA memory does not fit the necessary size.", or the
+///                      library's own message; the work area is as before.
 cufftHandle makeFftPlan2d(std::uint64_t ny, std::uint64_t nx, cufftType type, FftWorkArea& workArea,
                           cudaStream_t stream);
 cufftHandle makeFftPlan3d(std::uint64_t nz, std::uint64_t ny, std::uint64_t nx, cufftType type, FftWorkArea& workArea,

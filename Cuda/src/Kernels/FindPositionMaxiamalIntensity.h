@@ -24,7 +24,7 @@ struct PositionMaximalIntensityInfo {
 ///
 /// @param image   device memory, `height` rows of `width` pixels, at least one of each; the pitch is bytes.
 /// @param info    host memory.
-/// @param stream  works here, and waits for all work of the device.
+/// @param stream  queues here; the call waits for all work of the device.
 /// @throws RuntimeError when device memory runs out or a call is refused; none is left, and the record is then neutral,
 ///         or what a failed copy of the result left.
 template <typename T>

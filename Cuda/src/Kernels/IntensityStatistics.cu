@@ -66,8 +66,8 @@ __global__ void cumulateIntensitiesKernel(const T* image, unsigned long long pit
                 const double weight = weightRow[x];  // exact, so it compares as in its own type
                 const double product = weight * static_cast<double>(row[x]);
                 const bool counts = weight > 0;
-                // What does not count is added as 0 and compared as the neutral extrema: SIMD likes that better than a
-                // branch.
+                // What does not count is added as 0 and compared as the neutral extrema: vector code is faster so than
+                // with a branch.
                 const double value = counts ? product : 0.0;
                 const double low = counts ? product : DBL_MAX, high = counts ? product : -DBL_MAX;
                 count[i] += counts ? 1 : 0;

@@ -9,8 +9,8 @@
 
 namespace zel::cuda {
 
-/// What a set of pixels amounts to; the same in host and device memory. Neutral as made. While a kernel gathers them,
-/// the fields for mean and standard deviation hold the sum of the values and of their squares.
+/// Statistics of a set of pixels; the same layout in host and device memory. It starts neutral. While a kernel gathers
+/// them, the fields for mean and standard deviation hold the sum of the values and of their squares.
 struct IntensityStatisticsInfo {
     std::uint64_t count = 0;
     double minimum = DBL_MAX;
@@ -28,7 +28,7 @@ struct IntensityStatisticsInfo {
 ///                 bytes.
 /// @param weights  shaped like it with pitches of its own; may be null.
 /// @param info     host memory.
-/// @param stream   works here, and waits for all work of the device.
+/// @param stream   queues here; the call waits for all work of the device.
 /// @throws RuntimeError when device memory runs out or a call is refused; none is left, and the record is then neutral,
 ///         or what a failed copy of the result left.
 template <typename T>

@@ -12,7 +12,7 @@ namespace zel::cuda {
 ///
 /// @param image   device memory, `height` rows of `width` pixels, at least one of each; the pitch is bytes.
 /// @param mean    host memory.
-/// @param stream  works here, and waits for all work of the device.
+/// @param stream  queues here; the call waits for all work of the device.
 /// @throws RuntimeError when device memory runs out or a call is refused; none is left, and the mean is then 0.
 template <typename T>
 void meanIntensity(const T* image, std::uint64_t pitch, std::uint64_t width, std::uint64_t height, double* mean,

@@ -4,7 +4,7 @@
 
 namespace zel::cuda {
 
-// Which pixels are replaced: those that compare so to a value. NaN only differs from all values.
+// Which pixels are replaced: those for which the comparison with a value holds. NaN holds for "not equal" only.
 
 template <typename T>
 struct ComparisonCriterionOperator_Equal_to {

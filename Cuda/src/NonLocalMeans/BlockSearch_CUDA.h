@@ -7,16 +7,15 @@
 
 namespace amnlm {
 
-/// Most device memory that adaptiveManifoldFilter() has at a time for a block of these extents, its arguments included,
-/// in bytes.
+/// Peak device memory of adaptiveManifoldFilter() for a block of these extents, its arguments included, in bytes.
 std::uint64_t estimatePeakDeviceMemory(const Extents3& block, float rangeSigma, float spatialSigma);
 
 /// Device memory that a run may use, in MiB: on the current device the larger part of what is free, and never above
-/// 1500 on a small device. Whether that is small is asked of the context's device where that exists.
+/// 1500 on a small device. Whether it is small is decided by the context's device, where there is one.
 std::uint64_t memoryBudget(const zel::CudaContext* context);
 
-/// The largest block whose filter stays within the budget: of the image, the longest side is shortened as long as it
-/// does not.
+/// The largest block whose filter stays within the budget: starting from the whole image, the longest side is
+/// shortened until it fits.
 /// @param budget       in MiB.
 /// @param patchVoxels  voxels of a patch.
 Extents3 findBlockExtents(const Extents3& image, std::uint64_t budget, std::int32_t patchVoxels, float rangeSigma,

@@ -26,7 +26,7 @@ struct Region {
     std::int32_t zLow = 0, zHigh = 0;
 };
 
-/// What two regions that meet have in common.
+/// The intersection of two regions that overlap.
 Region intersect(const Region& a, const Region& b);
 
 /// Walks over the cores of the blocks that an image is cut into, x fastest and z slowest. The last core along an axis
@@ -47,7 +47,7 @@ struct BlockIterator {
     Extents3 step;
 };
 
-/// How many times next() is going to give true.
+/// How many more times next() returns true.
 std::uint64_t countBlocks(BlockIterator iterator);
 
 /// The core with `margin` more voxels on each side, as far as the image reaches.

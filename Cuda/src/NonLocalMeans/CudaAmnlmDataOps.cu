@@ -15,7 +15,7 @@ namespace amnlm {
 
 using namespace zel::cuda;
 
-/// x / y where y can be divided by, else 0. NaN is not above the limit.
+/// x / y where y is above the limit, else 0. NaN is not above it.
 template <typename T>
 struct rdivides {
     __host__ __device__ T operator()(T x, T y) const {
@@ -162,7 +162,7 @@ thrust::device_ptr<const float> elements(const RkCUDAAMNLMData& data) {
     return thrust::device_pointer_cast(static_cast<const float*>(data.data));
 }
 
-/// The step on `from` samples for one on `to`, first on first and last on last.
+/// Distance in input samples between two output samples, where first falls on first and last on last.
 float axisScale(int from, int to) {
     return to < 2 ? 0.0f : static_cast<float>(from - 1) / static_cast<float>(to - 1);
 }

@@ -16,7 +16,7 @@ void divideData(const RkCUDAAMNLMData& a, const RkCUDAAMNLMData& b, RkCUDAAMNLMD
 /// a where the mask, one entry an element, is true, else 0.
 void maskData(const RkCUDAAMNLMData& a, const DeviceVector<bool>& mask, RkCUDAAMNLMData& out);
 
-/// These take images (Z, Y, X, C), queue on the default stream and do not look at the launch. `out` is none of the
+/// These take images (Z, Y, X, C), queue on the default stream and do not check the launch. `out` is none of the
 /// operands.
 
 /// The channels of `a`, then those of `b`; as many as `out` has together, of the same extents.

@@ -33,7 +33,7 @@ struct one_minus {
     __host__ __device__ T operator()(T x) const { return 1 - x; }
 };
 
-/// NaN is on no minus side.
+/// NaN is never on the minus side.
 template <typename T>
 struct kernBuildClusterMinus {
     __host__ __device__ bool operator()(T x, bool cluster) const { return cluster & (x < 0); }
@@ -77,7 +77,7 @@ __global__ void kernThetaTimesPatches(float* out, const float* theta, const floa
     });
 }
 
-/// Where hardly any patch contributes, the numerator stands for itself.
+/// Where hardly any patch contributes, the numerator is not divided.
 __global__ void kernComputeEta(float* out, const float* numerator, const float* denominator, int nx, int ny, int nz,
                                int c) {
     constexpr float smallest = 0.0001f;

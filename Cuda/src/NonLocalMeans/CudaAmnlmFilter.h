@@ -8,7 +8,7 @@ namespace amnlm {
 
 /// Denoises a block by a tree of manifolds through the space of its patches (E. S. L. Gastal, M. M. Oliveira: Adaptive
 /// manifolds for real-time high-dimensional filtering, ACM Transactions on Graphics 31 (4), 2012).
-/// @param result      extents (Z, Y, X, 1); what is in it does not matter.
+/// @param result      extents (Z, Y, X, 1); its content on entry does not matter.
 /// @param block       extents (Z, Y, X, 1), scaled to 0 ... 1.
 /// @param patchImage  extents (Z, Y, X, K): the point of each voxel in the space of patches.
 /// @param manifoldIterations  steps towards each node's dominant direction.

@@ -7,11 +7,11 @@
 namespace amnlm {
 
 /// The leading principal directions of a sample of patches: a block power iteration on their covariance, the directions
-/// made orthonormal by Gram-Schmidt at each turn. The first element of each direction is not negative.
+/// made orthonormal by Gram-Schmidt in each iteration. The first element of each direction is not negative.
 /// @param eigenvectors    extents (1, dimensions, P, 1), P voxels a patch. Filled also when the result is false.
 /// @param patches         extents (w, w, w, N).
-/// @param iterationLimit  turns at most.
-/// @return whether the directions still moved by less than 0.001 (squared, together) in one of the turns.
+/// @param iterationLimit  the largest number of iterations.
+/// @return whether the directions still moved by less than 0.001 (squared, together) in one of the iterations.
 bool computePcaEigenvectors(RkCUDAAMNLMData& eigenvectors, const RkCUDAAMNLMData& patches, std::int32_t dimensions,
                             std::int32_t iterationLimit);
 

@@ -11,7 +11,7 @@ namespace amnlm {
 
 namespace {
 
-constexpr float largestDraw = 32767.0f;
+constexpr float maxDraw = 32767.0f;
 /// Bits of rand() beyond the upper 15.
 constexpr int surplusBits = std::bit_width(static_cast<unsigned>(RAND_MAX)) - 15;
 
@@ -36,7 +36,7 @@ float normalQuantile(float confidence) {
 }  // namespace
 
 float drawUnit() {
-    return static_cast<float>(std::rand() >> surplusBits) / largestDraw;
+    return static_cast<float>(std::rand() >> surplusBits) / maxDraw;
 }
 
 Position drawPosition(std::int64_t extentX, std::int64_t extentY, std::int64_t extentZ) {

@@ -19,7 +19,7 @@ float drawUnit();
 /// plane of an axis comes up only when the generator gives its largest number.
 Position drawPosition(std::int64_t extentX, std::int64_t extentY, std::int64_t extentZ);
 
-/// How many random members of a population tell a proportion of it: Cochran's formula with the correction for a finite
+/// Sample size that estimates a proportion of a population: Cochran's formula with the correction for a finite
 /// population.
 /// @param confidence  of the answer, in percent.
 /// @param margin      of error to either side, in percent.

@@ -72,8 +72,8 @@ struct SweepLines {
 
 namespace detail {
 
-/// Lines that are walked along together where they are rows of memory apart: enough for the wait of one step for the
-/// next not to count, and so few that their cache lines, which an even length puts into one set of the cache, stay.
+/// How many lines are walked along together where they lie a row of memory apart: enough to hide the latency from one
+/// step to the next, and so few that their cache lines, which an even length maps to one cache set, stay in the cache.
 inline constexpr unsigned int separateLines(unsigned int channels) {
     return channels < 4 ? 8 : 4;
 }

@@ -41,7 +41,7 @@ public:
 
     uint3 index() const { return index_; }
     bool hasEnded() const { return ended_; }
-    /// Barriers that it has come to in this block.
+    /// How many barriers it has reached in this block.
     std::uint64_t barriers() const { return barriers_; }
     /// The last of them.
     const std::source_location& place() const { return place_; }

@@ -39,7 +39,7 @@ void runShuffled(const Launch& launch, std::uint64_t seed) {
     for (const std::uint64_t block : order) runParts(launch, block, 1, 1);
 }
 
-/// What is known of a kernel from its last launch of so many blocks.
+/// The measured cost of a kernel's last launch of so many blocks.
 struct Pace {
     const void* kernel = nullptr;
     std::uint64_t blocks = 0;
@@ -119,7 +119,7 @@ void runInOrder(const Launch& launch) {
         parallelFor(
             left, static_cast<std::size_t>(std::max(1.0, piece / pace.perPart)),
             [&](std::size_t begin, std::size_t end) { runParts(launch, done + begin, end - begin, pace.parts); });
-        // With the cost of sharing in it the pace can only be overrated.
+        // The measured time includes the cost of sharing, so the kernel can only seem slower than it is.
         pace.perPart = std::min(pace.perPart, static_cast<double>(threads) * spent() / static_cast<double>(left));
     }
 }

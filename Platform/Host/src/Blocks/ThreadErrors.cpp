@@ -56,7 +56,7 @@ std::string text(const std::source_location& place) {
     std::abort();
 }
 
-/// The process is lost: what is not allowed in a handler can do no further harm.
+/// The process ends anyway, so calls that are not safe in a signal handler can do no further harm.
 void onBadAddress(int signal, siginfo_t* info, void*) {
     if (const std::string where = runningKernelThread(); !where.empty())
         std::fprintf(stderr, "host device: %sthere is no memory at %p\n", where.c_str(), info->si_addr);

@@ -17,7 +17,7 @@ struct PanelPoint {
         storeLanes(im, point + panelLines<R>);
     }
     PanelPoint times(R x, R y) const { return {re * x - im * y, re * y + im * x}; }
-    /// Times the root of unity i, or -i.
+    /// Multiplied by i, or by -i.
     template <FftDirection direction>
     PanelPoint turned() const {
         if constexpr (direction == FftDirection::forward)

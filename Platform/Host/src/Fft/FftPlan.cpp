@@ -37,8 +37,8 @@ bool overlap(const void* a, std::size_t aBytes, const void* b, std::size_t bByte
 
 cufftResult workAreaBytes(const FftSizes& sizes, cufftType type, std::size_t& bytes) {
     if (!isKnown(type)) return CUFFT_INVALID_TYPE;
-    const int longest = isDouble(type) ? 1 << 26 : 1 << 27;
-    if (std::min({sizes.nx, sizes.ny, sizes.nz}) < 1 || std::max({sizes.nx, sizes.ny, sizes.nz}) > longest)
+    const int maxLength = isDouble(type) ? 1 << 26 : 1 << 27;
+    if (std::min({sizes.nx, sizes.ny, sizes.nz}) < 1 || std::max({sizes.nx, sizes.ny, sizes.nz}) > maxLength)
         return CUFFT_INVALID_SIZE;
     std::size_t result = isDouble(type) ? sizeof(double2) : sizeof(float2);
     for (const int length : {sizes.nx / 2 + 1, sizes.ny, sizes.nz})

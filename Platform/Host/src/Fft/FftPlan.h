@@ -12,7 +12,7 @@
 
 namespace zel::host {
 
-/// Sizes as the vendor's calls give them, the axis that moves fastest last; 1 for an axis that there is not.
+/// Sizes in the order of the vendor's calls, the fastest axis last; 1 for an axis that does not exist.
 struct FftSizes {
     int nz, ny, nx;
 };

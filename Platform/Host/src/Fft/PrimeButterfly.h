@@ -7,7 +7,7 @@
 namespace zel::host {
 
 /// The largest prime number of points that is transformed term by term: better than FFTW, and exact enough.
-inline constexpr std::size_t largestPrime = 127;
+inline constexpr std::size_t maxPrime = 127;
 
 /// Transforms an odd prime number of points that stand `distance` numbers apart, and gives them to store(index, point).
 /// Points are taken in the pairs k and prime - k, whose roots of unity differ only in the sign of the imaginary part.
@@ -16,7 +16,7 @@ template <FftDirection direction, typename R, typename Store>
 void primeButterfly(std::size_t prime, const R* at, std::size_t distance, const R* roots, const Store& store) {
     using Point = PanelPoint<R>;
     const std::size_t pairs = prime / 2;
-    Point sums[largestPrime / 2 + 1], differences[largestPrime / 2 + 1];
+    Point sums[maxPrime / 2 + 1], differences[maxPrime / 2 + 1];
     const Point first = Point::load(at);
     Point all = first;
     for (std::size_t k = 1; k <= pairs; ++k) {

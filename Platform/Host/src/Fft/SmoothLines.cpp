@@ -12,12 +12,12 @@ namespace {
 
 /// Those whose transforms are written out. Large ones first: few passes are what counts.
 constexpr std::array<std::size_t, 7> radices = {9, 8, 7, 5, 4, 3, 2};
-/// What is left of the length has no factor up to largestPrime.
+/// What is left of the length has no factor up to maxPrime.
 std::vector<std::size_t> factorsOf(std::size_t length) {
     std::vector<std::size_t> factors, small;
     for (const std::size_t radix : radices)
         for (; length % radix == 0; length /= radix) small.push_back(radix);
-    for (std::size_t radix = 11; radix <= largestPrime; radix += 2)
+    for (std::size_t radix = 11; radix <= maxPrime; radix += 2)
         for (; length % radix == 0; length /= radix) factors.push_back(radix);
     factors.insert(factors.end(), small.begin(), small.end());
     return factors;

@@ -104,8 +104,8 @@ void filterRows(const BoxJob<Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t e
 
 template <typename Pixel>
 void filterRowsLong(const BoxJob<Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
-    constexpr std::uint64_t largest = std::uint64_t{1} << (std::is_signed_v<Pixel> ? 16 : 8 * sizeof(Pixel));
-    if (job.area <= (std::uint64_t{1} << 32) / largest) {
+    constexpr std::uint64_t maxMagnitude = std::uint64_t{1} << (std::is_signed_v<Pixel> ? 16 : 8 * sizeof(Pixel));
+    if (job.area <= (std::uint64_t{1} << 32) / maxMagnitude) {
         filterRows<std::uint32_t, std::uint32_t, DoubleDivision>(job, begin, end);
     } else if (job.area <= DoubleDivision::maxArea) {
         filterRows<std::uint64_t, std::uint64_t, DoubleDivision>(job, begin, end);
