@@ -23,6 +23,10 @@ public:
     }
 };
 
+inline AmnlmData::Extents withChannels(const AmnlmData::Extents& extents, int channels) {
+    return {extents[0], extents[1], extents[2], channels};
+}
+
 inline std::vector<float> uniformValues(std::size_t count, float low, float high, unsigned int seed) {
     std::mt19937 random(seed);
     std::uniform_real_distribution<float> value(low, high);

@@ -41,10 +41,10 @@ double interpolated(const std::vector<Element>& in, const Extents& from, const E
 template <typename Element>
 Values plainScaled(const std::vector<Element>& in, const Extents& from, const Extents& to) {
     Values scaled;
-    for (int z = 0; z < to[0]; ++z)
-        for (int y = 0; y < to[1]; ++y)
-            for (int x = 0; x < to[2]; ++x)
-                for (int c = 0; c < to[3]; ++c) scaled.push_back(interpolated(in, from, to, {z, y, x}, c));
+    for (int i = 0; i < to[0] * to[1] * to[2] * to[3]; ++i) {
+        const int v = i / to[3], y = v / to[2];
+        scaled.push_back(interpolated(in, from, to, {y / to[1], y % to[1], v % to[2]}, i % to[3]));
+    }
     return scaled;
 }
 
@@ -52,14 +52,13 @@ Values plainScaled(const std::vector<Element>& in, const Extents& from, const Ex
 /// @param weights    of the steps between the positions p - 1 and p.
 /// @param recursive  whether the forward sweep takes the values that it wrote.
 inline void sweepLine(double* line, std::size_t stride, const Values& weights, bool recursive) {
-    const std::size_t length = weights.size();
-    Values source(length);
-    for (std::size_t p = 0; p < length; ++p) source[p] = line[p * stride];
-    for (std::size_t p = 1; p < length; ++p) {
-        const double before = recursive ? line[(p - 1) * stride] : source[p - 1];
-        line[p * stride] += weights[p] * (before - source[p]);
+    double source = line[0];
+    for (std::size_t p = 1; p < weights.size(); ++p) {
+        const double before = recursive ? line[(p - 1) * stride] : source;
+        source = line[p * stride];
+        line[p * stride] += weights[p] * (before - source);
     }
-    for (std::size_t p = length - 1; p-- > 0;)
+    for (std::size_t p = weights.size() - 1; p-- > 0;)
         line[p * stride] += weights[p + 1] * (line[(p + 1) * stride] - line[p * stride]);
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "AmnlmData.h"
 #include "Messages.h"
@@ -43,8 +44,8 @@ TEST(CudaAmnlmBlocksTest, RegionsAreWidenedUpToTheImage) {
 template <typename T>
 void expectRoundTrip() {
     SCOPED_TRACE(voxelTypeName(voxelTypeOf<T>));
-    HostImage image = randomImage<T>({7, 5, 3}, 5);
-    for (std::size_t i = 0; i < 105; ++i) voxels<T>(image)[i] = static_cast<T>(i);
+    HostImage image(voxelTypeOf<T>, {7, 5, 3});
+    std::iota(voxels<T>(image), voxels<T>(image) + 105, T{});
     const Region extended({1, 1, 0}, {5, 4, 2}), core({2, 2, 1}, {5, 3, 2});
     AmnlmData block({3, 4, 5, 1});
     amnlm::readBlock(&image, 0, 128, extended, block);
@@ -54,22 +55,13 @@ void expectRoundTrip() {
     HostImage target(voxelTypeOf<T>, {7, 5, 3});
     amnlm::writeBlock(&target, 0, 128, block, extended, core);
     std::vector<T> expected(105);
-    for (int z = core.zLow; z <= core.zHigh; ++z)
-        for (int y = core.yLow; y <= core.yHigh; ++y)
-            for (int x = core.xLow; x <= core.xHigh; ++x) {
-                const auto i = static_cast<std::size_t>((z * 5 + y) * 7 + x);
-                expected[i] = static_cast<T>(i);
-            }
+    for (const std::size_t row : {1 * 5 + 2, 1 * 5 + 3, 2 * 5 + 2, 2 * 5 + 3})  // those of the core
+        for (std::size_t i = row * 7 + 2; i <= row * 7 + 5; ++i) expected[i] = static_cast<T>(i);
     EXPECT_EQ(readAll<T>(target), expected) << "the core and nothing else";
 }
 
-template <typename... T>
-void expectRoundTrips(TypeList<T...>) {
-    (expectRoundTrip<T>(), ...);
-}
-
 TEST(CudaAmnlmBlocksTest, AllTypesAreReadScaledAndWrittenBack) {
-    expectRoundTrips(KernelTypes{});
+    []<typename... T>(TypeList<T...>) { (expectRoundTrip<T>(), ...); }(KernelTypes{});
 }
 
 /// What values become as voxels, from a range of 0 to 1.

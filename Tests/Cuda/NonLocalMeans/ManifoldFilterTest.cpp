@@ -18,10 +18,6 @@ struct Block {
     std::vector<float> patches;  ///< four channels
 };
 
-Extents withChannels(const Extents& extents, int channels) {
-    return {extents[0], extents[1], extents[2], channels};
-}
-
 /// Steps with noise, and patches that go with them.
 Block noisyBlock(const Extents& extents) {
     Block block{extents, uniformValues(extents, 0, 0.3f, 1), uniformValues(withChannels(extents, 4), -0.1f, 0.1f, 2)};
@@ -35,8 +31,7 @@ Block noisyBlock(const Extents& extents) {
 }
 
 std::vector<float> filtered(const Block& block, float rangeSigma, float spatialSigma) {
-    const AmnlmData values(block.extents, block.values);
-    const AmnlmData patches(withChannels(block.extents, 4), block.patches);
+    const AmnlmData values(block.extents, block.values), patches(withChannels(block.extents, 4), block.patches);
     AmnlmData result(block.extents);
     std::srand(1);
     amnlm::adaptiveManifoldFilter(result, values, patches, rangeSigma, spatialSigma, 1);

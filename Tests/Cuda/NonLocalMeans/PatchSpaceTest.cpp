@@ -36,8 +36,7 @@ TEST(PatchSpaceTest, DirectionsAreTheLeadingOnesOfTheSample) {
         EXPECT_GE(directions[k * P], 0);
         for (std::size_t j = 0; j <= k; ++j) {
             double dot = 0;
-            for (std::size_t p = 0; p < P; ++p)
-                dot += static_cast<double>(directions[k * P + p]) * directions[j * P + p];
+            for (std::size_t p = 0; p < P; ++p) dot += double(directions[k * P + p]) * directions[j * P + p];
             EXPECT_NEAR(dot, j == k ? 1 : 0, 1e-4);
         }
     }
