@@ -28,11 +28,7 @@ private:
     static constexpr auto variable = "ZEL_HOST_THREAD_SEED";
 };
 
-/// Its tests end copies of the process, which start anew.
-class BlockThreadsDeathTest : public DeviceTest {
-protected:
-    BlockThreadsDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
+using BlockThreadsDeathTest = host::DeviceDeathTest;
 using BlockThreadsTest = DeviceTest;
 
 /// Turns each block's numbers around.

@@ -27,6 +27,12 @@ private:
     const TestModes modesBefore_ = testModes();
 };
 
+/// Its tests end copies of the process, which start anew: forking one with threads is not safe.
+class DeviceDeathTest : public DeviceTest {
+protected:
+    DeviceDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
 /// What calls return that are made one after the other.
 using Statuses = std::vector<cudaError_t>;
 

@@ -55,23 +55,5 @@ TEST_F(PatchesTest, RowsGoOnFromTheirOtherEnd) {
         }
 }
 
-__global__ void channelsKernel(int* visits, int count, int channels) {
-    withChannels(channels, [=](const auto c) {
-        forEachVoxel(count, 1, 1,
-                     [=](int x, int, int) { forEachChannel(c, [=](int k) { visits[x * c + k] += k + 1; }); });
-    });
-}
-
-TEST_F(PatchesTest, EachChannelIsMetOnce) {
-    for (const int channels : {1, 2, 3, 4, 7}) {
-        constexpr int count = 20;
-        std::vector<int> visits(count * channels + 1), expected = visits;
-        for (int i = 0; i < count * channels; ++i) expected[i] = i % channels + 1;
-        const auto config = host::shape(dim3(count));
-        ASSERT_EQ(cudaLaunchKernelEx(&config, channelsKernel, visits.data(), count, channels), cudaSuccess);
-        EXPECT_EQ(visits, expected) << channels;
-    }
-}
-
 }  // namespace
 }  // namespace zel::cuda

@@ -11,11 +11,7 @@ namespace {
 
 using TestModesTest = DeviceTest;
 
-/// Its tests end copies of the process, which start anew: forking one with threads is not safe.
-class TestModesDeathTest : public DeviceTest {
-protected:
-    TestModesDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
+using TestModesDeathTest = DeviceDeathTest;
 
 __global__ void storeKernel(int* place, int value) {
     *place = value;

@@ -16,13 +16,6 @@ constexpr int place(int x, int y, int z) {
     return 1 + x + 100 * y + 10000 * z;
 }
 
-void appendPlaces(std::vector<int>& places, dim3 extents) {
-    for (unsigned int z = 0; z < extents.z; ++z)
-        for (unsigned int y = 0; y < extents.y; ++y)
-            for (unsigned int x = 0; x < extents.x; ++x)
-                places.push_back(place(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z)));
-}
-
 template <class Index>
 __global__ void voxelsKernel(int* out, Index nx, Index ny, Index nz) {
     forEachVoxel(nx, ny, nz, [=](Index x, Index y, Index z) {
@@ -39,7 +32,10 @@ void expectEachVoxelOnce(dim3 block) {
             dim3((extents.x - 1) / block.x + 1, (extents.y - 1) / block.y + 1, (extents.z - 1) / block.z + 1), block);
         ASSERT_EQ(cudaLaunchKernelEx(&config, voxelsKernel<Index>, out.data(), extents.x, extents.y, extents.z),
                   cudaSuccess);
-        appendPlaces(expected, extents);
+        for (unsigned int z = 0; z < extents.z; ++z)
+            for (unsigned int y = 0; y < extents.y; ++y)
+                for (unsigned int x = 0; x < extents.x; ++x)
+                    expected.push_back(place(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z)));
         expected.push_back(0);
         EXPECT_EQ(out, expected);
     }
@@ -50,27 +46,6 @@ TEST_F(VoxelsAndItemsTest, EachVoxelIsMetOnce) {
     for (int launch = 0; launch < 3; ++launch) {
         expectEachVoxelOnce<int>(dim3(8, 8, 8));
         expectEachVoxelOnce<std::uint64_t>(dim3(70, 2, 7));
-    }
-}
-
-__global__ void columnsKernel(int* out, int nx, int ny, int nz, int channels) {
-    forEachVoxelColumn(nx, ny, nz, channels, [=](const auto bundle, int yBegin, int yEnd, int z) {
-        for (int y = yBegin; y < yEnd; ++y)
-            bundle.each([&](unsigned int lane) {
-                const auto x = static_cast<int>(bundle.first + lane);
-                out[x + nx * channels * (y + ny * z)] += place(x, y, z);
-            });
-    });
-}
-
-TEST_F(VoxelsAndItemsTest, ColumnsMeetEachElementOnce) {
-    for (const auto& [nx, ny, nz, channels] : {std::array{1, 1, 1, 1}, {20, 70, 2, 4}, {130, 9, 1, 1}, {5, 33, 9, 3}}) {
-        SCOPED_TRACE(::testing::Message() << nx << " x " << ny << " x " << nz << ", " << channels << " channels");
-        const auto config = host::shape(dim3((nx + 7) / 8, (ny + 7) / 8, (nz + 7) / 8), dim3(8, 8, 8));
-        std::vector<int> out(static_cast<std::size_t>(nx * ny * nz * channels)), expected;
-        ASSERT_EQ(cudaLaunchKernelEx(&config, columnsKernel, out.data(), nx, ny, nz, channels), cudaSuccess);
-        appendPlaces(expected, dim3(nx * channels, ny, nz));
-        EXPECT_EQ(out, expected);
     }
 }
 
