@@ -1,9 +1,6 @@
 #include "zel/TemplateTransformation.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
+#include "PlainMatching.h"
 
 using namespace zel;
 using tarnway::DataFrameView;
@@ -55,18 +52,10 @@ TEST(TemplateTransformationTest, TurnsAboutZThenXThenZ) {
     info.psi = 0.3;
     info.theta = 0.4;
     info.phi = 0.5;
-    // The turns one by one: by psi about z, by theta about x, by phi about z.
-    const auto turn = [](double& from, double& to, double angle) {
-        const double a = from, b = to;
-        from = a * std::cos(angle) - b * std::sin(angle);
-        to = a * std::sin(angle) + b * std::cos(angle);
-    };
     for (const std::size_t axis : {0, 1, 2}) {
-        Spacing turned{};
-        turned[axis] = 1;
-        turn(turned[0], turned[1], info.psi);
-        turn(turned[1], turned[2], info.theta);
-        turn(turned[0], turned[1], info.phi);
+        Spacing unit{};
+        unit[axis] = 1;
+        const Spacing turned = test::Turn{info, {}}.forth(unit);
         for (const std::size_t row : {0, 1, 2}) EXPECT_NEAR(rotationMatrix(info).at(row, axis), turned[row], 1e-15);
     }
 }

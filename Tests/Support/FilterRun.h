@@ -70,21 +70,22 @@ std::vector<T> resultOf(Run&& run) {
     return readAll<T>(*outputOf(run.filter).get());
 }
 
-/// Counts what a run reports, and cancels it when so many steps are done.
+/// Notes what a run reports, and cancels it when so many steps are done.
 struct StepWatch : InteractionInterface {
     explicit StepWatch(BaseAlgorithm* watched = nullptr, std::uint64_t at = UINT64_MAX)
         : algorithm(watched), cancelAt(at) {}
 
     void progress(std::uint64_t done, std::uint64_t ofAll) override {
         total = ofAll;
-        ++reports;
+        reports.push_back(done);
         if (done == cancelAt) algorithm->cancel();
     }
     /// Calls of nextStep: every report but the first, if none was left for the end of the run.
-    std::uint64_t steps() const { return reports - 1; }
+    std::uint64_t steps() const { return reports.size() - 1; }
 
     BaseAlgorithm* algorithm;
-    std::uint64_t cancelAt, total = 0, reports = 0;
+    std::uint64_t cancelAt, total = 0;
+    std::vector<std::uint64_t> reports;  ///< the steps that are done, each time
 };
 
 }  // namespace zel::test

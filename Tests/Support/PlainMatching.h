@@ -22,6 +22,15 @@ inline Doubles asDoubles(const ImageModel& image) {
     return result;
 }
 
+/// Random weights of a mask; those below 0 become 0.
+inline HostImage randomWeights(const ImageSize& size, double low, double high) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> weight(low, high);
+    Doubles weights(size.x * size.y * size.z);
+    for (double& value : weights) value = std::max(0.0, weight(random));
+    return imageOf(size, weights);
+}
+
 inline std::array<long, 3> sizeOf(const HostImage& image) {
     return {long(image.getDimension(0)), long(image.getDimension(1)), long(image.getDimension(2))};
 }

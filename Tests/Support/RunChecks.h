@@ -2,6 +2,8 @@
 
 #include <cuda_runtime.h>
 
+#include <bit>
+
 #include "FilterRun.h"
 #include "zel/CudaContext.h"
 #include "zel/Exceptions.h"
@@ -35,6 +37,14 @@ void onAllPlacements(const std::vector<Tile>& tiles, const Check& check) {
             check(PlacementOf<Tile>{input, output, tile});
         }
     }
+}
+
+/// The bits of what a run gives.
+template <typename Run>
+std::vector<std::uint32_t> bitsOf(Run&& run) {
+    std::vector<std::uint32_t> bits;
+    for (const float value : resultOf<float>(run)) bits.push_back(std::bit_cast<std::uint32_t>(value));
+    return bits;
 }
 
 /// makeRun(placement) gives this, bit for bit, wherever its images lie and for each tile.

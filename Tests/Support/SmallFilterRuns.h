@@ -13,32 +13,29 @@ namespace zel::test {
 // Small runs that take each of their filters' ways. `blocks` is how many the image is cut into with the margins that
 // the filter needs, counted by hand; `work` is a call that does the filtering.
 
-template <typename Algo, typename T, unsigned radius, bool square>
+template <typename Algo, typename T, unsigned radius, bool square, std::uint64_t blockCount>
 struct Morphology : MorphologyRun<Algo> {
     using Pixel = T;
     static constexpr ImageSize size{60, 50};
     static constexpr Vector2<unsigned> tile{34, 30};
-    static constexpr std::uint64_t passes = 1;
+    static constexpr std::uint64_t blocks = blockCount, passes = 1;
 
     Morphology(HostImage& image, const Placement& placement) : MorphologyRun<Algo>(image, radius, square, placement) {}
 };
 
-struct SquareErosion : Morphology<cuda::CudaErosion2d, std::uint8_t, 2, true> {
-    static constexpr std::uint64_t blocks = 2 * 2;
+struct SquareErosion : Morphology<cuda::CudaErosion2d, std::uint8_t, 2, true, 2 * 2> {
     static constexpr auto work = "nppiErode3x3Border_8u_C1R_Ctx";
 
     using Morphology::Morphology;
 };
 
-struct DiamondOpening : Morphology<cuda::CudaOpening2d, std::uint16_t, 2, false> {
-    static constexpr std::uint64_t blocks = 2 * 2;
+struct DiamondOpening : Morphology<cuda::CudaOpening2d, std::uint16_t, 2, false, 2 * 2> {
     static constexpr auto work = "nppiErodeBorder_16u_C1R_Ctx";
 
     using Morphology::Morphology;
 };
 
-struct DiamondClosing : Morphology<cuda::CudaClosing2d, float, 3, false> {
-    static constexpr std::uint64_t blocks = 3 * 3;
+struct DiamondClosing : Morphology<cuda::CudaClosing2d, float, 3, false, 3 * 3> {
     static constexpr auto work = "nppiDilateBorder_32f_C1R_Ctx";
 
     using Morphology::Morphology;

@@ -115,21 +115,6 @@ TYPED_TEST(CrossCorrelationTest, EqualsTheSumsInEachPlaceAndTile) {
     }
 }
 
-TEST(CrossCorrelationRunTest, FindsACutOutTemplate) {
-    HostImage image = randomImage<float>({300, 200}, 7);
-    for (const ImageSize size : {ImageSize{15, 15}, {8, 12}, {64, 31}}) {
-        const auto cut = partOf(image, {101, 57, 0, 0, 0}, size);
-        HostImage pattern(VoxelTypes::float32, size);
-        copyRows(cut, pattern);
-        for (const Vector2<unsigned> tile : {Vector2<unsigned>{0, 0}, {150, 140}}) {
-            CrossCorrelationRun run(image, pattern, 1, {false, false, tile});
-            run.filter.run();
-            EXPECT_EQ(*run.measurement.bestPositionX.data(), 101 + (size.x - 1) / 2);
-            EXPECT_EQ(*run.measurement.bestPositionY.data(), 57 + (size.y - 1) / 2);
-        }
-    }
-}
-
 TEST(CrossCorrelationRunTest, ConstantScoresAreTheLowestAndAMeasurementMayBeMissing) {
     HostImage image = randomImage<std::uint8_t>({6, 5}, 1);
     HostImage pattern(VoxelTypes::uint8, {1, 1});

@@ -18,14 +18,6 @@ HostImage withSpacing(HostImage image, const std::array<double, 3>& spacing) {
     return image;
 }
 
-/// Weights around 0.6.
-HostImage weights(const ImageSize& size) {
-    HostImage mask = randomImage<double>(size, 3);
-    for (std::size_t i = 0; i < size.x * size.y * size.z; ++i)
-        voxels<double>(mask)[i] = 0.6 + 0.001 * voxels<double>(mask)[i];
-    return mask;
-}
-
 /// Scores of each row.
 std::vector<Doubles> scoresOfRows(const HostImage& image, const HostImage& pattern, const HostImage& mask,
                                   const tarnway::DataFrameView& table, bool follows) {
@@ -77,7 +69,7 @@ TEST(MatchingTransformationTest, ScoresAreThoseOfThePlainlyTransformedTemplate) 
         SCOPED_TRACE(name);
         HostImage image = randomImage<double>(imageSize, 1);
         const HostImage pattern = withSpacing(randomImage<double>({4, 5, 3}, 2), spacing);
-        const HostImage mask = withSpacing(weights({4, 5, 3}), spacing);
+        const HostImage mask = withSpacing(randomWeights({4, 5, 3}, 0.3, 0.9), spacing);
         const auto table = tableOf(columns);
         const std::vector<Doubles> expected = scoresOfRows(image, pattern, mask, *table, follows);
         for (const Vector3<unsigned>& tile : {Vector3<unsigned>{}, {12, 1, 11}}) {
@@ -126,7 +118,7 @@ TEST(MatchingTransformationTest, AFrequencyFilterActsOnTheTemplateBeforeItIsStan
          {std::pair{ImageSize{5, 4, 3}, 0}, {ImageSize{6, 5, 4}, 0}, {ImageSize{5, 3, 4}, 3}}) {
         SCOPED_TRACE(testing::Message() << templateSize.x << " x " << templateSize.y << ", " << extra);
         HostImage image = randomImage<double>(imageSize, 1);
-        const HostImage pattern = randomImage<double>(templateSize, 2), mask = weights(templateSize);
+        const HostImage pattern = randomImage<double>(templateSize, 2), mask = randomWeights(templateSize, 0.3, 0.9);
         const auto more = std::size_t(extra);
         PlainVolume filter({long(templateSize.x + 1 + more), long(templateSize.y + more), long(templateSize.z + more)},
                            {1, 1, 1});

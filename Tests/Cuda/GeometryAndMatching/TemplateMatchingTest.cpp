@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 
 #include "MatchingRun.h"
 #include "PlainMatching.h"
@@ -14,32 +13,17 @@ using namespace zel::test;
 
 namespace {
 
-/// Weights from 0 to 1, a fifth of them 0.
-template <typename T>
-HostImage randomMask(const ImageSize& size, unsigned seed) {
-    HostImage mask(voxelTypeOf<T>, size);
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<double> weight(-0.25, 1);
-    for (std::size_t i = 0; i < size.x * size.y * size.z; ++i)
-        voxels<T>(mask)[i] = static_cast<T>(std::max(0.0, weight(random)));
-    return mask;
-}
-
 /// How many steps a run says are done, one report after the other. It takes them one by one, or three at once where
 /// neither resizing nor turning is needed.
 std::vector<std::uint64_t> reportsOf(MatchingRun& run) {
-    struct Watch : InteractionInterface {
-        void progress(std::uint64_t done, std::uint64_t ofAll) override {
-            EXPECT_TRUE(done == 0 || done - all.back() == 1 || done - all.back() == 3) << "before " << done;
-            all.push_back(done);
-            total = ofAll;
-        }
-        std::vector<std::uint64_t> all;
-        std::uint64_t total = 0;
-    } watch;
+    StepWatch watch;
     run.filter.run(&watch);
-    EXPECT_EQ(watch.all.back(), watch.total);
-    return watch.all;
+    for (std::size_t i = 1; i < watch.reports.size(); ++i) {
+        const std::uint64_t taken = watch.reports[i] - watch.reports[i - 1];
+        EXPECT_TRUE(taken == 1 || taken == 3) << "before " << watch.reports[i];
+    }
+    EXPECT_EQ(watch.reports.back(), watch.total);
+    return watch.reports;
 }
 
 template <typename T>
@@ -58,7 +42,7 @@ TYPED_TEST(TemplateMatchingTest, ScoresAreTheMaskedCorrelationCoefficient) {
     for (std::size_t z = 0; z < 5; ++z)
         for (std::size_t y = 0; y < 11; ++y) std::fill_n(voxels<TypeParam>(image) + (z * 11 + y) * 13, 7, TypeParam{1});
     const HostImage sought = randomImage<TypeParam>(templateSize, 2);
-    const HostImage mask = randomMask<float>(templateSize, 3);
+    const HostImage mask = randomWeights(templateSize, -0.25, 1);
     const Doubles expected = directScores(image, sought, mask, thresholdOf(image));
     const double tolerance = sizeof(TypeParam) < 4 || std::is_same_v<TypeParam, float> ? 2e-5 : 1e-6;
     const auto check = [&](auto indexVoxel, const std::vector<Vector3<unsigned>>& tiles) {

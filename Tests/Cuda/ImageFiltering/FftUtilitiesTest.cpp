@@ -119,10 +119,8 @@ TYPED_TEST(ConvertAndPadTest, PutsTheImageAtTheOrigin) {
     }
 }
 
-TEST(FftPlanMakerTest, PlansOfOneWorkAreaTakeImagesThereAndBack) {
+TEST(FftPlanMakerTest, PlansShareOneWorkAreaAndRefuseMore) {
     const std::array<std::uint64_t, 3> size{9, 6, 5};
-    std::vector<float> image(9 * 6 * 5);
-    std::iota(image.begin(), image.end(), 1.0f);
     for (const std::uint64_t nz : {1u, 5u}) {
         FftWorkArea area;
         const auto make = [&](cufftType type) {
@@ -137,14 +135,6 @@ TEST(FftPlanMakerTest, PlansOfOneWorkAreaTakeImagesThereAndBack) {
                     testing::HasSubstr("Preallocated CUDA memory does not fit the necessary size."));
         EXPECT_THAT(test::messageOf([&] { makeFftPlan2d(std::uint64_t{1} << 32 | 4, 4, CUFFT_R2C, area, nullptr); }),
                     testing::HasSubstr("User specified an invalid transform size"));
-        const std::vector<float> voxels(image.begin(), image.begin() + static_cast<long>(54 * nz));
-        const auto real = toDevice(voxels);
-        const auto spectrum = toDevice(std::vector<cufftComplex>(5 * 6 * nz));
-        checkCufftStatus(cufftExecR2C(forward, real.get(), spectrum.get()));
-        checkCufftStatus(cufftExecC2R(inverse, spectrum.get(), real.get()));
-        const std::vector<float> back = toHost(real, voxels.size());
-        const auto n = static_cast<float>(voxels.size());
-        for (std::size_t i = 0; i < voxels.size(); ++i) EXPECT_NEAR(back[i] / n, voxels[i], 1e-3) << i;
         destroyFftPlan(forward);
         destroyFftPlan(inverse);
         EXPECT_THAT(test::messageOf([&] { destroyFftPlan(inverse); }),

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <random>
 
@@ -54,12 +53,7 @@ TEST(MedianFilterFloatTest, TilesDoNotChangeABitOfZerosAndNaNs) {
                     : i % 2 == 0 ? std::copysign(std::nanf("7"), pixels[i])
                                  : pixels[i];
     for (const unsigned radius : {1, 2, 3, 5, 20}) {
-        const auto bits = [&](const Placement& placement) {
-            std::vector<std::uint32_t> result;
-            for (const float value : resultOf<float>(MedianFilterRun(image, radius, placement)))
-                result.push_back(std::bit_cast<std::uint32_t>(value));
-            return result;
-        };
+        const auto bits = [&](const Placement& placement) { return bitsOf(MedianFilterRun(image, radius, placement)); };
         EXPECT_EQ(bits({false, true, {49, 47}}), bits({})) << "radius " << radius;
     }
 }

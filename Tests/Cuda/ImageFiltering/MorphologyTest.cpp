@@ -1,5 +1,3 @@
-#include <bit>
-
 #include "MorphologyRun.h"
 #include "PlainFilters.h"
 #include "RunChecks.h"
@@ -63,10 +61,7 @@ TEST(MorphologyFloatTest, TilesDoNotChangeABitOfZerosAndNaNs) {
     for (int i = 0; i < 70 * 64; ++i)
         pixels[i] = i % 3 == 0 ? 0.0f : i % 5 == 0 ? -0.0f : i % 7 == 0 ? std::nanf("") : std::abs(pixels[i]);
     const auto bits = [&](const Placement& placement) {
-        std::vector<std::uint32_t> result;
-        for (const float value : resultOf<float>(MorphologyRun<CudaOpening2d>(image, 3, false, placement)))
-            result.push_back(std::bit_cast<std::uint32_t>(value));
-        return result;
+        return bitsOf(MorphologyRun<CudaOpening2d>(image, 3, false, placement));
     };
     EXPECT_EQ(bits({false, true, {29, 41}}), bits({}));
 }

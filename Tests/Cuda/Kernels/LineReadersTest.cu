@@ -87,9 +87,9 @@ TYPED_TEST_SUITE(LineReadersTest, decltype(testedTypes(zel::KernelTypes{})));
 TEST(MirrorIndexTest, RepeatsTheEdgePixelAndReflectsAsOftenAsNeeded) {
     const int expected[] = {2, 1, 0, 0, 1, 2, 3, 3, 2, 1, 0, 0};
     for (int i = 0; i < 12; ++i) EXPECT_EQ(mirrorIndex(i - 3, 4), expected[i]) << i;
-    constexpr int longest = 2147483647;
-    EXPECT_EQ(mirrorIndex(-longest - 1, longest), longest - 1);
-    EXPECT_EQ(mirrorIndex(longest, longest - 1), longest - 3);
+    constexpr int maxLength = 2147483647;
+    EXPECT_EQ(mirrorIndex(-maxLength - 1, maxLength), maxLength - 1);
+    EXPECT_EQ(mirrorIndex(maxLength, maxLength - 1), maxLength - 3);
     EXPECT_EQ(mirrorIndex(-2000000001, 3), 2) << "2000000000 is 2 more than a multiple of 6";
 }
 
