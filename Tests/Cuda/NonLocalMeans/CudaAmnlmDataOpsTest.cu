@@ -69,11 +69,12 @@ TEST(CudaAmnlmDataOpsTest, ChannelsAreJoinedAndTakenOut) {
 }
 
 TEST(CudaAmnlmDataOpsTest, ScalesFirstOntoFirstAndLastOntoLast) {
+    // More rows than a strip of a column has, more voxels than a bundle.
     const struct {
         AmnlmData::Extents from, to;
     } cases[] = {
-        {{1, 9, 13, 1}, {1, 3, 4, 1}},   {{1, 5, 6, 4}, {1, 20, 90, 4}}, {{5, 6, 7, 2}, {2, 3, 3, 2}},
-        {{2, 3, 4, 1}, {9, 10, 150, 1}}, {{3, 1, 1, 4}, {8, 5, 70, 4}},  {{4, 5, 6, 1}, {1, 1, 1, 1}},
+        {{1, 9, 13, 1}, {1, 3, 4, 1}},   {{1, 5, 6, 4}, {1, 75, 90, 4}}, {{5, 6, 7, 2}, {2, 3, 3, 2}},
+        {{2, 3, 4, 1}, {3, 70, 150, 1}}, {{3, 1, 1, 4}, {8, 5, 70, 4}},  {{4, 5, 6, 1}, {1, 1, 1, 1}},
         {{3, 8, 2, 3}, {5, 2, 33, 3}},   {{2, 2, 90, 2}, {2, 2, 40, 2}},
     };
     for (const auto& [from, to] : cases) {
