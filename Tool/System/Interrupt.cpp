@@ -20,7 +20,12 @@ void installSignalHandlers() {
     struct sigaction action {};
     action.sa_handler = recordSignal;  // no SA_RESTART: a blocked read, as on a pipe, returns with EINTR
     sigemptyset(&action.sa_mask);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        // nohup and shells start programs with signals ignored that shall not end them.
+        struct sigaction before {};
+        if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
+        sigaction(signal, &action, nullptr);
+    }
     std::signal(SIGXFSZ, SIG_IGN);
 }
 

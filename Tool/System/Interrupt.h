@@ -17,7 +17,7 @@ private:
 };
 
 /// From here on SIGINT, SIGTERM and SIGHUP are only recorded, for the functions below, and a write beyond the limit of
-/// a file's size fails instead of ending the process.
+/// a file's size fails instead of ending the process. Signals that are ignored already stay ignored.
 void installSignalHandlers();
 
 /// Whether one of the signals has come.

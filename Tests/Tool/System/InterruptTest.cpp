@@ -50,4 +50,16 @@ TEST_F(InterruptTest, EndsReadingAndFilteringAndLeavesTheOldFile) {
     }
 }
 
+// As nohup and shells do it for programs in the background.
+TEST_F(InterruptTest, SignalsIgnoredAtTheStartStayIgnored) {
+    auto run = std::async(std::launch::async, [this] { return zel("info in.npy", "trap '' INT; echo $$ > id; "); });
+    std::ofstream pipe(folder / "in.npy");
+    pipe << npyBytes("|u1", "(2, 2)", "ab") << std::flush;
+    kill(std::stoi(folder.read("id")), SIGINT);
+    std::this_thread::sleep_for(20ms);
+    pipe << "cd" << std::flush;
+    pipe.close();
+    EXPECT_EQ(run.get().exitCode, 0);
+}
+
 }  // namespace zel::test
