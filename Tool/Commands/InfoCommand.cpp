@@ -1,4 +1,5 @@
 #include <array>
+#include <type_traits>
 #include <vector>
 
 #include "Commands/Commands.h"
@@ -22,6 +23,13 @@ struct ValueRange {
     std::string text;  ///< "0 to 255"
 };
 
+/// JSON has no infinite numbers: they become the texts "inf" and "-inf".
+template <typename T>
+Json jsonNumber(T value) {
+    const bool isInfinite = std::is_floating_point_v<T> && value - value != 0;
+    return isInfinite ? Json(numberToText(value)) : Json(value);
+}
+
 template <typename T>
 ValueRange rangeOf(const ImageModel& image) {
     const ImageSize size = imageSizeOf(image);
@@ -38,7 +46,7 @@ ValueRange rangeOf(const ImageModel& image) {
         }
     });
     if (!isFound) return {};
-    return {minimum, maximum, numberToText(minimum) + " to " + numberToText(maximum)};
+    return {jsonNumber(minimum), jsonNumber(maximum), numberToText(minimum) + " to " + numberToText(maximum)};
 }
 
 ValueRange rangeOf(const ImageModel& image) {
@@ -53,15 +61,18 @@ struct ImageDescription {
     std::string type;
     std::array<double, 3> spacing{};
     ValueRange range;
+    FileDetails details{};
 };
 
 ImageDescription describe(const std::string& path) {
-    const HostImage image = readImageFile(path);
+    FileDetails details;
+    const HostImage image = readImageFile(path, details);
     return {.file = path,
             .size = imageSizeOf(image),
             .type = std::string(voxelTypeName(image.getDataType())),
             .spacing = {image.getSpacing(0), image.getSpacing(1), image.getSpacing(2)},
-            .range = rangeOf(image)};
+            .range = rangeOf(image),
+            .details = details};
 }
 
 std::string toLine(const ImageDescription& image) {
@@ -70,8 +81,10 @@ std::string toLine(const ImageDescription& image) {
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
         spacing += (axis > 0 ? " x " : "") + numberToText(image.spacing[axis]);
     }
+    std::string notes;
+    for (const std::string& note : image.details.notes) notes += "; " + note;
     return image.file + ": " + imageFormatName(image.file) + ", " + toText(image.size) + ", " + image.type +
-           ", spacing " + spacing + (image.range.text.empty() ? "" : ", range " + image.range.text);
+           ", spacing " + spacing + (image.range.text.empty() ? "" : ", range " + image.range.text) + notes;
 }
 
 Json toJson(const ImageDescription& image) {
@@ -81,7 +94,8 @@ Json toJson(const ImageDescription& image) {
             {"type", image.type},
             {"spacing", image.spacing},
             {"minimum", image.range.minimum},
-            {"maximum", image.range.maximum}};
+            {"maximum", image.range.maximum},
+            {"notes", image.details.notes}};
 }
 
 class InfoCommand final : public Command {

@@ -28,7 +28,9 @@ TEST_F(CommandsTest, InfoShowsAllFilesThatCanBeRead) {
     expectOneErrorLine({result.exitCode, "", result.errors}, 1, "cannot read gone.npy");
     EXPECT_THAT(zel("info --json f.npy").output,
                 StartsWith(R"({"images":[{"file":"f.npy","format":"NPY","size":[2,2],"type":"float32","spacing":[1.0,)"
-                           R"(1.0,1.0],"minimum":-1.5,"maximum":7.0}]})"));
+                           R"(1.0,1.0],"minimum":-1.5,"maximum":7.0,"notes":[]}]})"));
+    folder.write("i.npy", npyBytes("<f4", "(1, 2)", rawBytes(std::vector<float>{-HUGE_VALF, 1})));
+    EXPECT_THAT(zel("info --json i.npy").output, HasSubstr(R"("minimum":"-inf","maximum":1.0)"));
 }
 
 TEST_F(CommandsTest, ConvertChangesFormatAndType) {

@@ -8,8 +8,8 @@
 
 #include "ImageFiles/Common/ByteOrder.h"
 #include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/HalfFloat.h"
 #include "ImageFiles/Common/Rows.h"
-#include "ImageFiles/Mrc/HalfFloat.h"
 #include "ImageFiles/Mrc/MrcHeader.h"
 #include "ImageFiles/Mrc/MrcHeaderWriter.h"
 
@@ -68,7 +68,9 @@ void readVoxels(InputFile& file, const MrcHeader& header, std::byte* voxels) {
 class MrcFormat final : public ImageFormat {
 public:
     std::string_view name() const override { return "MRC"; }
-    std::vector<std::string_view> extensions() const override { return {".mrc", ".map"}; }
+    std::vector<std::string_view> extensions() const override {
+        return {".mrc", ".map", ".mrcs", ".st", ".rec", ".ali", ".ccp4"};
+    }
 
     HostImage read(InputFile& file, FileDetails& details) const override {
         const MrcHeader header = readHeader(file);
@@ -84,6 +86,7 @@ public:
         skip(file, header.details.extendedBytes);
         readVoxels(file, header, static_cast<std::byte*>(image.data()));
         details.mrc = header.details;
+        details.notes = header.notes;
         return image;
     }
 

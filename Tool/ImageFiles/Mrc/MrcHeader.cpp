@@ -36,10 +36,16 @@ public:
         parseMode(header);
         parseCounts(header);
         if (!hasValidAxes(isLittle_)) {
-            refuse("its axes MAPC, MAPR, MAPS are " + triple(axesField) + "; they have to be 1, 2 and 3 in any order");
+            refuse("its axes MAPC, MAPR, MAPS are " + triple(axesField) +
+                   "; they have to be 1, 2 and 3 in any order, or all 0");
+        }
+        const bool hasAxes = integer(axesField) != 0;
+        if (!hasAxes) header.notes.emplace_back("its axes MAPC, MAPR, MAPS are 0, taken as 1, 2, 3");
+        if (bytes_.substr(magicField, magic.size()) != magic) {
+            header.notes.emplace_back("it has MAP and a zero byte in its header, taken as 'MAP '");
         }
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            header.axes[axis] = static_cast<std::size_t>(integer(axesField + 4 * axis)) - 1;
+            header.axes[axis] = hasAxes ? static_cast<std::size_t>(integer(axesField + 4 * axis)) - 1 : axis;
             header.spacing[axis] = spacing(axis);
         }
         readPlace(header);
@@ -53,7 +59,8 @@ public:
 private:
     /// Whether little endian, by the machine stamp. Old files have none; theirs is the order that gives a valid header.
     bool findByteOrder() const {
-        if (bytes_.substr(magicField, magic.size()) != magic) {
+        const std::string_view found = bytes_.substr(magicField, magic.size());
+        if (found != magic && found != carelessMagic) {
             refuse(
                 "it is not an MRC file, or one from before the format of the year 2000: it has no 'MAP ' in its "
                 "header");
@@ -150,7 +157,7 @@ private:
         std::array<int, 3> axes{};
         for (std::size_t i = 0; i < 3; ++i) axes[i] = integer(axesField + 4 * i, isLittle);
         std::ranges::sort(axes);
-        return axes == std::array<int, 3>{1, 2, 3};
+        return axes == std::array<int, 3>{1, 2, 3} || axes == std::array<int, 3>{};
     }
 
     std::string triple(std::size_t field) const {

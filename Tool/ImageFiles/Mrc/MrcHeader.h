@@ -22,6 +22,8 @@ struct MrcHeader {
     std::array<double, 3> spacing{};        ///< along x, y and z
     MrcDetails details;                     ///< what else it says; extendedBytes lie between this header and the voxels
 
+    std::vector<std::string> notes;  ///< as in FileDetails
+
     ImageSize imageSize() const;
     std::size_t fileVoxelSize() const { return isHalfPrecision ? 2 : helper::getSizeOf(type); }
 };

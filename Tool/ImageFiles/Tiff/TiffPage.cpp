@@ -23,6 +23,7 @@ T valueOf(const TiffHandle& handle, std::uint32_t tag) {
 std::optional<VoxelTypes> voxelType(unsigned format, unsigned bits) {
     if (format == SAMPLEFORMAT_VOID) format = SAMPLEFORMAT_UINT;
     if (format == SAMPLEFORMAT_UINT && (bits == 1 || bits == 2 || bits == 4)) return VoxelTypes::uint8;
+    if (format == SAMPLEFORMAT_IEEEFP && bits == 16) return VoxelTypes::float32;
     for (const VoxelTypes type : allVoxelTypes) {
         if (!isComplex(type) && tiffSampleFormat(type) == format && 8 * helper::getSizeOf(type) == bits) return type;
     }
@@ -100,7 +101,7 @@ private:
         if (!type) {
             refuse("has " + formatName(format) + " of " + std::to_string(bits) +
                    " bits; integers of 8, 16, 32 and 64 bits, unsigned ones of 1, 2 and 4, and floating-point numbers "
-                   "of 32 and 64 can be read");
+                   "of 16, 32 and 64 can be read");
         }
         page.type = *type;
         page.bitsPerVoxel = bits;

@@ -13,13 +13,15 @@ struct TiffPage {
     VoxelTypes type = VoxelTypes::uint8;
     std::size_t width = 0;
     std::size_t height = 0;
-    std::size_t bitsPerVoxel = 0;  ///< in the file; 1, 2 and 4 become uint8 in the image
+    std::size_t bitsPerVoxel = 0;  ///< in the file; 1, 2 and 4 become uint8 in the image, floats of 16 become float32
     bool isWhiteZero = false;
     bool isCompressed = false;
     bool isTiled = false;
     std::size_t segmentWidth = 0;  ///< a segment is a tile, or a strip, which is as wide as the page
     std::size_t segmentHeight = 0;
 
+    /// Whether the voxels are stored as they are in the image.
+    bool isPlain() const { return bitsPerVoxel == 8 * helper::getSizeOf(type); }
     std::size_t rowBytes() const { return width * helper::getSizeOf(type); }
     std::size_t segmentRowBytes() const { return (segmentWidth * bitsPerVoxel + 7) / 8; }
 };

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/HalfFloat.h"
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/Tiff/TiffDescription.h"
 #include "ImageFiles/Tiff/TiffPage.h"
@@ -29,6 +30,26 @@ void expandBits(const std::byte* packed, std::size_t bits, std::byte* voxels, st
         const std::size_t bit = i * bits;
         const unsigned value = std::to_integer<unsigned>(packed[bit / 8]) >> (8 - bits - bit % 8) & highest;
         voxels[i] = static_cast<std::byte>(value * (255 / highest));
+    }
+}
+
+void expandHalfFloats(const std::byte* halves, std::byte* voxels, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint16_t half = 0;
+        std::memcpy(&half, halves + i * sizeof half, sizeof half);
+        const float value = floatFromHalf(half);
+        std::memcpy(voxels + i * sizeof value, &value, sizeof value);
+    }
+}
+
+/// Copies part of a row, stored as the page says, into the image.
+void placeVoxels(const TiffPage& page, const std::byte* from, std::byte* to, std::size_t count) {
+    if (page.isPlain()) {
+        std::memcpy(to, from, count * helper::getSizeOf(page.type));
+    } else if (page.bitsPerVoxel < 8) {
+        expandBits(from, page.bitsPerVoxel, to, count);
+    } else {
+        expandHalfFloats(from, to, count);
     }
 }
 
@@ -103,7 +124,7 @@ private:
 
     void readVoxels(std::size_t index, std::byte* voxels) {
         const TiffPage page = readLikePage(index);
-        if (page.isTiled || page.bitsPerVoxel < 8) {
+        if (page.isTiled || !page.isPlain()) {
             readSegments(page, index, voxels);
         } else {
             readStrips(page, index, voxels);
@@ -135,11 +156,7 @@ private:
                 for (std::size_t row = 0; row < rows; ++row) {
                     const std::byte* const from = segment.get() + row * page.segmentRowBytes();
                     std::byte* const to = voxels + (y + row) * page.rowBytes() + x * voxelSize;
-                    if (page.bitsPerVoxel < 8) {
-                        expandBits(from, page.bitsPerVoxel, to, columns);
-                    } else {
-                        std::memcpy(to, from, columns * voxelSize);
-                    }
+                    placeVoxels(page, from, to, columns);
                 }
             }
         }

@@ -94,6 +94,18 @@ TEST_F(MrcFileTest, ReadsUnsignedBytesOfFilesWithoutTheFlagForSignedOnes) {
         EXPECT_EQ(read(MrcBytes().set(39, imod).set(40, flags) + voxels8).getDataType(), type) << flags;
 }
 
+TEST_F(MrcFileTest, TakesAndTellsWhatCarelessProgramsWrite) {
+    MrcBytes mrc;
+    for (int word = 17; word <= 19; ++word) mrc.set(word, 0);
+    tool::FileDetails details;
+    const HostImage image =
+        readImageFile(folder.write("a.ccp4", mrc.text(208, std::string("MAP\0", 4)) + voxels8), details);
+    EXPECT_EQ(imageSizeOf(image), (ImageSize{2, 3, 4}));
+    EXPECT_EQ(bytesOf(image), voxels8);
+    EXPECT_THAT(details.notes, ::testing::ElementsAre(HasSubstr("MAPC, MAPR, MAPS are 0, taken as 1, 2, 3"),
+                                                      HasSubstr("MAP and a zero byte")));
+}
+
 TEST_F(MrcFileTest, WritesACompleteHeader) {
     const auto written = [this](std::vector<float> voxels, const ImageSize& size, double spacing) {
         HostImage image(VoxelTypes::float32, size, voxels.data());
@@ -151,7 +163,7 @@ TEST_F(MrcFileTest, RefusalsSayWhatIsWrong) {
              {MrcBytes().set(3, 0), "its size is 2, 3, 0"},
              {MrcBytes().set(1, huge).set(2, huge).set(3, huge), "its size is too large"},
              {MrcBytes().set(1, huge), "its end is missing"},
-             {MrcBytes().set(17, 0), "MAPC, MAPR, MAPS are 0, 2, 3; they have to be 1, 2 and 3"},
+             {MrcBytes().set(17, 0), "MAPC, MAPR, MAPS are 0, 2, 3; they have to be 1, 2 and 3 in any order, or all 0"},
              {MrcBytes().set(17, 2), "MAPC, MAPR, MAPS are 2, 2, 3"},
              {MrcBytes().set(24, -1), "its extended header has -1 bytes"},
              {MrcBytes().set(24, 16), "the header promises 40 bytes behind it, 24 are there"},

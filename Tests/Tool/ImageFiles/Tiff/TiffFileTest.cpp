@@ -1,5 +1,7 @@
 #include <tiff.h>
 
+#include <cmath>
+
 #include "ImageFiles/FormatTest.h"
 #include "ImageFiles/Tiff/TiffBytes.h"
 #include "ImageFiles/Tiff/TiffWriter.h"
@@ -80,6 +82,14 @@ TEST_F(TiffFileTest, StretchesFewBitsAndInvertsWhiteZero) {
               (std::vector<std::uint16_t>{0xFFFF - 0x1234, 0xFFFF}));
 }
 
+// 1, -65504 (the lowest), 2^-24 (the smallest), infinity.
+TEST_F(TiffFileTest, ReadsHalfFloats) {
+    const std::string halves("\x3C\x00\xFB\xFF\x00\x01\x7C\x00", 8);
+    const Tags tags{bits(16), format(SAMPLEFORMAT_IEEEFP)};
+    EXPECT_EQ(readAll<float>(read(TiffBytes(false).page(2, 2, {halves}, tags))),
+              (std::vector<float>{1, -65504, std::ldexp(1.0F, -24), HUGE_VALF}));
+}
+
 // PackBits: two voxels as they are, then four times the same.
 TEST_F(TiffFileTest, ReadsPagesAsSlicesCompressedOrNot) {
     TiffBytes tiff = page3x2({});
@@ -138,7 +148,7 @@ TEST_F(TiffFileTest, RefusalsSayWhatIsWrong) {
         {page3x2({colour(3), palette}), "its page 1 has a palette; only grey"},
         {page3x2({{TIFFTAG_SAMPLESPERPIXEL, {2}}}), "its page 1 has 2 samples a pixel; only grey"},
         {page3x2({{TIFFTAG_IMAGEDEPTH, {2}}}), "is a volume by itself"},
-        {page3x2({bits(16), format(SAMPLEFORMAT_IEEEFP)}), "floating-point numbers of 16 bits; integers of 8, 16"},
+        {page3x2({bits(24), format(SAMPLEFORMAT_IEEEFP)}), "floating-point numbers of 24 bits; integers of 8, 16"},
         {page3x2({bits(12)}), "unsigned integers of 12 bits"},
         {page3x2({bits(64), format(SAMPLEFORMAT_COMPLEXIEEEFP)}), "complex numbers of 64 bits"},
         {page3x2({colour(0), format(SAMPLEFORMAT_INT)}), "a white 0 among signed integers"},
