@@ -6,6 +6,7 @@ class ApplicationTest : public ProgramTest {};
 
 TEST_F(ApplicationTest, FailuresAreOneLineAndLeaveNothing) {
     folder.write("in.npy", npyBytes("|u1", "(3, 2, 2)", "abcdefghijkl"));
+    folder.write("double.npy", npyBytes("<f8", "(1,)", "abcdefgh"));
     constexpr int failure = 1, usage = 2;
     const std::tuple<const char*, int, const char*> cases[] = {
         {"", usage, "(see zel --help)"},
@@ -13,7 +14,8 @@ TEST_F(ApplicationTest, FailuresAreOneLineAndLeaveNothing) {
         {"box-filter in.npy out.npy", usage, "--kernel is required (see zel box-filter --help)"},
         {"box-filter in.npy out.npy --kernel 9,9 --size 3", usage, "--size"},
         // Wrong values are found before a file is read.
-        {"box-filter gone.npy out.npy --kernel 0,3", usage, "--kernel is '0,3', but takes two whole numbers from 1 to"},
+        {"box-filter gone.npy out.npy --kernel 0,3", usage,
+         "--kernel is '0,3', but takes one or two whole numbers from"},
         {"box-filter gone.npy out.npy --kernel 3,3 --tile 0,8", usage, "--tile is '0,8', but takes two or three whole"},
         {"box-filter gone.npy out.npy --kernel 3,3 --placement moon", usage, "is 'moon', but takes host or device"},
         {"box-filter gone.npy out.npy --kernel 3,3 --device 7", failure, "there is no device 7"},
@@ -22,6 +24,7 @@ TEST_F(ApplicationTest, FailuresAreOneLineAndLeaveNothing) {
         // These only when the input is known, or the output's name.
         {"gaussian-filter in.npy out.npy --sigma 1e9,1,1", failure, "standardDeviation.x is 1e+09"},
         {"gaussian-filter in.npy out.npy --sigma 1,1,1 --output-type int16", failure, "outputImage is of type int16"},
+        {"box-filter double.npy out.npy --kernel 3", failure, "fit with zel convert double.npy NEW.npy --type float32"},
         {"box-filter gone.npy out.npy --kernel 3,3", failure, "cannot read gone.npy: no such file"},
         {"box-filter gone.npy out.gif --kernel 3,3", failure, "cannot write out.gif: the name has to end in"},
         {"box-filter gone.npy no/out.npy --kernel 3,3", failure, "cannot write no/out.npy: folder no: no such"},
@@ -32,7 +35,7 @@ TEST_F(ApplicationTest, FailuresAreOneLineAndLeaveNothing) {
         SCOPED_TRACE(arguments);
         expectOneErrorLine(zel(arguments), exitCode, text);
     }
-    EXPECT_THAT(folder.names(), ElementsAre("in.npy"));
+    EXPECT_THAT(folder.names(), ElementsAre("double.npy", "in.npy"));
 }
 
 TEST_F(ApplicationTest, HelpAndVersionArePrinted) {

@@ -16,7 +16,7 @@ public:
         addPropertyOption(app,
                           {.name = "--kernel",
                            .values = "X,Y",
-                           .description = "Width and height of the rectangle",
+                           .description = "Width and height of the rectangle; one number for both",
                            .isRequired = true},
                           algorithm_.kernelSizeX, algorithm_.kernelSizeY);
         app.footer("Means of integers are truncated toward zero.");

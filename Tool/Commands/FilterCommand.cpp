@@ -1,5 +1,6 @@
 #include "Commands/FilterCommand.h"
 
+#include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 
@@ -20,6 +21,10 @@ int AnyFilterCommand::run() {
     options_.apply();
     FileDetails details;
     const HostImage input = files_.read(details);
+    if (const VoxelTypes type = input.getDataType(); !takesType(type) && !isComplex(type)) {
+        throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files_.input +
+                        " fit with zel convert " + files_.input + " NEW.npy --type float32");
+    }
     checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);
     const RunReport report = filter(input, output, options_);

@@ -16,6 +16,8 @@ public:
 
     /// Adds the options that set the algorithm's own parameters.
     virtual void addParameters(CLI::App& app) = 0;
+    /// Whether the algorithm takes images of that type.
+    virtual bool takesType(VoxelTypes type) const = 0;
     /// Whether there is a --tile.
     virtual bool takesTiles() const = 0;
 
@@ -42,6 +44,11 @@ public:
         return runFilter(algorithm_, input, output, options, [this](const ImageModel& part) { prepare(part); });
     }
     bool takesTiles() const final { return TakesTiles<Algorithm>; }
+
+    bool takesType(VoxelTypes type) const final {
+        const auto isAmong = [&]<typename... T>(TypeList<T...>) { return ((type == voxelTypeOf<T>) || ...); };
+        return isAmong(typename Algorithm::InstanceTypes{}) || isAmong(typename Algorithm::TypesAsFloat{});
+    }
 
 protected:
     /// Before each run of the algorithm: on a slice, or on a volume.

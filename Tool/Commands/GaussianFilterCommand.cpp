@@ -14,12 +14,13 @@ public:
     std::string description() const override { return "Gaussian smoothing of a volume along all three axes"; }
 
     void addParameters(CLI::App& app) override {
-        addPropertyOption(app,
-                          {.name = "--sigma",
-                           .values = "X,Y,Z",
-                           .description = "Standard deviation along each axis; 0 leaves the axis unchanged",
-                           .isRequired = true},
-                          algorithm_.standardDeviation);
+        addPropertyOption(
+            app,
+            {.name = "--sigma",
+             .values = "X,Y,Z",
+             .description = "Standard deviation along each axis, or one for all; 0 leaves the axis unchanged",
+             .isRequired = true},
+            algorithm_.standardDeviation);
         addPropertyOption(app,
                           {.name = "--kernel-size-factor",
                            .values = "F",

@@ -41,13 +41,17 @@ const ImageFormat* findFormat(const std::string& path) {
     return nullptr;
 }
 
-std::string unknownExtension() {
+std::string unknownExtension(const std::string& path) {
+    const std::string extension = lowerCaseExtension(path);
+    if (extension == ".jpg" || extension == ".jpeg") {
+        return "JPEG changes values, so it is not used here; save the image as .png (grey) or .tif";
+    }
     return "the name has to end in " + imageFileExtensions();
 }
 
 const ImageFormat& formatForWriting(const std::string& path) {
     const ImageFormat* const format = findFormat(path);
-    if (format == nullptr) throw FileError::writing(path, unknownExtension());
+    if (format == nullptr) throw FileError::writing(path, unknownExtension(path));
     return *format;
 }
 
@@ -55,7 +59,7 @@ const ImageFormat& formatForWriting(const std::string& path) {
 
 std::string imageFormatName(const std::string& path) {
     const ImageFormat* const format = findFormat(path);
-    if (format == nullptr) throw FileError::reading(path, unknownExtension());
+    if (format == nullptr) throw FileError::reading(path, unknownExtension(path));
     return std::string(format->name());
 }
 
@@ -78,7 +82,7 @@ HostImage readImageFile(const std::string& path) {
 HostImage readImageFile(const std::string& path, FileDetails& details) {
     InputFile file(path);
     const ImageFormat* const format = findFormat(path);
-    if (format == nullptr) throw FileError::reading(path, unknownExtension());
+    if (format == nullptr) throw FileError::reading(path, unknownExtension(path));
     try {
         return format->read(file, details);
     } catch (const RuntimeError& error) {  // HostImage could not be made

@@ -37,6 +37,7 @@ std::optional<std::vector<Number>> parseNumbers(std::string_view text, const Num
         if (*position != ',' || numbers.size() == format.maxCount) return std::nullopt;
         ++position;
     }
+    if (format.isOneForAll && numbers.size() == 1) numbers.resize(format.maxCount, numbers.front());
     if (numbers.size() < format.minCount) return std::nullopt;
     return numbers;
 }
@@ -44,8 +45,10 @@ std::optional<std::vector<Number>> parseNumbers(std::string_view text, const Num
 template <typename Number>
 std::string toText(const NumberFormat<Number>& format) {
     const bool isOne = format.maxCount == 1;
-    return (format.minCount == format.maxCount ? "" : countText(format.minCount) + " or ") +
-           countText(format.maxCount) + (std::is_integral_v<Number> ? " whole number" : " number") +
+    const std::string fewer = format.isOneForAll && !isOne         ? "one or "
+                              : format.minCount == format.maxCount ? ""
+                                                                   : countText(format.minCount) + " or ";
+    return fewer + countText(format.maxCount) + (std::is_integral_v<Number> ? " whole number" : " number") +
            (isOne ? " " : "s ") + toText(format.allowed) +
            (format.example.empty() ? "" : ", such as " + format.example);
 }

@@ -17,7 +17,8 @@ struct NumberFormat {
     std::size_t minCount = 1;
     std::size_t maxCount = 1;
     Allowed<Number> allowed{};
-    std::string example{};  ///< for errors, where it takes several numbers: "9,9"
+    std::string example{};     ///< for errors, where it takes several numbers: "9,9"
+    bool isOneForAll = false;  ///< besides maxCount numbers it takes one, which stands for all of them
 };
 
 /// Reads the numbers of a text that holds nothing else; nothing when they are too few, too many or not allowed.

@@ -37,7 +37,7 @@ void takeNumbers(Property<Vector3<Number>>& property, const Number*& next) {
 }
 
 /// Adds an option that takes the numbers of one property or of several alike ones: --radius R, --kernel X,Y, --sigma
-/// X,Y,Z.
+/// X,Y,Z. One number stands for all of them: --kernel 9.
 template <typename Value, typename... More>
 CLI::Option* addPropertyOption(CLI::App& app, OptionWords words, Property<Value>& property, More&... more) {
     using Number = typename detail::NumberIn<Value>::type;
@@ -49,7 +49,7 @@ CLI::Option* addPropertyOption(CLI::App& app, OptionWords words, Property<Value>
     if (!words.isRequired) words.defaultText = text;
 
     const std::size_t count = defaults.size();
-    const NumberFormat<Number> format{count, count, property.allowed(), count > 1 ? text : ""};
+    const NumberFormat<Number> format{count, count, property.allowed(), count > 1 ? text : "", count > 1};
     return addNumberOption(app, words, format, [&](const std::vector<Number>& numbers) {
         const Number* next = numbers.data();
         takeNumbers(property, next);

@@ -69,8 +69,12 @@ TEST_F(ImageFileTest, RefusesFilesThatAreNotImages) {
     EXPECT_THAT(readError(folder / "gone.npy"), HasSubstr("gone.npy: no such file or directory"));
     std::filesystem::create_directory(folder / "folder.npy");
     EXPECT_THAT(readError(folder / "folder.npy"), HasSubstr("folder.npy: it is a folder, not a file"));
-    EXPECT_THAT(readError(folder.write("a.gif", "GIF89a")),
-                HasSubstr("a.gif: the name has to end in .npy, .png, .tif, .tiff, .mrc or .map"));
+    EXPECT_THAT(
+        readError(folder.write("a.gif", "GIF89a")),
+        HasSubstr(
+            "a.gif: the name has to end in .npy, .png, .tif, .tiff, .mrc, .map, .mrcs, .st, .rec, .ali or .ccp4"));
+    EXPECT_THAT(readError(folder.write("a.JPG", "")),
+                HasSubstr("a.JPG: JPEG changes values, so it is not used here; save"));
     EXPECT_THAT(readError(folder.write("npy", "GIF89a")), HasSubstr("the name has to end in"));
     for (const std::string name : {"a.npy", "a.PNG", "a.tif"})
         EXPECT_THAT(readError(folder.write(name, "GIF89a, and then some")), HasSubstr(name + ": it is not a"));

@@ -49,8 +49,9 @@ TEST(PropertyOptionTest, SetsPropertiesAndShowsTheirRangeUnitAndDefault) {
         EXPECT_THAT(app.help(), HasSubstr(text));
     }
     for (const auto& [arguments, error] :
-         {std::pair{"-k 0,3", "-k is '0,3', but takes two whole numbers from 1 to 9, such as 3,4"},
-          {"--sigma 1,-1,1", "--sigma is '1,-1,1', but takes three numbers of at least 0, such as 1,0.5,2"},
+         {std::pair{"-k 0,3", "-k is '0,3', but takes one or two whole numbers from 1 to 9, such as 3,4"},
+          {"--sigma 1,-1,1", "--sigma is '1,-1,1', but takes one or three numbers of at least 0, such as 1,0.5,2"},
+          {"--sigma 1,1", "--sigma is '1,1', but takes one or three numbers of at least 0, such as 1,0.5,2"},
           {"--factor 0", "--factor is '0', but takes a number above 0"},
           {"--shape disk", "--shape is 'disk', but takes square or diamond"}}) {
         EXPECT_EQ(messageOf<CLI::ValidationError>([&, text = arguments] { app.parse(text); }), error);
@@ -63,6 +64,9 @@ TEST(PropertyOptionTest, SetsPropertiesAndShowsTheirRangeUnitAndDefault) {
     EXPECT_TRUE(fast.get());
     app.parse("-k 1,2 --sigma 0,1.5,7");
     EXPECT_EQ(sigma.get(), (Vector3<double>{0, 1.5, 7}));
+    app.parse("-k 7 --sigma 2");
+    EXPECT_EQ(kernelY.get(), 7U);
+    EXPECT_EQ(sigma.get(), (Vector3<double>{2, 2, 2}));
 }
 
 }  // namespace zel::test
