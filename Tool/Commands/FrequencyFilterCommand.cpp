@@ -20,22 +20,24 @@ public:
     std::string description() const override { return "Make a frequency filter for template-matching"; }
 
     void addOptions(CLI::App& app) override {
-        app.add_option("TEMPLATE", templatePath_, "The template, whose size and voxel size count")
+        app.add_option("TEMPLATE", templatePath_, "The template; its size and voxel size are used")
             ->required()
             ->type_name("");
         app.add_option("OUTPUT", output_, "Filter to write, float32, zero frequency at the centre")
             ->required()
             ->type_name("");
-        app.add_option("--table", tablePath_, "The table of the matching's rows; the filter has to hold each row's box")
+        app.add_option("--table", tablePath_,
+                       "The table of the matching's rows; the filter is made large enough for every row")
             ->type_name("ROWS.csv");
         addBand(app, "--low-pass", "Half of the amplitude passes at this frequency, more below", bands_.lowPass);
         addBand(app, "--high-pass", "Half of the amplitude passes at this frequency, more above", bands_.highPass);
-        addNumberOption(app,
-                        {.name = "--missing-wedge",
-                         .values = "DEGREES",
-                         .description = "Keep what a tilt series about y saw that reached so far to either side"},
-                        NumberFormat<double>{1, 1, {0, 89.9, true, "degrees"}},
-                        [this](const Numbers& numbers) { bands_.maximumTilt = numbers[0]; });
+        addNumberOption(
+            app,
+            {.name = "--missing-wedge",
+             .values = "DEGREES",
+             .description = "Keep the frequencies that a tilt series about y covers, up to this tilt to either side"},
+            NumberFormat<double>{1, 1, {0, 89.9, true, "degrees"}},
+            [this](const Numbers& numbers) { bands_.maxTilt = numbers[0]; });
         addNumberOption(app,
                         {.name = "--spacing",
                          .values = "X,Y,Z",
@@ -51,7 +53,7 @@ public:
     }
 
     int run() override {
-        if (!bands_.lowPass && !bands_.highPass && !bands_.maximumTilt) {
+        if (!bands_.lowPass && !bands_.highPass && !bands_.maxTilt) {
             throw std::runtime_error("give --low-pass, --high-pass or --missing-wedge");
         }
         const auto box = requiredBox();

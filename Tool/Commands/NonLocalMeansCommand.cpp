@@ -41,13 +41,12 @@ public:
                            .values = "H",
                            .description = "Margin of the blocks that an image too large for the device is cut into"},
                           algorithm_.haloRadius);
-        addNumberOption(
-            app,
-            {.name = "--seed",
-             .values = "N",
-             .description = "Start of the random numbers that sample the image; the same gives the same bits",
-             .defaultText = std::to_string(seed_)},
-            NumberFormat<unsigned>{}, [this](const std::vector<unsigned>& numbers) { seed_ = numbers[0]; });
+        addNumberOption(app,
+                        {.name = "--seed",
+                         .values = "N",
+                         .description = "Seed of the random sample; the same seed gives the same bits",
+                         .defaultText = std::to_string(seed_)},
+                        NumberFormat<unsigned>{}, [this](const std::vector<unsigned>& numbers) { seed_ = numbers[0]; });
         addVoxelTypeOption(app,
                            {.name = "--output-type",
                             .values = "TYPE",

@@ -62,7 +62,7 @@ void TemplateMatchingCommand::addOptions(CLI::App& app) {
                        indexType_);
     options_.addTo(app);
     app.footer(
-        "Without a mask all of the template counts. A template in a file without voxel size (NPY, PNG) has the "
+        "Without a mask the whole template counts. A template file without a voxel size (NPY, PNG) is given the "
         "input's.");
 }
 

@@ -20,8 +20,8 @@ double gainAt(const std::array<double, 3>& k, const FrequencyBands& bands) {
     double gain = 1;
     if (bands.lowPass) gain *= gaussian(squared, *bands.lowPass);
     if (bands.highPass) gain *= 1 - gaussian(squared, *bands.highPass);
-    if (bands.maximumTilt) {
-        const double slope = std::tan(*bands.maximumTilt * std::numbers::pi / 180);
+    if (bands.maxTilt) {
+        const double slope = std::tan(*bands.maxTilt * std::numbers::pi / 180);
         // Rounding must not take away the wedge's edge.
         if (std::abs(k[2]) > std::abs(k[0]) * slope * (1 + 1e-12)) gain = 0;
     }

@@ -27,7 +27,7 @@ TEST(FrequencyFilterTest, LetsPassWhatItsBandsSay) {
     const auto both = filter({.lowPass = 0.125, .highPass = 0.2});
     EXPECT_FLOAT_EQ(both(3, -2, 1), low(3, -2, 1) * high(3, -2, 1));
     // A tilt series to 60 degrees: what rises more steeply than the root of 3 is missing, whatever ky.
-    const auto wedge = filter({.maximumTilt = 60});
+    const auto wedge = filter({.maxTilt = 60});
     for (const int y : {-5, 0, 3}) {
         EXPECT_EQ(wedge(0, y, 0), 1);
         EXPECT_EQ(wedge(4, y, 2), 1) << "0.4 beside 0.25, a slope of 1.6";
@@ -35,7 +35,7 @@ TEST(FrequencyFilterTest, LetsPassWhatItsBandsSay) {
         EXPECT_EQ(wedge(-2, y, -1), 1) << "0.2 beside 0.125";
         EXPECT_EQ(wedge(1, y, -1), 0);
     }
-    const auto corner = filter({.maximumTilt = 45});
+    const auto corner = filter({.maxTilt = 45});
     EXPECT_EQ(corner(0, 4, 1), 0);
     EXPECT_EQ(corner(4, 4, 1), 1);
 }
