@@ -3,6 +3,7 @@
 #include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
+#include "System/Output.h"
 
 namespace zel::tool {
 
@@ -24,6 +25,13 @@ int AnyFilterCommand::run() {
     if (const VoxelTypes type = input.getDataType(); !takesType(type) && !isComplex(type)) {
         throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files_.input +
                         " fit with zel convert " + files_.input + " NEW.npy --type float32");
+    }
+    if (details.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
+        (input.getDimension(0) == 3 || input.getDimension(0) == 4)) {
+        printError("warning: the last axis of " + files_.input + " looks like colours (" +
+                   std::to_string(input.getDimension(0)) +
+                   " bytes) and is taken as x, the axes before it as y and z; with the colours as the first of four "
+                   "axes, (colour, z, y, x), each is filtered as an image of its own");
     }
     checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);

@@ -84,7 +84,8 @@ std::string toLine(const ImageDescription& image) {
     std::string notes;
     for (const std::string& note : image.details.notes) notes += "; " + note;
     return image.file + ": " + imageFormatName(image.file) + ", " + toText(image.size) + ", " + image.type +
-           ", spacing " + spacing + (image.range.text.empty() ? "" : ", range " + image.range.text) + notes;
+           ", spacing " + spacing + (image.details.unit.empty() ? "" : " " + image.details.unit) +
+           (image.range.text.empty() ? "" : ", range " + image.range.text) + notes;
 }
 
 Json toJson(const ImageDescription& image) {
@@ -93,6 +94,7 @@ Json toJson(const ImageDescription& image) {
             {"size", sizeToJson(image.size)},
             {"type", image.type},
             {"spacing", image.spacing},
+            {"unit", image.details.unit},
             {"minimum", image.range.minimum},
             {"maximum", image.range.maximum},
             {"notes", image.details.notes}};

@@ -28,7 +28,7 @@ TEST_F(CommandsTest, InfoShowsAllFilesThatCanBeRead) {
     expectOneErrorLine({result.exitCode, "", result.errors}, 1, "cannot read gone.npy");
     EXPECT_THAT(zel("info --json f.npy").output,
                 StartsWith(R"({"images":[{"file":"f.npy","format":"NPY","size":[2,2],"type":"float32","spacing":[1.0,)"
-                           R"(1.0,1.0],"minimum":-1.5,"maximum":7.0,"notes":[]}]})"));
+                           R"(1.0,1.0],"unit":"","minimum":-1.5,"maximum":7.0,"notes":[]}]})"));
     folder.write("i.npy", npyBytes("<f4", "(1, 2)", rawBytes(std::vector<float>{-HUGE_VALF, 1})));
     EXPECT_THAT(zel("info --json i.npy").output, HasSubstr(R"("minimum":"-inf","maximum":1.0)"));
 }
@@ -49,7 +49,7 @@ TEST_F(CommandsTest, VolumesAndTheirSpacingGoThroughAllFormatsAndFilters) {
         ASSERT_EQ(zel(run).exitCode, 0);
     }
     EXPECT_EQ(readAll<std::int16_t>(image("d.tif")), readAll<std::int16_t>(volume));
-    EXPECT_THAT(zel("info d.tif").output, HasSubstr(", 7 x 5 x 3, int16, spacing 0.1 x 0.2 x 0.3, range "));
+    EXPECT_THAT(zel("info d.tif").output, HasSubstr(", 7 x 5 x 3, int16, spacing 0.1 x 0.2 x 0.3 angstrom, range "));
 }
 
 // Its cases are command lines, so that the commands have to write the same files.

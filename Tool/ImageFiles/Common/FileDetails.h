@@ -22,11 +22,20 @@ struct MrcDetails {
     std::size_t extendedBytes = 0;  ///< of an extended header, which is not kept
 };
 
+/// What a TIFF file's description says besides sizes and spacing.
+struct TiffDetails {
+    std::string omeXml;       ///< the whole description of an OME file
+    std::string pageOrder;    ///< of its axes over the pages, the fastest first: "CZT"
+    std::string imageJLines;  ///< what else ImageJ wrote, such as "mode=composite\n"
+};
+
 /// What an image file says besides voxels, sizes and spacing. It goes with the image from the file that was read to the
 /// one that is written; a format writes what it knows and leaves the rest.
 struct FileDetails {
     std::size_t npyAxisCount = 0;  ///< of a NumPy array: (1, h, w) has 3; 0 where the file was none
     std::optional<MrcDetails> mrc;
+    TiffDetails tiff;
+    std::string unit;                ///< of the spacing: "um", "angstrom"; empty where the file does not say
     std::string done;                ///< to the image since it was read: "zel box-filter --kernel 9,9"; may be empty
     std::vector<std::string> notes;  ///< what a user of the file should know: how something odd in it was taken
 };

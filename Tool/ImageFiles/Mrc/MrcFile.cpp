@@ -86,6 +86,7 @@ public:
         skip(file, header.details.extendedBytes);
         readVoxels(file, header, static_cast<std::byte*>(image.data()));
         details.mrc = header.details;
+        if (details.mrc->cell[0] > 0) details.unit = "angstrom";
         details.notes = header.notes;
         return image;
     }

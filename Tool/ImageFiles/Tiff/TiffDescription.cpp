@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <vector>
 
+#include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/NumberText.h"
+#include "ImageFiles/Tiff/OmeXml.h"
 
 namespace zel::tool {
 
 namespace {
 
-constexpr std::string_view key = "spacing=";
+constexpr std::string_view imageJOrder = "CZT";
 
 std::string_view descriptionOf(const TiffHandle& handle) {
     const char* description = nullptr;
@@ -18,56 +21,238 @@ std::string_view descriptionOf(const TiffHandle& handle) {
     return description == nullptr ? "" : description;
 }
 
-/// Cuts the first line off the text.
-std::string_view takeLine(std::string_view& text) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(text.size(), line.size() + 1));
-    return line;
+/// The lines "key=value" of a description.
+struct Line {
+    std::string_view key;
+    std::string_view value;
+};
+std::vector<Line> linesOf(std::string_view text) {
+    std::vector<Line> lines;
+    while (!text.empty()) {
+        std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(text.size(), line.size() + 1));
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        const std::size_t equals = line.find('=');
+        if (equals != std::string_view::npos) lines.push_back({line.substr(0, equals), line.substr(equals + 1)});
+    }
+    return lines;
+}
+
+/// A size of voxels; nothing where the text is not one.
+std::optional<double> parseSize(std::string_view text) {
+    double size = 0;
+    const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), size);
+    if (status != std::errc() || end != text.data() + text.size() || !std::isfinite(size) || size <= 0) return {};
+    return size;
 }
 
 /// Three sizes with commas and nothing else: other programs write lines with the same key and one number.
 bool parseSpacing(std::string_view text, std::array<double, 3>& spacing) {
-    for (std::size_t axis = 0; axis < spacing.size(); ++axis) {
-        const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), spacing[axis]);
-        if (status != std::errc() || !std::isfinite(spacing[axis]) || spacing[axis] <= 0) return false;
-        text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-        if (axis + 1 == spacing.size()) break;
-        if (!text.starts_with(',')) return false;
-        text.remove_prefix(1);
+    std::array<double, 3> found{};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const std::size_t comma = text.find(',');
+        if ((comma == std::string_view::npos) != (axis == 2)) return false;
+        const auto size = parseSize(text.substr(0, comma));
+        if (!size) return false;
+        found[axis] = *size;
+        text.remove_prefix(axis == 2 ? text.size() : comma + 1);
     }
-    return text.empty() || text == "\r";
+    spacing = found;
+    return true;
+}
+
+/// In ASCII, as all readers understand it.
+std::string plainUnit(std::string_view unit) {
+    for (const std::string_view micro : {"\\u00B5m", "\xC2\xB5m", "\xCE\xBCm", "\xB5m"}) {
+        if (unit == micro) return "um";
+    }
+    return std::string(unit);
+}
+
+class DescriptionReader {
+public:
+    DescriptionReader(const TiffHandle& handle, std::size_t pageCount, const std::string& path)
+        : handle_(handle), text_(descriptionOf(handle)), pageCount_(pageCount), path_(path) {
+        axes_.slices = pageCount;
+    }
+
+    TiffAxes read() {
+        if (text_.starts_with("{\"shape\": ") && text_.find("\"truncated\": true") != std::string_view::npos) {
+            refuseMoreImages();
+        }
+        if (isOmeXml(text_)) {
+            readOme();
+        } else if (text_.starts_with("ImageJ=")) {
+            readResolution(true);
+            readImageJ();
+        } else {
+            readResolution(false);
+        }
+        for (const Line& line : linesOf(text_)) {
+            if (line.key == "spacing" && parseSpacing(line.value, axes_.spacing)) break;
+        }
+        return axes_;
+    }
+
+private:
+    void readImageJ() {
+        std::size_t images = 0, slices = 0;
+        for (const auto& [key, value] : linesOf(text_)) {
+            if (key == "images")
+                images = countIn(value);
+            else if (key == "channels")
+                axes_.channels = std::max<std::size_t>(countIn(value), 1);
+            else if (key == "slices")
+                slices = countIn(value);
+            else if (key == "frames")
+                axes_.frames = std::max<std::size_t>(countIn(value), 1);
+            else if (key == "spacing")
+                axes_.spacing[2] = parseSize(value).value_or(axes_.spacing[2]);
+            else if (key == "unit")
+                axes_.unit = plainUnit(value);
+            else if (key != "ImageJ" && key != "hyperstack") {
+                axes_.details.imageJLines.append(key).append("=").append(value).append("\n");
+            }
+        }
+        if (images > pageCount_) refuseMoreImages();
+        const std::size_t others = axes_.channels * axes_.frames;
+        if (others == 1) return;
+        axes_.slices = slices != 0 ? slices : pageCount_ / others;
+        checkPages("ImageJ");
+    }
+
+    void readOme() {
+        std::size_t position = 0;
+        const std::string_view pixels = nextOmeTag(text_, "Pixels", position);
+        axes_.slices = omeNumber(pixels, "SizeZ", 1);
+        axes_.channels = omeNumber(pixels, "SizeC", 1);
+        axes_.frames = omeNumber(pixels, "SizeT", 1);
+        checkPages("OME");
+        readOmeOrder(pixels, position);
+        const std::array<std::string, 3> keys{"PhysicalSizeX", "PhysicalSizeY", "PhysicalSizeZ"};
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            axes_.spacing[axis] = parseSize(omeAttribute(pixels, keys[axis])).value_or(1);
+        }
+        const std::string_view unit = omeAttribute(pixels, keys[0] + "Unit");
+        if (!omeAttribute(pixels, keys[0]).empty()) axes_.unit = unit.empty() ? "um" : plainUnit(unit);
+        axes_.details.omeXml = text_;
+    }
+
+    void readOmeOrder(std::string_view pixels, std::size_t position) {
+        const std::string_view order = omeAttribute(pixels, "DimensionOrder");
+        std::string sorted(order);
+        std::ranges::sort(sorted);
+        if (sorted != "CTXYZ" || !order.starts_with("XY")) {
+            refuse("its OME description has the DimensionOrder '" + std::string(order.substr(0, 8)) +
+                   "'; XY and then C, Z and T in any order can be read");
+        }
+        axes_.details.pageOrder = order.substr(2);
+        const ImageSize size{1, 1, axes_.slices, axes_.channels, axes_.frames};
+        for (std::string_view tag; !(tag = nextOmeTag(text_, "TiffData", position)).empty();) {
+            const RowIndex plane = planeOfPage(omeNumber(tag, "IFD", 0), size, axes_.details.pageOrder);
+            if (plane.z == omeNumber(tag, "FirstZ", 0) && plane.i3 == omeNumber(tag, "FirstC", 0) &&
+                plane.i4 == omeNumber(tag, "FirstT", 0)) {
+                continue;
+            }
+            refuse("its OME description puts its pages in another order than its DimensionOrder " + std::string(order));
+        }
+    }
+
+    /// @param isImageJ  whose unit is in the description. Others count in inches or centimetres; 72 an inch is what
+    ///                  programs write that do not know.
+    void readResolution(bool isImageJ) {
+        constexpr float unknown = 72;
+        std::uint16_t unit = RESUNIT_NONE;
+        float x = 0, y = 0;
+        if (TIFFGetField(handle_.get(), TIFFTAG_XRESOLUTION, &x) != 1) return;
+        if (TIFFGetField(handle_.get(), TIFFTAG_YRESOLUTION, &y) != 1) return;
+        TIFFGetFieldDefaulted(handle_.get(), TIFFTAG_RESOLUTIONUNIT, &unit);
+        const bool isInch = unit == RESUNIT_INCH, isCentimetre = unit == RESUNIT_CENTIMETER;
+        if (!isImageJ && ((!isInch && !isCentimetre) || (isInch && x == unknown))) return;
+        if (!std::isnormal(x) || !std::isnormal(y) || x <= 0 || y <= 0) return;
+        axes_.spacing = {1.0 / x, 1.0 / y, 1};
+        axes_.unit = isInch ? "inch" : isCentimetre ? "cm" : "";
+    }
+
+    void checkPages(const std::string& program) const {
+        const auto [slices, channels, frames, spacing, unit, details] = axes_;
+        if (slices > 0 && pageCount_ % slices == 0 && channels > 0 && pageCount_ / slices % channels == 0 &&
+            pageCount_ / slices / channels == frames) {
+            return;
+        }
+        refuse("its " + program + " description tells of " + std::to_string(channels) + " channels, " +
+               std::to_string(slices) + " slices and " + std::to_string(frames) + " time points, but it has " +
+               std::to_string(pageCount_) + (pageCount_ == 1 ? " page" : " pages"));
+    }
+
+    static std::size_t countIn(std::string_view text) {
+        std::size_t count = 0;
+        std::from_chars(text.data(), text.data() + text.size(), count);
+        return std::min<std::size_t>(count, UINT32_MAX);
+    }
+
+    /// Some programs write only one page for a large volume and let the other slices' voxels follow it.
+    [[noreturn]] void refuseMoreImages() const {
+        refuse(
+            "its description tells of more images than it has pages; volumes with a page for each slice can be "
+            "read");
+    }
+    [[noreturn]] void refuse(const std::string& why) const { throw FileError::reading(path_, why); }
+
+    const TiffHandle& handle_;
+    std::string_view text_;
+    std::size_t pageCount_;
+    const std::string& path_;
+    TiffAxes axes_;
+};
+
+/// Whether the image still has the axes that the description of its OME file tells, and a type that OME knows.
+bool fitsOme(const ImageModel& image, const FileDetails& details) {
+    if (details.tiff.omeXml.empty() || omeTypeName(image.getDataType()).empty()) return false;
+    std::size_t position = 0;
+    const std::string_view pixels = nextOmeTag(details.tiff.omeXml, "Pixels", position);
+    const ImageSize size = imageSizeOf(image);
+    return omeNumber(pixels, "SizeX", 0) == size.x && omeNumber(pixels, "SizeY", 0) == size.y &&
+           omeNumber(pixels, "SizeZ", 0) == size.z && omeNumber(pixels, "SizeC", 0) == size.i3 &&
+           omeNumber(pixels, "SizeT", 0) == size.i4;
 }
 
 }  // namespace
 
-std::string makeTiffDescription(const ImageModel& image) {
-    return std::string(key) + numberToText(image.getSpacing(0)) + "," + numberToText(image.getSpacing(1)) + "," +
-           numberToText(image.getSpacing(2)) + "\n";
+TiffAxes tiffAxesOf(const TiffHandle& handle, std::size_t pageCount, const std::string& path) {
+    return DescriptionReader(handle, pageCount, path).read();
 }
 
-bool hasImagesWithoutPages(const TiffHandle& handle, std::size_t pageCount) {
-    std::string_view rest = descriptionOf(handle);
-    if (rest.starts_with("{\"shape\": ")) return rest.find("\"truncated\": true") != std::string_view::npos;
-    if (!rest.starts_with("ImageJ=")) return false;
-    constexpr std::string_view countKey = "images=";
-    while (!rest.empty()) {
-        const std::string_view line = takeLine(rest);
-        if (!line.starts_with(countKey)) continue;
-        std::size_t count = 0;
-        std::from_chars(line.data() + countKey.size(), line.data() + line.size(), count);
-        return count > pageCount;
+RowIndex planeOfPage(std::size_t page, const ImageSize& size, std::string_view order) {
+    RowIndex plane;
+    for (const char axis : order) {
+        const std::size_t count = axis == 'Z' ? size.z : axis == 'C' ? size.i3 : size.i4;
+        (axis == 'Z' ? plane.z : axis == 'C' ? plane.i3 : plane.i4) = page % count;
+        page /= count;
     }
-    return false;
+    return plane;
 }
 
-std::array<double, 3> spacingOfTiff(const TiffHandle& handle) {
-    std::string_view rest = descriptionOf(handle);
-    while (!rest.empty()) {
-        const std::string_view line = takeLine(rest);
-        std::array<double, 3> spacing{};
-        if (line.starts_with(key) && parseSpacing(line.substr(key.size()), spacing)) return spacing;
-    }
-    return {1, 1, 1};
+std::string tiffPageOrder(const ImageModel& image, const FileDetails& details) {
+    return fitsOme(image, details) ? details.tiff.pageOrder : std::string(imageJOrder);
+}
+
+std::string makeTiffDescription(const ImageModel& image, const FileDetails& details) {
+    if (fitsOme(image, details)) return omeXmlWithType(details.tiff.omeXml, image.getDataType());
+    const ImageSize size = imageSizeOf(image);
+    const std::string z = numberToText(image.getSpacing(2));
+    // ImageJ takes the last spacing, which is that along z.
+    std::string text = "ImageJ=1.54f\nspacing=" + numberToText(image.getSpacing(0)) + "," +
+                       numberToText(image.getSpacing(1)) + "," + z + "\n" +
+                       "images=" + std::to_string(size.z * size.i3 * size.i4) + "\n";
+    if (size.i3 > 1) text += "channels=" + std::to_string(size.i3) + "\n";
+    if (size.z > 1) text += "slices=" + std::to_string(size.z) + "\n";
+    if (size.i4 > 1) text += "frames=" + std::to_string(size.i4) + "\n";
+    if (size.i3 * size.i4 > 1) text += "hyperstack=true\n";
+    if (details.tiff.imageJLines.empty()) text += "mode=grayscale\n";
+    text += details.tiff.imageJLines;
+    if (!details.unit.empty()) text += "unit=" + details.unit + "\n";
+    return text + "spacing=" + z + "\n";
 }
 
 }  // namespace zel::tool

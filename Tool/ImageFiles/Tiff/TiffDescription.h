@@ -4,20 +4,38 @@
 #include <string>
 #include <string_view>
 
+#include "ImageFiles/Common/FileDetails.h"
+#include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/Tiff/TiffHandle.h"
-#include "zel/ImageModel.h"
 
 namespace zel::tool {
 
-/// The description that the first page gets: a line "spacing=x,y,z". TIFF's resolution tags are not used, since they
-/// know two axes only, and inches and centimetres only.
-std::string makeTiffDescription(const ImageModel& image);
+/// What the first page says of all pages, and of the size of voxels.
+struct TiffAxes {
+    std::size_t slices = 1;
+    std::size_t channels = 1;
+    std::size_t frames = 1;
+    std::array<double, 3> spacing{1, 1, 1};
+    std::string unit;  ///< of the spacing; empty where the file does not say
+    TiffDetails details;
+};
 
-/// Whether the current page's description says that the file has more images than pages. Some programs write only one
-/// page for a large volume and let the other slices' voxels follow it.
-bool hasImagesWithoutPages(const TiffHandle& handle, std::size_t pageCount);
+/// Reads ImageJ's and OME's descriptions, a line "spacing=x,y,z", and the resolution where it has a unit. Without such
+/// a description all pages are slices.
+/// @param pageCount  how many pages there are.
+/// @param path       for messages.
+/// @throws FileError when the description tells of another number of images than there are pages, or orders the pages
+///         in a way that is not one of the two formats' usual ones.
+TiffAxes tiffAxesOf(const TiffHandle& handle, std::size_t pageCount, const std::string& path);
 
-/// The spacing along x, y and z in the current page's description; 1 where it does not say.
-std::array<double, 3> spacingOfTiff(const TiffHandle& handle);
+/// The slice, channel (axis 3) and time (axis 4) of a page.
+/// @param order  of the axes over the pages, the fastest first: "CZT".
+RowIndex planeOfPage(std::size_t page, const ImageSize& size, std::string_view order);
+
+/// The description of an OME file that the image comes from, as far as it still fits, else ImageJ's form, with the
+/// spacing along all three axes besides.
+std::string makeTiffDescription(const ImageModel& image, const FileDetails& details);
+/// The order of the pages that makeTiffDescription tells.
+std::string tiffPageOrder(const ImageModel& image, const FileDetails& details);
 
 }  // namespace zel::tool

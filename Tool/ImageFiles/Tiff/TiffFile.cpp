@@ -15,7 +15,7 @@ public:
     std::string_view name() const override { return "TIFF"; }
     std::vector<std::string_view> extensions() const override { return {".tif", ".tiff"}; }
 
-    HostImage read(InputFile& file, FileDetails& /*details*/) const override { return readTiff(file); }
+    HostImage read(InputFile& file, FileDetails& details) const override { return readTiff(file, details); }
 
     std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const override {
         // Readers disagree about complex numbers in the other byte order.
@@ -23,15 +23,15 @@ public:
             return "TIFF holds integers and floating-point numbers, the image is " + std::string(voxelTypeName(type)) +
                    "; write .npy";
         }
-        if (size.i3 != 1 || size.i4 != 1) return "TIFF holds images of up to three axes; write .npy";
         constexpr std::size_t maxLength = INT32_MAX, maxPages = 1'000'000;  // what libtiff reads back
         if (std::max(size.x, size.y) > maxLength) return "TIFF holds at most 2147483647 voxels along x and y";
-        if (size.z > maxPages) return "TIFF holds at most 1000000 slices, the image has " + std::to_string(size.z);
+        const std::size_t pages = size.z * size.i3 * size.i4;
+        if (pages > maxPages) return "TIFF holds at most 1000000 slices, the image has " + std::to_string(pages);
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image, const FileDetails& /*details*/) const override {
-        writeTiff(file, image);
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const override {
+        writeTiff(file, image, details);
     }
 };
 

@@ -63,6 +63,7 @@ public:
         if (valueOf<std::uint32_t>(handle_, TIFFTAG_IMAGEDEPTH) > 1) {
             refuse("is a volume by itself; a volume can be read with a page for each slice");
         }
+        readOrientation(page);
         checkColours();
         readCompression(page);
         readType(page);
@@ -71,6 +72,15 @@ public:
     }
 
 private:
+    void readOrientation(TiffPage& page) const {
+        const auto orientation = valueOf<std::uint16_t>(handle_, TIFFTAG_ORIENTATION);
+        page.isMirrored = orientation == ORIENTATION_TOPRIGHT || orientation == ORIENTATION_BOTRIGHT;
+        page.isUpsideDown = orientation == ORIENTATION_BOTLEFT || orientation == ORIENTATION_BOTRIGHT;
+        if (orientation <= ORIENTATION_BOTLEFT) return;
+        refuse("has the orientation " + std::to_string(orientation) +
+               ", which turns it by a quarter; turn it in a picture program that saves it without orientation");
+    }
+
     void checkColours() const {
         constexpr const char* hint =
             "; only grey pictures can be read, so convert it to grey first, as most picture "

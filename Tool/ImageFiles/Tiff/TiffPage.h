@@ -14,6 +14,8 @@ struct TiffPage {
     std::size_t width = 0;
     std::size_t height = 0;
     std::size_t bitsPerVoxel = 0;  ///< in the file; 1, 2 and 4 become uint8 in the image, floats of 16 become float32
+    bool isMirrored = false;       ///< the first column is the right one
+    bool isUpsideDown = false;     ///< the first row is the lowest one
     bool isWhiteZero = false;
     bool isCompressed = false;
     bool isTiled = false;

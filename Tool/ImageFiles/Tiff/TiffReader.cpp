@@ -58,26 +58,27 @@ public:
     explicit TiffReader(InputFile& file) : file_(file), handle_(file), first_(readTiffPage(handle_, 0, file.path())) {}
 
     /// In two passes over the pages: the first counts them, for the size of the image.
-    HostImage read() {
-        const ImageSize size{first_.width, first_.height, countPages()};
+    HostImage read(FileDetails& details) {
+        const std::size_t pageCount = countPages();
         handle_.check(TIFFSetDirectory(handle_.get(), 0) == 1, tiffPageName(0));
-        if (hasImagesWithoutPages(handle_, size.z)) {
-            throw FileError::reading(file_.path(),
-                                     "its description tells of more images than it has pages; volumes with a page for "
-                                     "each slice can be read");
-        }
+        const TiffAxes axes = tiffAxesOf(handle_, pageCount, file_.path());
+        const ImageSize size{first_.width, first_.height, axes.slices, axes.channels, axes.frames};
         const auto bytes = imageBytes(first_.type, size);
         if (!bytes) throw FileError::reading(file_.path(), "its size is too large");
         file_.requireMemory(*bytes);
 
         HostImage image(first_.type, size);
-        const auto spacing = spacingOfTiff(handle_);
-        for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, spacing[static_cast<std::size_t>(axis)]);
+        for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, axes.spacing[static_cast<std::size_t>(axis)]);
+        const std::string order = axes.details.pageOrder.empty() ? "CZT" : axes.details.pageOrder;
         auto* const voxels = static_cast<std::byte*>(image.data());
-        for (std::size_t z = 0; z < size.z; ++z) {
-            if (z > 0) goToNextPage(z);
-            readVoxels(z, voxels + z * first_.height * first_.rowBytes());
+        for (std::size_t page = 0; page < pageCount; ++page) {
+            if (page > 0) goToNextPage(page);
+            const RowIndex plane = planeOfPage(page, size, order);
+            const std::size_t slice = (plane.i4 * size.i3 + plane.i3) * size.z + plane.z;
+            readVoxels(page, voxels + slice * first_.height * first_.rowBytes());
         }
+        details.tiff = axes.details;
+        details.unit = axes.unit;
         return image;
     }
 
@@ -129,9 +130,23 @@ private:
         } else {
             readStrips(page, index, voxels);
         }
+        orient(page, voxels);
         if (!page.isWhiteZero) return;
         // The highest value minus the value, which for unsigned integers inverts every byte.
         std::transform(voxels, voxels + page.height * page.rowBytes(), voxels, std::bit_not<>());
+    }
+
+    /// Puts the rows and columns of a page in the order in which they are looked at.
+    static void orient(const TiffPage& page, std::byte* voxels) {
+        const std::size_t rowBytes = page.rowBytes(), size = helper::getSizeOf(page.type);
+        for (std::size_t y = 0; page.isUpsideDown && y < page.height / 2; ++y) {
+            std::byte* const row = voxels + y * rowBytes;
+            std::swap_ranges(row, row + rowBytes, voxels + (page.height - 1 - y) * rowBytes);
+        }
+        for (std::size_t y = 0; page.isMirrored && y < page.height; ++y) {
+            std::byte *left = voxels + y * rowBytes, *right = left + rowBytes - size;
+            for (; left < right; left += size, right -= size) std::swap_ranges(left, left + size, right);
+        }
     }
 
     void readStrips(const TiffPage& page, std::size_t index, std::byte* voxels) {
@@ -191,8 +206,8 @@ private:
 
 }  // namespace
 
-HostImage readTiff(InputFile& file) {
-    return TiffReader(file).read();
+HostImage readTiff(InputFile& file, FileDetails& details) {
+    return TiffReader(file).read(details);
 }
 
 }  // namespace zel::tool

@@ -18,8 +18,9 @@ constexpr std::size_t stripBytes = std::size_t{256} << 10U;
 
 class TiffWriter {
 public:
-    TiffWriter(AtomicFile& file, const ImageModel& image)
+    TiffWriter(AtomicFile& file, const ImageModel& image, const FileDetails& details)
         : image_(image),
+          details_(details),
           size_(imageSizeOf(image)),
           rowBytes_(size_.x * helper::getSizeOf(image.getDataType())),
           rowsPerStrip_(std::clamp<std::size_t>(stripBytes / rowBytes_, 1, size_.y)),
@@ -27,15 +28,17 @@ public:
           handle_(file, needsBigTiff(image.getDataType(), size_)) {}
 
     void write() {
-        for (std::size_t z = 0; z < size_.z; ++z) {
-            describePage(z);
-            writeStrips(z);
+        const std::string order = tiffPageOrder(image_, details_);
+        for (std::size_t page = 0; page < size_.z * size_.i3 * size_.i4; ++page) {
+            describePage();
+            if (page == 0) describeFile();
+            writeStrips(planeOfPage(page, size_, order));
             check(TIFFWriteDirectory(handle_.get()) == 1);
         }
     }
 
 private:
-    void describePage(std::size_t z) {
+    void describePage() {
         set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(size_.x));
         set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(size_.y));
         set(TIFFTAG_BITSPERSAMPLE, 8 * helper::getSizeOf(image_.getDataType()));
@@ -45,15 +48,26 @@ private:
         set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
         set(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
         set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rowsPerStrip_));
-        if (z == 0) set(TIFFTAG_IMAGEDESCRIPTION, makeTiffDescription(image_).c_str());
     }
 
-    void writeStrips(std::size_t z) {
+    /// The resolution is in voxels a unit, whose name is in ImageJ's description: the tag knows inches and centimetres.
+    void describeFile() {
+        set(TIFFTAG_IMAGEDESCRIPTION, makeTiffDescription(image_, details_).c_str());
+        constexpr double lowest = 1e-6, highest = 1e6;  // what a fraction of 32-bit numbers holds well
+        const double x = 1 / image_.getSpacing(0), y = 1 / image_.getSpacing(1);
+        if (std::min(x, y) < lowest || std::max(x, y) > highest) return;
+        set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_NONE);
+        set(TIFFTAG_XRESOLUTION, x);
+        set(TIFFTAG_YRESOLUTION, y);
+    }
+
+    void writeStrips(RowIndex plane) {
         std::uint32_t number = 0;
         for (std::size_t first = 0; first < size_.y; first += rowsPerStrip_) {
             const std::size_t rows = std::min(rowsPerStrip_, size_.y - first);
             for (std::size_t row = 0; row < rows; ++row) {
-                readWholeRow(image_, strip_.data() + row * rowBytes_, {.y = first + row, .z = z});
+                plane.y = first + row;
+                readWholeRow(image_, strip_.data() + row * rowBytes_, plane);
             }
             const auto bytes = static_cast<tmsize_t>(rows * rowBytes_);
             check(TIFFWriteEncodedStrip(handle_.get(), number++, strip_.data(), bytes) == bytes);
@@ -68,6 +82,7 @@ private:
     void check(bool hasSucceeded) { handle_.check(hasSucceeded, "it"); }
 
     const ImageModel& image_;
+    const FileDetails& details_;
     ImageSize size_;
     std::size_t rowBytes_;
     std::size_t rowsPerStrip_;
@@ -82,12 +97,13 @@ bool needsBigTiff(VoxelTypes type, const ImageSize& size) {
     constexpr std::size_t pageBytes = 512, stripEntryBytes = 16;
     const auto voxelBytes = imageBytes(type, size);
     if (!voxelBytes) return true;
-    const std::size_t maxStrips = std::min(size.y, 2 * (*voxelBytes / size.z) / stripBytes + 1);
-    return *voxelBytes + size.z * (pageBytes + maxStrips * stripEntryBytes) > UINT32_MAX;
+    const std::size_t pages = size.z * size.i3 * size.i4;
+    const std::size_t maxStrips = std::min(size.y, 2 * (*voxelBytes / pages) / stripBytes + 1);
+    return *voxelBytes + pages * (pageBytes + maxStrips * stripEntryBytes) > UINT32_MAX;
 }
 
-void writeTiff(AtomicFile& file, const ImageModel& image) {
-    TiffWriter(file, image).write();
+void writeTiff(AtomicFile& file, const ImageModel& image, const FileDetails& details) {
+    TiffWriter(file, image, details).write();
 }
 
 }  // namespace zel::tool

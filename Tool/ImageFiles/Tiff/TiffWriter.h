@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ImageFiles/Common/AtomicFile.h"
+#include "ImageFiles/Common/FileDetails.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
@@ -8,7 +9,8 @@ namespace zel::tool {
 /// Whether a file of such an image is larger than the 4 GiB of classic TIFF.
 bool needsBigTiff(VoxelTypes type, const ImageSize& size);
 
-/// Writes a volume as a page for each slice, without compression, in this machine's byte order.
-void writeTiff(AtomicFile& file, const ImageModel& image);
+/// Writes an image as a page for each slice, channel (axis 3) and time point (axis 4), without compression, in this
+/// machine's byte order.
+void writeTiff(AtomicFile& file, const ImageModel& image, const FileDetails& details);
 
 }  // namespace zel::tool

@@ -123,6 +123,48 @@ TEST_F(TiffFileTest, NeverInventsVoxels) {
     });
 }
 
+// Pages of one voxel each, with their numbers. Two channels, three slices and two time points in ImageJ's order and in
+// another one, which the same description tells again.
+TEST_F(TiffFileTest, ChannelsAndTimePointsAreAxesAndAreWrittenAsTheyWere) {
+    const std::string ome =
+        R"(<?xml version="1.0"?><OME xmlns="o"><Image><Pixels DimensionOrder="XYTZC" SizeX="1" SizeY="1" SizeZ="3" )"
+        R"(SizeC="2" SizeT="2" Type="uint8" PhysicalSizeX="0.5" PhysicalSizeZ="2"><Channel Name="red"/><TiffData/>)"
+        R"(</Pixels></Image></OME>)";
+    const std::string imageJ = "ImageJ=1.5\nimages=12\nchannels=2\nslices=3\nframes=2\nmode=composite\n";
+    const std::string inImageJOrder("\0\2\4\1\3\5\6\x8\xA\x7\x9\xB", 12),
+        inOmeOrder("\0\2\4\6\x8\xA\1\3\5\x7\x9\xB", 12);
+    for (const auto& [text, voxels, unit] :
+         {std::tuple{imageJ + "unit=\\u00B5m\nspacing=2\n", inImageJOrder, "um"}, {ome, inOmeOrder, "um"}}) {
+        Tag tag{TIFFTAG_IMAGEDESCRIPTION, {text.begin(), text.end()}};
+        tag.values.push_back(0);
+        TiffBytes tiff;
+        for (char number = 0; number < 12; ++number) {
+            tiff.page(1, 1, {std::string(1, number)}, number == 0 ? Tags{tag} : Tags{});
+        }
+        tool::FileDetails details;
+        const HostImage image = readImageFile(write(tiff.bytes()), details);
+        EXPECT_EQ(imageSizeOf(image), (ImageSize{1, 1, 3, 2, 2}));
+        EXPECT_EQ(bytesOf(image), voxels);
+        EXPECT_EQ(image.getSpacing(2), 2);
+        EXPECT_EQ(details.unit, unit);
+
+        writeImageFile(folder / "b.tif", image, details);
+        tool::FileDetails again;
+        EXPECT_EQ(bytesOf(readImageFile(folder / "b.tif", again)), voxels);
+        EXPECT_EQ(again.unit, unit);
+        EXPECT_EQ(again.tiff.omeXml, details.tiff.omeXml);
+        EXPECT_EQ(again.tiff.imageJLines, details.tiff.imageJLines);
+    }
+}
+
+TEST_F(TiffFileTest, OrientationIsAppliedOrRefused) {
+    const std::string expected[] = {"abcdef", "cbafed", "fedcba", "defabc"};
+    for (std::uint64_t number = 1; number <= 4; ++number) {
+        EXPECT_EQ(bytesOf(read(page3x2({{TIFFTAG_ORIENTATION, {number}}}))), expected[number - 1]);
+    }
+    expectRefusals({{page3x2({{TIFFTAG_ORIENTATION, {6}}}), "its page 1 has the orientation 6, which turns it by a"}});
+}
+
 // A large volume of one page, as some programs write it.
 TEST_F(TiffFileTest, NeverLeavesSlicesOut) {
     const auto described = [](const std::string& text) {
