@@ -17,8 +17,11 @@ public:
     std::string description() const override { return "Copy an image into another file format or voxel type"; }
 
     void addOptions(CLI::App& app) override {
-        app.add_option("INPUT", input_, "Image to read: " + imageFileExtensions())->required()->type_name("");
-        app.add_option("OUTPUT", output_, "Image to write; the extension decides on the format")
+        app.add_option("INPUT", input_, "Image to read: " + imageFileExtensions() + "; - for standard input")
+            ->required()
+            ->type_name("");
+        app.add_option("OUTPUT", output_,
+                       "Image to write; the extension decides on the format; - for NPY on standard output")
             ->required()
             ->type_name("");
         addVoxelTypeOption(app,

@@ -83,14 +83,14 @@ std::string toLine(const ImageDescription& image) {
     }
     std::string notes;
     for (const std::string& note : image.details.notes) notes += "; " + note;
-    return image.file + ": " + imageFormatName(image.file) + ", " + toText(image.size) + ", " + image.type +
-           ", spacing " + spacing + (image.details.unit.empty() ? "" : " " + image.details.unit) +
+    return image.file + ": " + image.details.format + ", " + toText(image.size) + ", " + image.type + ", spacing " +
+           spacing + (image.details.unit.empty() ? "" : " " + image.details.unit) +
            (image.range.text.empty() ? "" : ", range " + image.range.text) + notes;
 }
 
 Json toJson(const ImageDescription& image) {
     return {{"file", image.file},
-            {"format", imageFormatName(image.file)},
+            {"format", image.details.format},
             {"size", sizeToJson(image.size)},
             {"type", image.type},
             {"spacing", image.spacing},
@@ -106,7 +106,9 @@ public:
     std::string description() const override { return "Show the size, type, spacing and value range of image files"; }
 
     void addOptions(CLI::App& app) override {
-        app.add_option("FILE", files_, "Images: " + imageFileExtensions())->required()->type_name("");
+        app.add_option("FILE", files_, "Images: " + imageFileExtensions() + "; - for standard input")
+            ->required()
+            ->type_name("");
         app.add_flag("--json", isJson_, "Print a JSON object with an entry for each file in its list \"images\"");
     }
 

@@ -29,9 +29,9 @@ VoxelTypes indexTypeFor(std::size_t rows) {
 
 /// An image that takes the other's voxel size where its file cannot hold one.
 HostImage readAsPartner(const std::string& path, const ImageModel& other) {
-    HostImage image = readImageFile(path);
-    const std::string format = imageFormatName(path);
-    if (format == "NPY" || format == "PNG") {
+    FileDetails details;
+    HostImage image = readImageFile(path, details);
+    if (details.format == "NPY" || details.format == "PNG") {
         for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, other.getSpacing(axis));
     }
     return image;

@@ -41,26 +41,37 @@ const ImageFormat* findFormat(const std::string& path) {
     return nullptr;
 }
 
-std::string unknownExtension(const std::string& path) {
+constexpr const char* noJpeg = "JPEG changes values, so it is not used here; save the image as .png (grey) or .tif";
+
+bool isJpegName(const std::string& path) {
     const std::string extension = lowerCaseExtension(path);
-    if (extension == ".jpg" || extension == ".jpeg") {
-        return "JPEG changes values, so it is not used here; save the image as .png (grey) or .tif";
+    return extension == ".jpg" || extension == ".jpeg";
+}
+
+/// By the name, else by the content.
+const ImageFormat& formatOf(InputFile& file) {
+    if (const ImageFormat* const named = findFormat(file.path())) return *named;
+    const std::string start = file.peek(contentLength);
+    std::string names;
+    for (const ImageFormat* const format : formats()) {
+        if (format->matches(start)) return *format;
+        names.append(names.empty() ? "" : ", ").append(format->name());
     }
-    return "the name has to end in " + imageFileExtensions();
+    if (isJpegName(file.path()) || start.starts_with("\xFF\xD8\xFF")) throw FileError::reading(file.path(), noJpeg);
+    throw FileError::reading(file.path(), "by its content it is none of " + names);
 }
 
 const ImageFormat& formatForWriting(const std::string& path) {
-    const ImageFormat* const format = findFormat(path);
-    if (format == nullptr) throw FileError::writing(path, unknownExtension(path));
-    return *format;
+    if (path == "-") return npyFormat();
+    if (const ImageFormat* const format = findFormat(path)) return *format;
+    if (isJpegName(path)) throw FileError::writing(path, noJpeg);
+    throw FileError::writing(path, "the name has to end in " + imageFileExtensions());
 }
 
 }  // namespace
 
-std::string imageFormatName(const std::string& path) {
-    const ImageFormat* const format = findFormat(path);
-    if (format == nullptr) throw FileError::reading(path, unknownExtension(path));
-    return std::string(format->name());
+std::string outputFormatName(const std::string& path) {
+    return std::string(formatForWriting(path).name());
 }
 
 std::string imageFileExtensions() {
@@ -81,10 +92,12 @@ HostImage readImageFile(const std::string& path) {
 
 HostImage readImageFile(const std::string& path, FileDetails& details) {
     InputFile file(path);
-    const ImageFormat* const format = findFormat(path);
-    if (format == nullptr) throw FileError::reading(path, unknownExtension(path));
+    const ImageFormat& format = formatOf(file);
     try {
-        return format->read(file, details);
+        HostImage image = format.read(file, details);
+        details.format = format.name();
+        for (int axis = 0; axis < 3; ++axis) details.hasSpacing |= image.getSpacing(axis) != 1;
+        return image;
     } catch (const RuntimeError& error) {  // HostImage could not be made
         throw FileError::reading(path, error.what());
     } catch (const std::bad_alloc&) {

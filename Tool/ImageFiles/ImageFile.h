@@ -7,14 +7,15 @@
 
 namespace zel::tool {
 
-/// The name of the format that the file's extension stands for: "NPY", "PNG".
-/// @throws FileError when no format has the extension.
-std::string imageFormatName(const std::string& path);
+/// The name of the format in which a file of that name is written: "NPY", "PNG".
+/// @throws FileError when no format has the name's extension.
+std::string outputFormatName(const std::string& path);
 
 /// The extensions of all formats, as text: ".npy, .png or .tif".
 std::string imageFileExtensions();
 
-/// Reads an image file; the extension decides on its format.
+/// Reads an image file. Its extension tells its format, else its content does.
+/// @param path  "-" for standard input.
 /// @throws FileError, and Interrupted after a signal.
 HostImage readImageFile(const std::string& path);
 /// @param details  gets what the file says besides the image.
@@ -26,6 +27,7 @@ void checkWritable(const std::string& path, VoxelTypes type, const ImageSize& si
 void checkWritable(const std::string& path);
 
 /// Writes an image file, which appears under its name only when it is complete.
+/// @param path     "-" for standard output, in NPY.
 /// @param details  of the file that the image comes from.
 /// @throws FileError, and Interrupted after a signal; an earlier file of that name then stays unchanged.
 void writeImageFile(const std::string& path, const ImageModel& image, const FileDetails& details = {});

@@ -8,8 +8,12 @@
 namespace zel::tool {
 
 void FilterFiles::addTo(CLI::App& app) {
-    app.add_option("INPUT", input, "Image to read: " + imageFileExtensions())->required()->type_name("");
-    app.add_option("OUTPUT", output, "Image to write; an existing file is replaced when the run has succeeded")
+    app.add_option("INPUT", input, "Image to read: " + imageFileExtensions() + "; - for standard input")
+        ->required()
+        ->type_name("");
+    app.add_option(
+           "OUTPUT", output,
+           "Image to write; an existing file is replaced when the run has succeeded; - for NPY on standard output")
         ->required()
         ->type_name("");
 }
@@ -32,7 +36,7 @@ std::string whatIsDone(const CLI::App& app) {
 }
 
 void reportLosses(const std::string& input, const std::string& output, const FileDetails& details) {
-    const std::string lost = lostDetails(details, imageFormatName(output));
+    const std::string lost = lostDetails(details, outputFormatName(output));
     if (!lost.empty()) printError("note: " + output + " does not hold what " + input + " says of " + lost);
 }
 

@@ -8,9 +8,21 @@
 
 namespace zel::tool {
 
+namespace {
+
+bool isTaken = false;
+
+}  // namespace
+
+void takeStandardOutput() {
+    if (isTaken) throw std::runtime_error("standard output takes one result only");
+    isTaken = true;
+}
+
 void printLine(const std::string& line) {
     const std::string text = line + "\n";
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return;
+    std::FILE* const stream = isTaken ? stderr : stdout;
+    if (std::fwrite(text.data(), 1, text.size(), stream) == text.size() && std::fflush(stream) == 0) return;
     throw std::runtime_error("cannot write to standard output: " + systemErrorText(errno));
 }
 

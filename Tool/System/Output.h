@@ -6,6 +6,10 @@
 
 namespace zel::tool {
 
+/// Gives standard output to a result, such as an image: the functions below then write on standard error instead.
+/// @throws std::runtime_error when another result has it.
+void takeStandardOutput();
+
 /// Writes a line on standard output.
 /// @throws std::runtime_error when the write fails, as on a full disk.
 void printLine(const std::string& line);

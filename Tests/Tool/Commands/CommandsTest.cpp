@@ -40,6 +40,18 @@ TEST_F(CommandsTest, ConvertChangesFormatAndType) {
     expectOneErrorLine(zel("convert f.png g.mrc --type uint8"), 1, "with zel convert --type int16");
 }
 
+TEST_F(CommandsTest, ADashIsStandardInputAndOutput) {
+    folder.write("v.npy", npyBytes("|u1", "(3, 1, 2)", "abcdef"));
+    const ProgramResult both = zel("box-filter - - --kernel 1 --json", "cat v.npy | ");
+    EXPECT_THAT(both.errors, StartsWith(R"({"algorithm":"box-filter","input":"-","output":"-",)"));
+    ASSERT_EQ(zel("convert v.npy w.npy --quiet").exitCode, 0);
+    EXPECT_EQ(both.output, folder.read("w.npy"));
+    EXPECT_THAT(zel("info - <w.npy").output, StartsWith("-: NPY, 2 x 1 x 3, uint8,"));
+    expectOneErrorLine(zel("cross-correlation - - out.npy <w.npy"), 1,
+                       "read standard input: it is read for another im");
+    expectOneErrorLine(zel("convert - a.npy", "echo text | "), 1, "standard input: by its content it is none of NPY");
+}
+
 TEST_F(CommandsTest, VolumesAndTheirSpacingGoThroughAllFormatsAndFilters) {
     HostImage volume = randomImage<std::int16_t>({7, 5, 3}, 1);
     for (int axis = 0; axis < 3; ++axis) volume.setSpacing(axis, 0.1 * (axis + 1));

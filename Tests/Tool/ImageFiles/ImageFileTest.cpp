@@ -65,17 +65,23 @@ TEST_F(ImageFileTest, AFailingImageLeavesTheOldFileAndNothingElse) {
     EXPECT_EQ(folder.names().size(), names.size());
 }
 
+TEST_F(ImageFileTest, ContentTellsTheFormatWhereTheNameDoesNot) {
+    for (const std::string& name : names) {
+        const HostImage image = randomImage<std::uint16_t>({5, 4, depthFor(name)}, 1);
+        writeImageFile(folder / name, image);
+        std::filesystem::rename(folder / name, folder / "image.data");
+        EXPECT_EQ(bytesOf(readImageFile(folder / "image.data")), bytesOf(image)) << name;
+    }
+}
+
 TEST_F(ImageFileTest, RefusesFilesThatAreNotImages) {
     EXPECT_THAT(readError(folder / "gone.npy"), HasSubstr("gone.npy: no such file or directory"));
     std::filesystem::create_directory(folder / "folder.npy");
     EXPECT_THAT(readError(folder / "folder.npy"), HasSubstr("folder.npy: it is a folder, not a file"));
-    EXPECT_THAT(
-        readError(folder.write("a.gif", "GIF89a")),
-        HasSubstr(
-            "a.gif: the name has to end in .npy, .png, .tif, .tiff, .mrc, .map, .mrcs, .st, .rec, .ali or .ccp4"));
-    EXPECT_THAT(readError(folder.write("a.JPG", "")),
-                HasSubstr("a.JPG: JPEG changes values, so it is not used here; save"));
-    EXPECT_THAT(readError(folder.write("npy", "GIF89a")), HasSubstr("the name has to end in"));
+    EXPECT_THAT(readError(folder.write("a.gif", "GIF89a")),
+                HasSubstr("a.gif: by its content it is none of NPY, PNG, TIFF, MRC"));
+    for (const auto& [name, content] : {std::pair{"a.JPG", ""}, {"picture", "\xFF\xD8\xFF\xE0"}})
+        EXPECT_THAT(readError(folder.write(name, content)), HasSubstr("it is not used here; save the image as .png"));
     for (const std::string name : {"a.npy", "a.PNG", "a.tif"})
         EXPECT_THAT(readError(folder.write(name, "GIF89a, and then some")), HasSubstr(name + ": it is not a"));
 }
@@ -91,6 +97,8 @@ TEST_F(ImageFileTest, SaysWhyItCannotBeWritten) {
         {"a.mrc", int8, {2, 2, 1, 3}, "up to three axes; write .npy"},
         {"a.tif", complex64, {2, 2}, "the image is complex64; write .npy"},
         {"a.tif", uint8, {2, 2, 2'000'000}, "at most 1000000 slices"},
+        {"a.jpeg", uint8, {2, 2}, "JPEG changes values"},
+        {"a", uint8, {2, 2}, "has to end in .npy, .png, .tif, .tiff, .mrc, .map, .mrcs, .st, .rec, .ali or .ccp4"},
     };
     for (const auto& [name, type, size, text] : cases) EXPECT_THAT(writeError(name, type, size), HasSubstr(text));
 }

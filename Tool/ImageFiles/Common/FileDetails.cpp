@@ -11,17 +11,8 @@ bool isAll(const std::array<Number, 3>& numbers, Number wanted) {
     return std::ranges::count(numbers, wanted) == 3;
 }
 
-bool hasVoxelSize(const MrcDetails& mrc) {
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        if (mrc.cell[axis] > 0 && mrc.cell[axis] != static_cast<float>(mrc.sampling[axis])) return true;
-    }
-    return false;
-}
-
 /// What another format does not hold.
-std::vector<std::string> namesOf(const MrcDetails& mrc, bool holdsVoxelSize) {
-    std::vector<std::string> names;
-    if (!holdsVoxelSize && hasVoxelSize(mrc)) names.emplace_back("voxel size");
+void addNames(const MrcDetails& mrc, std::vector<std::string>& names) {
     if (!isAll(mrc.start, 0)) names.emplace_back("NSTART");
     if (!isAll(mrc.origin, 0.0F)) names.emplace_back("ORIGIN");
     if (!isAll(mrc.angles, 90.0F)) names.emplace_back("cell angles");
@@ -30,18 +21,24 @@ std::vector<std::string> namesOf(const MrcDetails& mrc, bool holdsVoxelSize) {
     if (const std::size_t count = mrc.labels.size(); count > 0) {
         names.push_back(std::to_string(count) + (count == 1 ? " label" : " labels"));
     }
-    return names;
 }
 
 }  // namespace
 
 std::string lostDetails(const FileDetails& details, std::string_view formatName) {
     std::vector<std::string> names;
+    if (details.hasSpacing && formatName != "MRC" && formatName != "TIFF") names.emplace_back("voxel size");
+    if (!details.tiff.omeXml.empty() && formatName != "TIFF") names.emplace_back("OME description");
+    if (details.tiff.hasImageJTag) names.emplace_back("ImageJ's labels, colour tables and overlays");
     if (details.mrc) {
-        if (formatName != "MRC") names = namesOf(*details.mrc, formatName == "TIFF");
+        if (formatName != "MRC") addNames(*details.mrc, names);
         if (details.mrc->extendedBytes > 0) {
             names.push_back("extended header of " + std::to_string(details.mrc->extendedBytes) + " bytes");
         }
+    }
+    // MRC counts in angstrom, and the numbers are written as they are.
+    if (formatName == "MRC" && !details.unit.empty() && details.unit != "angstrom") {
+        names.push_back("unit " + details.unit);
     }
     std::string text;
     for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;

@@ -24,14 +24,17 @@ struct MrcDetails {
 
 /// What a TIFF file's description says besides sizes and spacing.
 struct TiffDetails {
-    std::string omeXml;       ///< the whole description of an OME file
-    std::string pageOrder;    ///< of its axes over the pages, the fastest first: "CZT"
-    std::string imageJLines;  ///< what else ImageJ wrote, such as "mode=composite\n"
+    std::string omeXml;         ///< the whole description of an OME file
+    std::string pageOrder;      ///< of its axes over the pages, the fastest first: "CZT"
+    std::string imageJLines;    ///< what else ImageJ wrote, such as "mode=composite\n"
+    bool hasImageJTag = false;  ///< ImageJ's labels, colour tables and overlays, which are not kept
 };
 
 /// What an image file says besides voxels, sizes and spacing. It goes with the image from the file that was read to the
 /// one that is written; a format writes what it knows and leaves the rest.
 struct FileDetails {
+    std::string format;            ///< of the file that was read: "NPY"
+    bool hasSpacing = false;       ///< of other than 1
     std::size_t npyAxisCount = 0;  ///< of a NumPy array: (1, h, w) has 3; 0 where the file was none
     std::optional<MrcDetails> mrc;
     TiffDetails tiff;

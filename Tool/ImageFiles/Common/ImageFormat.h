@@ -11,6 +11,9 @@
 
 namespace zel::tool {
 
+/// How much of a file tells its format.
+inline constexpr std::size_t contentLength = 256;
+
 /// A format of image files.
 class ImageFormat {
 public:
@@ -19,6 +22,8 @@ public:
     virtual std::string_view name() const = 0;
     /// In lower case, with the dot; the usual one first.
     virtual std::vector<std::string_view> extensions() const = 0;
+    /// Whether a file that begins like this, with at most contentLength bytes, is of the format.
+    virtual bool matches(std::string_view start) const = 0;
     /// @throws FileError when the file is of another format, is damaged, or holds what HostImage cannot hold.
     /// @param details  gets what the format says besides the image.
     virtual HostImage read(InputFile& file, FileDetails& details) const = 0;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <fstream>
 #include <limits>
+#include <utility>
 
 #include "ImageFiles/Common/FileError.h"
 #include "System/ErrorText.h"
@@ -19,6 +20,15 @@ namespace {
 
 // Small enough that a signal is noticed soon.
 constexpr std::size_t bytesPerCall = std::size_t{4} << 20U;
+
+int openStandardInput(const std::string& name) {
+    static bool isTaken = false;
+    if (std::exchange(isTaken, true)) throw FileError::reading(name, "it is read for another image already");
+    if (isatty(STDIN_FILENO) == 1) throw FileError::reading(name, "it is a terminal; pipe an image into it");
+    const int descriptor = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    if (descriptor < 0) throw FileError::reading(name, systemErrorText(errno));
+    return descriptor;
+}
 
 int openForReading(const std::string& path) {
     for (;;) {
@@ -43,14 +53,19 @@ unsigned long long availableMemoryBytes() {
 
 }  // namespace
 
-InputFile::InputFile(std::string path) : path_(std::move(path)), descriptor_(openForReading(path_)) {
+InputFile::InputFile(const std::string& path)
+    : path_(path == "-" ? "standard input" : path),
+      descriptor_(path == "-" ? openStandardInput(path_) : openForReading(path)) {
     struct stat status {};
     if (fstat(descriptor_, &status) != 0) return;
     if (S_ISDIR(status.st_mode)) {
         close(descriptor_);
         throw FileError::reading(path_, "it is a folder, not a file");
     }
-    if (S_ISREG(status.st_mode)) size_ = static_cast<std::size_t>(status.st_size);
+    if (!S_ISREG(status.st_mode)) return;
+    const auto fileSize = static_cast<std::size_t>(status.st_size);
+    start_ = std::min(static_cast<std::size_t>(lseek(descriptor_, 0, SEEK_CUR)), fileSize);
+    size_ = fileSize - start_;
 }
 
 InputFile::~InputFile() {
@@ -72,10 +87,21 @@ std::size_t InputFile::fill(void* buffer, std::size_t count, ReadSome&& readSome
 }
 
 std::size_t InputFile::read(void* buffer, std::size_t count) {
+    const std::size_t known = ahead_.copy(static_cast<char*>(buffer), count);
+    ahead_.erase(0, known);
     const std::size_t done =
-        fill(buffer, count, [&](std::byte* bytes, std::size_t most) { return ::read(descriptor_, bytes, most); });
+        known + fill(static_cast<std::byte*>(buffer) + known, count - known,
+                     [&](std::byte* bytes, std::size_t most) { return ::read(descriptor_, bytes, most); });
     position_ += done;
     return done;
+}
+
+std::string InputFile::peek(std::size_t count) {
+    std::string bytes(count, '\0');
+    bytes.resize(read(bytes.data(), count));
+    position_ -= bytes.size();
+    ahead_.insert(0, bytes);
+    return bytes;
 }
 
 void InputFile::readExactly(void* buffer, std::size_t count, const std::string& ifShort) {
@@ -84,11 +110,12 @@ void InputFile::readExactly(void* buffer, std::size_t count, const std::string& 
 
 std::size_t InputFile::readAt(void* buffer, std::size_t count, std::size_t offset) const {
     if (offset >= size_.value_or(0)) return 0;
-    return fill(buffer, count, [&, position = static_cast<off_t>(offset)](std::byte* bytes, std::size_t most) mutable {
-        const ssize_t got = pread(descriptor_, bytes, most, position);
-        position += std::max<ssize_t>(got, 0);
-        return got;
-    });
+    return fill(buffer, count,
+                [&, position = static_cast<off_t>(start_ + offset)](std::byte* bytes, std::size_t most) mutable {
+                    const ssize_t got = pread(descriptor_, bytes, most, position);
+                    position += std::max<ssize_t>(got, 0);
+                    return got;
+                });
 }
 
 std::optional<std::size_t> InputFile::remaining() const {

@@ -9,12 +9,15 @@ namespace zel::tool {
 /// A file open for reading, from its beginning to its end or at any offset.
 class InputFile {
 public:
-    /// @throws FileError when the file is missing, not readable, or a folder.
-    explicit InputFile(std::string path);
+    /// @param path  "-" for standard input, which begins where it stands.
+    /// @throws FileError when the file is missing, not readable, or a folder; when standard input is a terminal, or was
+    ///         read before.
+    explicit InputFile(const std::string& path);
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
+    /// For messages, and for the format that a name tells.
     const std::string& path() const { return path_; }
 
     /// Reads `count` bytes, fewer only at the end of the file.
@@ -24,6 +27,9 @@ public:
     /// Reads exactly `count` bytes.
     /// @param ifShort  the error's text when the file ends before.
     void readExactly(void* buffer, std::size_t count, const std::string& ifShort = "its end is missing");
+
+    /// What read would give next, without moving on.
+    std::string peek(std::size_t count);
 
     /// Reads at an offset as read does, for files with a size only. Does not move the position of read.
     std::size_t readAt(void* buffer, std::size_t count, std::size_t offset) const;
@@ -44,10 +50,12 @@ private:
     template <typename ReadSome>
     std::size_t fill(void* buffer, std::size_t count, ReadSome&& readSome) const;
 
-    std::string path_;
+    std::string path_;  // or "standard input"
     int descriptor_;
+    std::size_t start_ = 0;  // where the descriptor stood when it was taken over
     std::optional<std::size_t> size_;
     std::size_t position_ = 0;
+    std::string ahead_;  // read from the descriptor, but not by the caller
 };
 
 }  // namespace zel::tool

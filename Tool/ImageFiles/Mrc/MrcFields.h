@@ -35,6 +35,10 @@ enum Field : std::size_t {
 
 inline constexpr std::string_view magic = "MAP ";
 inline constexpr std::string_view carelessMagic{"MAP\0", 4};  // of programs that write it as a C string
+/// Whether these are the bytes of magicField.
+inline bool isMagic(std::string_view bytes) {
+    return bytes == magic || bytes == carelessMagic;
+}
 inline constexpr std::size_t stampSize = 4, labelSize = 80, maxLabelCount = 10;
 
 /// The label of an image of which nothing else is known. It is not worth keeping.

@@ -10,6 +10,7 @@
 #include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/HalfFloat.h"
 #include "ImageFiles/Common/Rows.h"
+#include "ImageFiles/Mrc/MrcFields.h"
 #include "ImageFiles/Mrc/MrcHeader.h"
 #include "ImageFiles/Mrc/MrcHeaderWriter.h"
 
@@ -70,6 +71,10 @@ public:
     std::string_view name() const override { return "MRC"; }
     std::vector<std::string_view> extensions() const override {
         return {".mrc", ".map", ".mrcs", ".st", ".rec", ".ali", ".ccp4"};
+    }
+
+    bool matches(std::string_view start) const override {
+        return start.size() > mrc::magicField && mrc::isMagic(start.substr(mrc::magicField, mrc::magic.size()));
     }
 
     HostImage read(InputFile& file, FileDetails& details) const override {

@@ -59,8 +59,7 @@ public:
 private:
     /// Whether little endian, by the machine stamp. Old files have none; theirs is the order that gives a valid header.
     bool findByteOrder() const {
-        const std::string_view found = bytes_.substr(magicField, magic.size());
-        if (found != magic && found != carelessMagic) {
+        if (!isMagic(bytes_.substr(magicField, magic.size()))) {
             refuse(
                 "it is not an MRC file, or one from before the format of the year 2000: it has no 'MAP ' in its "
                 "header");

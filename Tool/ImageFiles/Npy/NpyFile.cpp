@@ -10,6 +10,8 @@ namespace zel::tool {
 
 namespace {
 
+constexpr std::string_view magic = "\x93NUMPY";
+
 std::string readHeaderBytes(InputFile& file, std::size_t count) {
     std::string bytes(count, '\0');
     file.readExactly(bytes.data(), count, "its NPY header is cut off");
@@ -17,7 +19,6 @@ std::string readHeaderBytes(InputFile& file, std::size_t count) {
 }
 
 NpyHeader readHeader(InputFile& file) {
-    constexpr std::string_view magic = "\x93NUMPY";
     std::string start(magic.size(), '\0');
     start.resize(file.read(start.data(), start.size()));
     if (start != magic) throw FileError::reading(file.path(), "it is not an NPY file");
@@ -41,6 +42,7 @@ class NpyFormat final : public ImageFormat {
 public:
     std::string_view name() const override { return "NPY"; }
     std::vector<std::string_view> extensions() const override { return {".npy"}; }
+    bool matches(std::string_view start) const override { return start.starts_with(magic); }
 
     HostImage read(InputFile& file, FileDetails& details) const override {
         const NpyHeader header = readHeader(file);

@@ -15,6 +15,8 @@ public:
     std::string_view name() const override { return "PNG"; }
     std::vector<std::string_view> extensions() const override { return {".png"}; }
 
+    bool matches(std::string_view start) const override { return start.starts_with("\x89PNG"); }
+
     HostImage read(InputFile& file, FileDetails& /*details*/) const override { return readPng(file); }
 
     std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const override {

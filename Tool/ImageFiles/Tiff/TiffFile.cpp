@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "ImageFiles/Tiff/TiffHandle.h"
 #include "ImageFiles/Tiff/TiffReader.h"
 #include "ImageFiles/Tiff/TiffWriter.h"
 
@@ -14,6 +15,7 @@ class TiffFormat final : public ImageFormat {
 public:
     std::string_view name() const override { return "TIFF"; }
     std::vector<std::string_view> extensions() const override { return {".tif", ".tiff"}; }
+    bool matches(std::string_view start) const override { return isTiff(start); }
 
     HostImage read(InputFile& file, FileDetails& details) const override { return readTiff(file, details); }
 

@@ -25,20 +25,17 @@ int mapNothing(thandle_t /*client*/, void** /*base*/, toff_t* /*size*/) {
 
 void unmapNothing(thandle_t /*client*/, void* /*base*/, toff_t /*size*/) {}
 
-/// libtiff also opens relatives of TIFF, which are not supported here.
-bool isTiff(const InputFile& file) {
-    std::array<char, 4> magic{};
-    file.readAt(magic.data(), magic.size(), 0);
-    const std::string_view text(magic.data(), magic.size());
-    using namespace std::string_view_literals;
-    return text == "II*\0"sv || text == "MM\0*"sv || text == "II+\0"sv || text == "MM\0+"sv;
-}
-
 }  // namespace
+
+bool isTiff(std::string_view start) {
+    using namespace std::string_view_literals;
+    const auto magics = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};
+    return std::ranges::any_of(magics, [=](std::string_view magic) { return start.starts_with(magic); });
+}
 
 TiffHandle::TiffHandle(InputFile& file) : input_(&file) {
     if (!file.size()) throw FileError::reading(file.path(), "TIFF is read from files only, not from pipes");
-    if (!isTiff(file)) throw FileError::reading(file.path(), "it is not a TIFF file");
+    if (!isTiff(file.peek(4))) throw FileError::reading(file.path(), "it is not a TIFF file");
     // c: strips as they are in the file, not cut into small ones. m: no memory mapping.
     open(file.path(), "rcm");
 }

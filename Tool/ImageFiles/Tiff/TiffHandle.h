@@ -13,6 +13,9 @@
 
 namespace zel::tool {
 
+/// Whether a file that begins like this is TIFF: libtiff also opens relatives of it, which are not supported here.
+bool isTiff(std::string_view start);
+
 /// libtiff on one of the program's files. Its errors become exceptions; its warnings are ignored, except those about
 /// lost voxels, which count as errors.
 class TiffHandle {

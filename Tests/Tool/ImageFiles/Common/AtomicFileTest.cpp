@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "ImageFiles/Common/FileError.h"
+#include "ImageFiles/Common/TemporaryFile.h"
 #include "Messages.h"
 #include "TemporaryFolder.h"
 
@@ -44,6 +45,40 @@ TEST_F(AtomicFileTest, FollowsLinksAndTakesLongNames) {
     EXPECT_EQ(folder.read("target"), "new");
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
     writeNew(std::string(255, 'n'));
+}
+
+TEST_F(AtomicFileTest, ClearsWhatKilledRunsLeft) {
+    std::string used;
+    const int descriptor = tool::makeTemporaryFile(folder / "a", used);
+    const std::vector<std::string> others{".a.abc123", ".a.zel-abc12", ".a.zel-abc12~", "a.zel-abc123"};
+    for (const std::string& name : others) folder.write(name, "not ours");
+    folder.write(".a.zel-abc123", "of a run that was killed");
+    writeNew("a");
+    std::vector<std::string> expected = others;
+    expected.insert(expected.end(), {"a", std::filesystem::path(used).filename()});
+    EXPECT_THAT(folder.names(), ::testing::UnorderedElementsAreArray(expected));
+    close(descriptor);
+}
+
+TEST_F(AtomicFileTest, OwnersStayWhereAllowedAndAreRespectedInStickyFolders) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can give files to others";
+    struct stat status {};
+    const auto become = [&](uid_t user) { return setresgid(user, user, user) + setresuid(user, user, user); };
+    chown(folder.write("a", "old").c_str(), 123, 456);
+    std::filesystem::permissions(folder / "a", perms{0664});
+    writeNew("a");
+    EXPECT_EQ(stat((folder / "a").c_str(), &status), 0);
+    EXPECT_TRUE(status.st_uid == 123 && status.st_gid == 456 && (status.st_mode & 0777U) == 0664);
+
+    // Another user's file keeps neither owner nor group, and its group gets no more than everybody.
+    std::filesystem::permissions(folder / "a", perms{0676});
+    std::filesystem::permissions(folder.path(), perms{0777});
+    EXPECT_EXIT(exit(become(789) != 0 || writeNew("a") != perms{0666}), ::testing::ExitedWithCode(0), "");
+    std::filesystem::permissions(folder / "a", perms{0666});
+    std::filesystem::permissions(folder.path(), perms{01777});
+    const auto refuse = [&] { expectRefusal(folder / "a", "is sticky: only the file's owner may replace it"); };
+    EXPECT_EXIT(exit(become(456) != 0 || (refuse(), HasFailure())), ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(exit(become(789) != 0 || (writeNew("a"), HasFailure())), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(AtomicFileTest, RefusesWhatItCannotReplace) {
