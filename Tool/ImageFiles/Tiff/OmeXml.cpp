@@ -1,5 +1,6 @@
 #include "ImageFiles/Tiff/OmeXml.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 
@@ -11,6 +12,25 @@ void setAttribute(std::string& xml, std::string_view name, std::string_view valu
     std::size_t position = 0;
     const std::string_view old = omeAttribute(nextOmeTag(xml, "Pixels", position), name);
     if (!old.empty()) xml.replace(static_cast<std::size_t>(old.data() - xml.data()), old.size(), value);
+}
+
+/// UUIDs are those of the file that was read, whose name is beside them: readers would look there for the voxels.
+void removeUuids(std::string& xml) {
+    std::string kept;
+    std::size_t position = 0, end = 0;
+    while (!nextOmeTag(xml, "UUID", position).empty()) {
+        kept.append(xml, end, xml.rfind('<', position - 1) - end);
+        if (xml[position - 2] != '/') position = std::min(xml.find('>', xml.find("</", position)), xml.size() - 1) + 1;
+        end = position;
+    }
+    kept.append(xml, end);
+    xml = kept;
+    constexpr std::string_view name = " UUID=";
+    position = 0;
+    const std::string_view value = omeAttribute(nextOmeTag(xml, "OME", position), name.substr(1, 4));
+    if (value.empty()) return;
+    const auto begin = static_cast<std::size_t>(value.data() - xml.data()) - name.size() - 1;
+    xml.erase(begin, name.size() + value.size() + 2);
 }
 
 }  // namespace
@@ -63,6 +83,7 @@ std::string omeXmlWithType(const std::string& xml, VoxelTypes type) {
     setAttribute(result, "Type", omeTypeName(type));
     if (!isSame) setAttribute(result, "SignificantBits", std::to_string(8 * helper::getSizeOf(type)));
     setAttribute(result, "BigEndian", std::endian::native == std::endian::big ? "true" : "false");
+    removeUuids(result);
     return result;
 }
 

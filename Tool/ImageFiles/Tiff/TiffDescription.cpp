@@ -83,6 +83,10 @@ public:
         if (isOmeXml(text_)) {
             readOme();
         } else if (text_.starts_with("ImageJ=")) {
+            constexpr std::uint32_t imageJTag = 50839;
+            std::uint32_t count = 0;
+            const void* bytes = nullptr;
+            axes_.details.hasImageJTag = TIFFGetField(handle_.get(), imageJTag, &count, &bytes) == 1;
             readResolution(true);
             readImageJ();
         } else {
@@ -124,6 +128,9 @@ private:
     void readOme() {
         std::size_t position = 0;
         const std::string_view pixels = nextOmeTag(text_, "Pixels", position);
+        if (std::size_t next = position; !nextOmeTag(text_, "Pixels", next).empty()) {
+            refuse("its OME description tells of several images; files of one can be read");
+        }
         axes_.slices = omeNumber(pixels, "SizeZ", 1);
         axes_.channels = omeNumber(pixels, "SizeC", 1);
         axes_.frames = omeNumber(pixels, "SizeT", 1);

@@ -128,13 +128,13 @@ TEST_F(TiffFileTest, NeverInventsVoxels) {
 TEST_F(TiffFileTest, ChannelsAndTimePointsAreAxesAndAreWrittenAsTheyWere) {
     const std::string ome =
         R"(<?xml version="1.0"?><OME xmlns="o"><Image><Pixels DimensionOrder="XYTZC" SizeX="1" SizeY="1" SizeZ="3" )"
-        R"(SizeC="2" SizeT="2" Type="uint8" PhysicalSizeX="0.5" PhysicalSizeZ="2"><Channel Name="red"/><TiffData/>)"
-        R"(</Pixels></Image></OME>)";
+        R"(SizeC="2" SizeT="2" Type="uint8" PhysicalSizeX="0.5" PhysicalSizeZ="2"><Channel Name="red"/><TiffData>)";
+    const std::string uuid = R"(<UUID FileName="a.tif">urn:uuid:1</UUID>)", end = "</TiffData></Pixels></Image></OME>";
     const std::string imageJ = "ImageJ=1.5\nimages=12\nchannels=2\nslices=3\nframes=2\nmode=composite\n";
     const std::string inImageJOrder("\0\2\4\1\3\5\6\x8\xA\x7\x9\xB", 12),
         inOmeOrder("\0\2\4\6\x8\xA\1\3\5\x7\x9\xB", 12);
-    for (const auto& [text, voxels, unit] :
-         {std::tuple{imageJ + "unit=\\u00B5m\nspacing=2\n", inImageJOrder, "um"}, {ome, inOmeOrder, "um"}}) {
+    for (const auto& [text, voxels, unit] : {std::tuple{imageJ + "unit=\\u00B5m\nspacing=2\n", inImageJOrder, "um"},
+                                             {ome + uuid + end, inOmeOrder, "um"}}) {
         Tag tag{TIFFTAG_IMAGEDESCRIPTION, {text.begin(), text.end()}};
         tag.values.push_back(0);
         TiffBytes tiff;
@@ -147,13 +147,33 @@ TEST_F(TiffFileTest, ChannelsAndTimePointsAreAxesAndAreWrittenAsTheyWere) {
         EXPECT_EQ(bytesOf(image), voxels);
         EXPECT_EQ(image.getSpacing(2), 2);
         EXPECT_EQ(details.unit, unit);
+        const bool isOme = !details.tiff.omeXml.empty();
+        EXPECT_EQ(tool::lostDetails(details, "MRC"), isOme ? "OME description, unit um" : "unit um");
 
         writeImageFile(folder / "b.tif", image, details);
         tool::FileDetails again;
         EXPECT_EQ(bytesOf(readImageFile(folder / "b.tif", again)), voxels);
         EXPECT_EQ(again.unit, unit);
-        EXPECT_EQ(again.tiff.omeXml, details.tiff.omeXml);
+        EXPECT_EQ(again.tiff.omeXml, isOme ? ome + end : "");
         EXPECT_EQ(again.tiff.imageJLines, details.tiff.imageJLines);
+    }
+}
+
+TEST_F(TiffFileTest, DescriptionsHaveToFitThePages) {
+    const auto ome = [](const std::string& order, const std::string& data) {
+        return "<OME><Pixels DimensionOrder='" + order + "' SizeC='2'>" + data + "</Pixels></OME>";
+    };
+    for (const auto& [text, error] : std::initializer_list<std::pair<std::string, const char*>>{
+             {"ImageJ=1.5\nchannels=2\nslices=3\n",
+              "ImageJ description tells of 2 channels, 3 slices and 1 time points"},
+             {"<OME><Pixels SizeZ='3'/></OME>", "its OME description tells of 1 channels, 3 slices"},
+             {ome("ZCTXY", ""), "DimensionOrder 'ZCTXY'"},
+             {ome("XYCZT", "<TiffData IFD='0' FirstC='1'/>"), "puts its pages in another order than its Dim"},
+             {ome("XYCZT", "<Pixels/>"), "its OME description tells of several images"},
+         }) {
+        Tag tag{TIFFTAG_IMAGEDESCRIPTION, {text.begin(), text.end()}};
+        tag.values.push_back(0);
+        expectRefusals({{page3x2({tag}).page(3, 2, {"abcdef"}), error}});
     }
 }
 
