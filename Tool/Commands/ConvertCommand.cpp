@@ -2,6 +2,7 @@
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "ImageFiles/VoxelRounding.h"
+#include "Runs/CompressionOption.h"
 #include "Runs/Description.h"
 #include "Runs/FilterFiles.h"
 #include "Runs/VoxelTypeOption.h"
@@ -30,6 +31,7 @@ public:
                             .description = "Voxel type of the output, such as uint8 or float32",
                             .defaultText = "the input's type"},
                            type_);
+        addCompressionOption(app, details_, {&output_});
         app.add_flag("--quiet", isQuiet_, "Print no summary");
         app.add_flag("--json", isJson_, "Print the summary as a JSON object on standard output");
         app.footer(
@@ -40,14 +42,13 @@ public:
 
     int run() override {
         checkWritable(output_);
-        FileDetails details;
-        HostImage image = readImageFile(input_, details);
+        HostImage image = readImageFile(input_, details_);
         const VoxelTypes type = type_.value_or(image.getDataType());
         checkWritable(output_, type, imageSizeOf(image));
         if (type != image.getDataType()) image = convertVoxels(image, type);
-        details.done = "zel convert --type " + std::string(voxelTypeName(type));
-        writeImageFile(output_, image, details);
-        reportLosses(input_, output_, details);
+        details_.done = "zel convert --type " + std::string(voxelTypeName(type));
+        writeImageFile(output_, image, details_);
+        reportLosses(input_, output_, details_);
         report(image);
         return 0;
     }
@@ -66,6 +67,7 @@ private:
     std::string input_;
     std::string output_;
     std::optional<VoxelTypes> type_;
+    FileDetails details_;
     bool isQuiet_ = false;
     bool isJson_ = false;
 };

@@ -6,7 +6,9 @@
 #include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
+#include "Runs/CompressionOption.h"
 #include "Runs/Description.h"
+#include "Runs/FilterFiles.h"
 #include "Runs/PropertyOption.h"
 #include "System/Output.h"
 
@@ -34,6 +36,7 @@ void CrossCorrelationCommand::addOptions(CLI::App& app) {
         ->type_name("FILE");
     app.add_option("--mark", markedFile_, "Picture of the input (uint8) with the best match outlined")
         ->type_name("FILE");
+    addCompressionOption(app, details_, {&output_, &markedFile_});
     options_.addTo(app);
     app.footer("The score at a pixel is that of the template centred there; of an even size, left of the middle.");
 }
@@ -55,16 +58,18 @@ int CrossCorrelationCommand::run() {
     if (!measurementFile_.empty()) AtomicFile::checkWritable(measurementFile_);
     for (const std::string& other : {measurementFile_, markedFile_})
         if (other == output_) throw FileError("two results are the same file, " + output_);
-    const HostImage input = readImageFile(input_), pattern = readImageFile(template_);
+    const HostImage input = readImageFile(input_, details_), pattern = readImageFile(template_);
     const ImageSize size = imageSizeOf(input);
     if (size.z * size.i3 * size.i4 != 1) throw FileError(input_ + " has several slices; cross-correlation takes one");
     checkWritable(output_, VoxelTypes::float32, size);
     if (!markedFile_.empty()) checkWritable(markedFile_, VoxelTypes::uint8, size);
 
     const Match match = search(input, pattern, options_);
-    writeImageFile(output_, match.scores);
+    details_.done = "zel " + name();
+    writeImageFile(output_, match.scores, details_);
     if (!measurementFile_.empty()) writeMeasurement(match.measurement);
-    if (!markedFile_.empty()) writeImageFile(markedFile_, match.marked);
+    if (!markedFile_.empty()) writeImageFile(markedFile_, match.marked, details_);
+    reportLosses(input_, output_, details_);
     printResult(match);
     return 0;
 }

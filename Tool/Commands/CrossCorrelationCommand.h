@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands/Command.h"
+#include "ImageFiles/Common/FileDetails.h"
 #include "Runs/FilterRun.h"
 #include "zel/algorithms/CudaCrossCorrelation2d.h"
 
@@ -34,6 +35,7 @@ private:
 
     cuda::CudaCrossCorrelation2d algorithm_;
     std::string input_, template_, output_, measurementFile_, markedFile_;
+    FileDetails details_;
     RunOptions options_;
 };
 

@@ -3,6 +3,7 @@
 #include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
+#include "Runs/CompressionOption.h"
 #include "System/Output.h"
 
 namespace zel::tool {
@@ -11,6 +12,7 @@ void AnyFilterCommand::addOptions(CLI::App& app) {
     app_ = &app;
     files_.addTo(app);
     addParameters(app);
+    addCompressionOption(app, details_, {&files_.output});
     options_.addTo(app, takesTiles());
 }
 
@@ -20,13 +22,12 @@ HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
 
 int AnyFilterCommand::run() {
     options_.apply();
-    FileDetails details;
-    const HostImage input = files_.read(details);
+    const HostImage input = files_.read(details_);
     if (const VoxelTypes type = input.getDataType(); !takesType(type) && !isComplex(type)) {
         throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files_.input +
                         " fit with zel convert " + files_.input + " NEW.npy --type float32");
     }
-    if (details.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
+    if (details_.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
         (input.getDimension(0) == 3 || input.getDimension(0) == 4)) {
         printError("warning: the last axis of " + files_.input + " looks like colours (" +
                    std::to_string(input.getDimension(0)) +
@@ -36,9 +37,9 @@ int AnyFilterCommand::run() {
     checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);
     const RunReport report = filter(input, output, options_);
-    details.done = whatIsDone(*app_);
-    writeImageFile(files_.output, output, details);
-    reportLosses(files_.input, files_.output, details);
+    details_.done = whatIsDone(*app_);
+    writeImageFile(files_.output, output, details_);
+    reportLosses(files_.input, files_.output, details_);
     printReport(name(), files_, output, report, options_);
     return 0;
 }

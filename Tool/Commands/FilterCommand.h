@@ -32,6 +32,7 @@ protected:
 private:
     const CLI::App* app_ = nullptr;
     FilterFiles files_;
+    FileDetails details_;
     RunOptions options_;
 };
 

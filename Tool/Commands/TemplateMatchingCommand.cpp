@@ -9,7 +9,9 @@
 #include "ImageFiles/VoxelRounding.h"
 #include "Matching/DeviceImages.h"
 #include "Runs/CancelOnInterrupt.h"
+#include "Runs/CompressionOption.h"
 #include "Runs/Description.h"
+#include "Runs/FilterFiles.h"
 #include "Runs/FilterRun.h"
 #include "Runs/ProgressBar.h"
 #include "Runs/PropertyOption.h"
@@ -60,6 +62,7 @@ void TemplateMatchingCommand::addOptions(CLI::App& app) {
                         .description = "Voxel type of INDEX: uint8, uint16 or uint32",
                         .defaultText = "the smallest that the rows fit in"},
                        indexType_);
+    addCompressionOption(app, details_, {&scorePath_, &indexPath_});
     options_.addTo(app);
     app.footer(
         "Without a mask the whole template counts. A template file without a voxel size (NPY, PNG) is given the "
@@ -71,8 +74,7 @@ int TemplateMatchingCommand::run() {
     checkWritable(scorePath_);
     checkWritable(indexPath_);
     if (scorePath_ == indexPath_) throw std::runtime_error("SCORE and INDEX are the same file, " + scorePath_);
-    FileDetails details;
-    const HostImage input = readImageFile(inputPath_, details);
+    const HostImage input = readImageFile(inputPath_, details_);
     HostImage templateImage = readAsPartner(templatePath_, input);
     if (templateImage.getDataType() != input.getDataType()) {
         templateImage = convertVoxels(templateImage, input.getDataType());
@@ -91,9 +93,10 @@ int TemplateMatchingCommand::run() {
     checkWritable(scorePath_, VoxelTypes::float32, imageSizeOf(input));
     checkWritable(indexPath_, indexType, imageSizeOf(input));
     const MatchingResult result = search(input, templateImage, indexType, options_);
-    details.done = "zel " + name();
-    writeImageFile(scorePath_, result.score, details);
-    writeImageFile(indexPath_, result.index, details);
+    details_.done = "zel " + name();
+    writeImageFile(scorePath_, result.score, details_);
+    writeImageFile(indexPath_, result.index, details_);
+    reportLosses(inputPath_, scorePath_, details_);
     print(result, rows);
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "Commands/Command.h"
+#include "ImageFiles/Common/FileDetails.h"
 #include "Runs/FilterRun.h"
 #include "zel/algorithms/CudaTemplateMatching3d.h"
 
@@ -33,6 +34,7 @@ private:
     cuda::CudaTemplateMatching3d algorithm_;
     std::string inputPath_, templatePath_, scorePath_, indexPath_, maskPath_, filterPath_, tablePath_;
     std::optional<VoxelTypes> indexType_;
+    FileDetails details_;
     RunOptions options_;
 };
 

@@ -52,6 +52,21 @@ TEST_F(CommandsTest, ADashIsStandardInputAndOutput) {
     expectOneErrorLine(zel("convert - a.npy", "echo text | "), 1, "standard input: by its content it is none of NPY");
 }
 
+TEST_F(CommandsTest, TiffIsCompressedWhenAsked) {
+    const std::string plain(std::size_t{200} * 100 * 4, 'v');
+    for (const std::string type : {"|u1", "<u2", "<f4"}) {
+        const std::size_t bytes = plain.size() / 4 * (type[2] - '0');
+        folder.write("v.npy", npyBytes(type, "(1, 100, 200)", plain.substr(0, bytes)));
+        for (const std::string scheme : {"none", "deflate", "zstd"}) {
+            ASSERT_EQ(zel("median-filter v.npy a.tif --radius 1 --compression " + scheme).exitCode, 0);
+            EXPECT_EQ(std::filesystem::file_size(folder / "a.tif") < bytes / 4, scheme != "none") << type << scheme;
+            const HostImage copy = image("a.tif");
+            EXPECT_EQ(std::string(static_cast<const char*>(copy.data()), copy.extentBytes()), plain.substr(0, bytes));
+        }
+    }
+    expectOneErrorLine(zel("convert gone.npy a.npy --compression zstd"), 2, "is for TIFF outputs, such as out.tif; a");
+}
+
 TEST_F(CommandsTest, VolumesAndTheirSpacingGoThroughAllFormatsAndFilters) {
     HostImage volume = randomImage<std::int16_t>({7, 5, 3}, 1);
     for (int axis = 0; axis < 3; ++axis) volume.setSpacing(axis, 0.1 * (axis + 1));

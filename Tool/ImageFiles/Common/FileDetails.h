@@ -31,7 +31,7 @@ struct TiffDetails {
 };
 
 /// What an image file says besides voxels, sizes and spacing. It goes with the image from the file that was read to the
-/// one that is written; a format writes what it knows and leaves the rest.
+/// one that is written, with some that the program adds; a format writes what it knows and leaves the rest.
 struct FileDetails {
     std::string format;            ///< of the file that was read: "NPY"
     bool hasSpacing = false;       ///< of other than 1
@@ -39,6 +39,7 @@ struct FileDetails {
     std::optional<MrcDetails> mrc;
     TiffDetails tiff;
     std::string unit;                ///< of the spacing: "um", "angstrom"; empty where the file does not say
+    std::string compression;         ///< that a TIFF file shall have, one of tiffCompressions; empty for none
     std::string done;                ///< to the image since it was read: "zel box-filter --kernel 9,9"; may be empty
     std::vector<std::string> notes;  ///< what a user of the file should know: how something odd in it was taken
 };

@@ -16,6 +16,13 @@ namespace {
 /// Large enough for fast reading, small enough for programs that hold a strip at a time.
 constexpr std::size_t stripBytes = std::size_t{256} << 10U;
 
+struct Compression {
+    std::string_view name;
+    std::uint16_t scheme;
+};
+
+constexpr Compression compressions[] = {{"deflate", COMPRESSION_ADOBE_DEFLATE}, {"zstd", COMPRESSION_ZSTD}};
+
 class TiffWriter {
 public:
     TiffWriter(AtomicFile& file, const ImageModel& image, const FileDetails& details)
@@ -46,8 +53,17 @@ private:
         set(TIFFTAG_SAMPLESPERPIXEL, 1);
         set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
         set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-        set(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+        setCompression();
         set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rowsPerStrip_));
+    }
+
+    void setCompression() {
+        const auto* const asked = std::ranges::find(compressions, details_.compression, &Compression::name);
+        if (asked == std::end(compressions)) return set(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+        set(TIFFTAG_COMPRESSION, asked->scheme);
+        // Differences of neighbours are shorter. There is a predictor for floats too, but few readers know it.
+        const bool isInteger = tiffSampleFormat(image_.getDataType()) != SAMPLEFORMAT_IEEEFP;
+        if (isInteger) set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     }
 
     /// The resolution is in voxels a unit, whose name is in ImageJ's description: the tag knows inches and centimetres.
@@ -92,6 +108,14 @@ private:
 
 }  // namespace
 
+std::vector<std::string> tiffCompressions() {
+    std::vector<std::string> names;
+    for (const auto& [name, scheme] : compressions) {
+        if (TIFFIsCODECConfigured(scheme) == 1) names.emplace_back(name);
+    }
+    return names;
+}
+
 bool needsBigTiff(VoxelTypes type, const ImageSize& size) {
     // A page's tags, and the offset and length of each of its strips, which have at least one row.
     constexpr std::size_t pageBytes = 512, stripEntryBytes = 16;
@@ -99,7 +123,9 @@ bool needsBigTiff(VoxelTypes type, const ImageSize& size) {
     if (!voxelBytes) return true;
     const std::size_t pages = size.z * size.i3 * size.i4;
     const std::size_t maxStrips = std::min(size.y, 2 * (*voxelBytes / pages) / stripBytes + 1);
-    return *voxelBytes + pages * (pageBytes + maxStrips * stripEntryBytes) > UINT32_MAX;
+    // Noise grows a little when it is compressed.
+    const std::size_t growth = *voxelBytes / 256;
+    return *voxelBytes + growth + pages * (pageBytes + maxStrips * stripEntryBytes) > UINT32_MAX;
 }
 
 void writeTiff(AtomicFile& file, const ImageModel& image, const FileDetails& details) {
