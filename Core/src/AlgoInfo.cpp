@@ -30,4 +30,14 @@ std::size_t AlgoInfo::runnerCount() const {
     return runners_.size();
 }
 
+void AlgoInfo::setPlanner(Planner wanted) {
+    const std::lock_guard lock(mutex_);
+    planner_ = wanted;
+}
+
+AlgoInfo::Planner AlgoInfo::planner() const {
+    const std::lock_guard lock(mutex_);
+    return planner_;
+}
+
 }  // namespace zel

@@ -47,11 +47,14 @@ private:
         if (info == nullptr) return {};
         auto* const runner = new CudaRunner<Algo>();
         info->addRunner(runner);
+        info->setPlanner(&planOnGpu<Algo>);
         return {&Algo::getClassInfo, runner};
     }
     static void remove(const Registration& registration) {
         AlgoInfo* const info = registration.runner == nullptr ? nullptr : registration.classInfo();
-        if (info != nullptr) info->removeRunner(registration.runner);
+        if (info == nullptr) return;
+        info->setPlanner(nullptr);
+        info->removeRunner(registration.runner);
     }
 
     std::array<Registration, Algorithms::size> registrations_;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "zel/RunPlan.h"
 #include "zel/export.h"
 
 namespace zel {
@@ -43,10 +44,17 @@ public:
     Runnable* availableRunner() const;
     std::size_t runnerCount() const;
 
+    /// Tells the plan of a run: for an algorithm of the class, validated.
+    using Planner = RunPlan (*)(BaseAlgorithm* algorithm);
+    /// The planner of the runners; a back end takes it away, by null, together with them.
+    void setPlanner(Planner wanted);
+    Planner planner() const;
+
 private:
     std::string className_;
     mutable std::mutex mutex_;
     std::vector<std::unique_ptr<Runnable>> runners_;
+    Planner planner_ = nullptr;
 };
 
 }  // namespace zel

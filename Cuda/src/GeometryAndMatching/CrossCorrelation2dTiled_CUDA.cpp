@@ -138,9 +138,34 @@ void CudaCrossCorrelation2dImpl<T, wide>::runTiled(const ImageModel& image, cons
     runChildAlgo(rescale.get());
 }
 
-#define INSTANCE(NAME, CODE, T)                                                                        \
-    template void CudaCrossCorrelation2dImpl<T, std::is_same_v<FftReal<T>, double> ? 1 : 0>::runTiled( \
-        const ImageModel&, const ImageModel&, int, ImageModel&, cudaStream_t);
+/// While a tile is being correlated. Where means are removed, those of the largest part of the image come on top.
+template <typename T, int wide>
+std::uint64_t CudaCrossCorrelation2dImpl<T, wide>::tiledBytes() const {
+    const ImageModel &image = *algorithm_->inputImage.get(), &pattern = *algorithm_->inputTemplate.get();
+    const auto blocks = cutter_->getNumOfBlocks(), size = cutter_->getBlockSize(0, 0, 0);
+    const FftBytes<R> bytes(nextFastFftSize(size.x), nextFastFftSize(size.y), 1);
+    const std::uint64_t held = bytes.real + 2 * bytes.spectrum + bytes.forwardWork;
+    if (algorithm_->correlationMode == 0) return held;
+
+    const CorrelationAxis alongX{image.getDimension(0), centreOffset_.x, trailingOffset_.x, true};
+    const CorrelationAxis alongY{image.getDimension(1), centreOffset_.y, trailingOffset_.y, true};
+    std::uint64_t width = 0, height = 0;
+    for (unsigned i = 0; i < blocks.x; ++i) {
+        const CorrelationBlock block{cutter_->getBlockOrigin(i, 0, 0).x, cutter_->getBlockSize(i, 0, 0).x};
+        width = std::max(width, alongX.windowOf(block).size);
+    }
+    for (unsigned j = 0; j < blocks.y; ++j) {
+        const CorrelationBlock block{cutter_->getBlockOrigin(0, j, 0).y, cutter_->getBlockSize(0, j, 0).y};
+        height = std::max(height, alongY.windowOf(block).size);
+    }
+    return held + bytes.real + localMeanBytes<R>(width, height, pattern.getDimension(0), pattern.getDimension(1));
+}
+
+#define INSTANCE(NAME, CODE, T)                                                                                    \
+    template void CudaCrossCorrelation2dImpl<T, std::is_same_v<FftReal<T>, double> ? 1 : 0>::runTiled(             \
+        const ImageModel&, const ImageModel&, int, ImageModel&, cudaStream_t);                                     \
+    template std::uint64_t CudaCrossCorrelation2dImpl<T, std::is_same_v<FftReal<T>, double> ? 1 : 0>::tiledBytes() \
+        const;
 ZEL_FOR_EACH_KERNEL_TYPE(INSTANCE)
 #undef INSTANCE
 

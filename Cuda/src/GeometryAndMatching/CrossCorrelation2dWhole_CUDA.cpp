@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "CudaCrossCorrelation2dImpl.h"
 #include "Kernels/FindPositionMaxiamalIntensity.h"
 #include "Kernels/MeanIntensity.h"
@@ -115,9 +117,27 @@ void CudaCrossCorrelation2dImpl<T, wide>::runWhole(const ImageModel& image, cons
     }
 }
 
-#define INSTANCE(NAME, CODE, T)                                                                        \
-    template void CudaCrossCorrelation2dImpl<T, std::is_same_v<FftReal<T>, double> ? 1 : 0>::runWhole( \
-        const ImageModel&, const ImageModel&, int, ImageModel&, cudaStream_t);
+/// When the spectra are being made, or before that, local means.
+template <typename T, int wide>
+std::uint64_t CudaCrossCorrelation2dImpl<T, wide>::wholeBytes() const {
+    const ImageModel &image = *algorithm_->inputImage.get(), &pattern = *algorithm_->inputTemplate.get();
+    const std::uint64_t width = image.getDimension(0), height = image.getDimension(1);
+    const std::uint64_t templateWidth = pattern.getDimension(0), templateHeight = pattern.getDimension(1);
+    const std::uint64_t nx = nextFastFftSize(templateWidth - 1 + width);
+    const FftBytes<R> bytes(nx, nextFastFftSize(height - 1 + templateHeight), 1);
+    std::uint64_t held = 2 * bytes.real + 2 * bytes.spectrum;
+    if (!pattern.isDeviceResident()) held += templateWidth * templateHeight * sizeof(T);
+    if (!algorithm_->outputImage.get()->isDeviceResident()) held += width * height * sizeof(float);
+    if (algorithm_->correlationMode != 1) return held + bytes.forwardWork;
+    return held + std::max(bytes.forwardWork,
+                           nx * height * sizeof(R) + localMeanBytes<R>(width, height, templateWidth, templateHeight));
+}
+
+#define INSTANCE(NAME, CODE, T)                                                                                    \
+    template void CudaCrossCorrelation2dImpl<T, std::is_same_v<FftReal<T>, double> ? 1 : 0>::runWhole(             \
+        const ImageModel&, const ImageModel&, int, ImageModel&, cudaStream_t);                                     \
+    template std::uint64_t CudaCrossCorrelation2dImpl<T, std::is_same_v<FftReal<T>, double> ? 1 : 0>::wholeBytes() \
+        const;
 ZEL_FOR_EACH_KERNEL_TYPE(INSTANCE)
 #undef INSTANCE
 

@@ -24,6 +24,8 @@ class CudaCrossCorrelation2dImpl final : public AbstractPrivateImplementation {
 public:
     explicit CudaCrossCorrelation2dImpl(CudaCrossCorrelation2d* algorithm);
     void run() override;
+    /// What run() is going to do.
+    RunPlan plan();
 
 private:
     using R = std::conditional_t<wide == 1, double, float>;
@@ -33,9 +35,16 @@ private:
     /// The image in one piece.
     void runWhole(const ImageModel& image, const ImageModel& templateImage, int mode, ImageModel& output,
                   cudaStream_t stream);
+    /// Device memory that it holds at the most.
+    std::uint64_t wholeBytes() const;
     /// Tile by tile, as `cutter` says.
     void runTiled(const ImageModel& image, const ImageModel& templateImage, int mode, ImageModel& output,
                   cudaStream_t stream);
+    std::uint64_t tiledBytes() const;
+
+    /// @return how many tiles there are; the cutter is for more than one.
+    std::uint64_t cut();
+    std::uint64_t stepCount(std::uint64_t tiles) const;
 
     void endStep() {
         throwIfCancelled();

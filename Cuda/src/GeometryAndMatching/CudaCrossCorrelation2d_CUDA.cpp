@@ -30,30 +30,52 @@ void CudaCrossCorrelation2dImpl<T, wide>::run() {
     const auto context = makeNppStreamContext(cudaContext);
     const auto gpu = cudaContext != nullptr ? makeChangeCurrentGpu(context->nCudaDeviceId) : nullptr;
 
-    std::uint64_t blocks = 1;
-    if (algorithm_->tilingMode == 1) {
-        const Vector2<unsigned> tile = algorithm_->tileSize;
-        const auto extended = [&](int axis) {
-            return static_cast<unsigned>(image.getDimension(axis) - 1 + templateImage.getDimension(axis));
-        };
-        blocks = BlockCutterManager::allocateAndInitialize(cutter_, {extended(0), extended(1), 1}, {tile.x, tile.y, 1},
-                                                           {1, 1, 1}, previousOverlap_, nextOverlap_);
-    }
-    if (blocks > 1) {
-        setNumberOfSteps((mode == 1 ? 6 : 5) * blocks + 7);
+    const std::uint64_t tiles = cut();
+    setNumberOfSteps(stepCount(tiles));
+    if (tiles > 1) {
         runTiled(image, templateImage, mode, output, context->hStream);
-        return;
+    } else {
+        runWhole(image, templateImage, mode, output, context->hStream);
     }
-    std::uint64_t steps = mode == 1 ? 8 : 6;
-    for (const ImageModel* const transferred : {&image, &templateImage, const_cast<const ImageModel*>(&output)})
-        steps += transferred->isDeviceResident() ? 0 : 1;
-    setNumberOfSteps(steps);
-    runWhole(image, templateImage, mode, output, context->hStream);
 }
 
-void runOnGpu(CudaCrossCorrelation2d* algorithm) {
+template <typename T, int wide>
+RunPlan CudaCrossCorrelation2dImpl<T, wide>::plan() {
+    const std::uint64_t tiles = cut();
+    const ImageModel& image = *algorithm_->inputImage.get();
+    if (tiles > 1) return {stepCount(tiles), cutter_->getNumOfBlocks(), cutter_->getBlockSize(0, 0, 0), tiledBytes()};
+    const Vector3<unsigned> size{static_cast<unsigned>(image.getDimension(0)),
+                                 static_cast<unsigned>(image.getDimension(1)), 1};
+    return {.steps = stepCount(tiles), .tileSize = size, .peakBytes = wholeBytes()};
+}
+
+template <typename T, int wide>
+std::uint64_t CudaCrossCorrelation2dImpl<T, wide>::cut() {
+    if (algorithm_->tilingMode != 1) return 1;
+    const Vector2<unsigned> tile = algorithm_->tileSize;
+    const auto extended = [&](int axis) {
+        return static_cast<unsigned>(algorithm_->inputImage.get()->getDimension(axis) - 1 +
+                                     algorithm_->inputTemplate.get()->getDimension(axis));
+    };
+    return BlockCutterManager::allocateAndInitialize(cutter_, {extended(0), extended(1), 1}, {tile.x, tile.y, 1},
+                                                     {1, 1, 1}, previousOverlap_, nextOverlap_);
+}
+
+template <typename T, int wide>
+std::uint64_t CudaCrossCorrelation2dImpl<T, wide>::stepCount(std::uint64_t tiles) const {
+    const bool removesMeans = algorithm_->correlationMode == 1;
+    if (tiles > 1) return (removesMeans ? 6 : 5) * tiles + 7;
+    std::uint64_t steps = removesMeans ? 8 : 6;
+    const ImageModel* const output = algorithm_->outputImage;
+    for (const ImageModel* const transferred : {algorithm_->inputImage.get(), algorithm_->inputTemplate.get(), output})
+        steps += transferred->isDeviceResident() ? 0 : 1;
+    return steps;
+}
+
+void runOnGpu(CudaCrossCorrelation2d* algorithm, RunPlan* plan) {
     withInstance<double>(*algorithm, [&]<typename T>() {
-        CudaCrossCorrelation2dImpl<T, std::is_same_v<FftReal<T>, double> ? 1 : 0>(algorithm).run();
+        constexpr int wide = std::is_same_v<FftReal<T>, double> ? 1 : 0;
+        runOrPlan(CudaCrossCorrelation2dImpl<T, wide>(algorithm), plan);
     });
 }
 

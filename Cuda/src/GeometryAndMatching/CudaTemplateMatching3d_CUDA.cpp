@@ -46,9 +46,7 @@ public:
         const std::uint64_t blocks = algorithm_->tilingMode == 1 ? cutIntoBlocks() : 1;
         const ImageModel* const filterImage = algorithm_->frequencyFilter;
         const ImageModel* const maskImage = algorithm_->inputMask;
-        const std::uint64_t preparations = (filterImage != nullptr ? 1 : 0) + (maskImage != nullptr ? 1 : 2);
-        setNumberOfSteps(blocks < 2 ? 13 * rowCount() + preparations + 3
-                                    : (12 * rowCount() + 1) * blocks + preparations + 2);
+        setNumberOfSteps(stepCount(blocks));
 
         threshold_ = varianceThreshold(this, image_);
         DeviceImage<SpectrumOf<R>> filter(0, 0, 0, false);
@@ -68,12 +66,44 @@ public:
         }
     }
 
+    /// What run() is going to do.
+    RunPlan plan() {
+        const std::uint64_t blocks = algorithm_->tilingMode == 1 ? cutIntoBlocks() : 1;
+        RunPlan plan{.steps = stepCount(blocks), .tileSize = vector(imageSize_)};
+        if (blocks > 1) {
+            plan.tiles = cutter_->getNumOfBlocks();
+            plan.tileSize = cutter_->getBlockSize(0, 0, 0);
+        }
+        const Size3 outputSize{plan.tileSize.x, plan.tileSize.y, plan.tileSize.z},
+            padded = blocks > 1 ? outputSize : fullSize_;
+        plan.peakBytes =
+            voxelsOf(padded) * sizeof(R) + Context::deviceBytes(padded) + voxelsOf(sizeOf(template_)) * sizeof(T);
+        // Tiles have both buffers, wherever the images lie.
+        for (const auto& [image, voxelBytes] : {std::pair(algorithm_->outputScoreImage.get(), sizeof(float)),
+                                                std::pair(algorithm_->outputIndexImage.get(), sizeof(L))}) {
+            if (blocks > 1 || !image->isDeviceResident()) plan.peakBytes += voxelsOf(outputSize) * voxelBytes;
+        }
+        if (algorithm_->frequencyFilter.get() != nullptr) {
+            const auto [width, height, depth] = maximalBoxSize_;
+            plan.peakBytes += Context::filterBytes(maximalBoxSize_) +
+                              voxelsOf({width / 2 + 1, height, depth}) * sizeof(SpectrumOf<R>);
+        }
+        return plan;
+    }
+
 private:
+    static Vector3<unsigned> vector(const Size3& size) {
+        return {static_cast<unsigned>(size[0]), static_cast<unsigned>(size[1]), static_cast<unsigned>(size[2])};
+    }
+    static std::uint64_t voxelsOf(const Size3& size) { return size[0] * size[1] * size[2]; }
+
+    std::uint64_t stepCount(std::uint64_t blocks) const {
+        const std::uint64_t preparations =
+            (algorithm_->frequencyFilter.get() != nullptr ? 1 : 0) + (algorithm_->inputMask.get() != nullptr ? 1 : 2);
+        return blocks < 2 ? 13 * rowCount() + preparations + 3 : (12 * rowCount() + 1) * blocks + preparations + 2;
+    }
+
     std::uint64_t cutIntoBlocks() {
-        const auto vector = [](const Size3& size) {
-            return Vector3<unsigned>{static_cast<unsigned>(size[0]), static_cast<unsigned>(size[1]),
-                                     static_cast<unsigned>(size[2])};
-        };
         previousOverlap_ = vector(half_);
         nextOverlap_ = vector(
             {maximalBoxSize_[0] - half_[0] - 1, maximalBoxSize_[1] - half_[1] - 1, maximalBoxSize_[2] - half_[2] - 1});
@@ -189,9 +219,9 @@ private:
 };
 
 template <typename T>
-void runMatching(CudaTemplateMatching3d* algorithm) {
+void runMatching(CudaTemplateMatching3d* algorithm, RunPlan* plan) {
     constexpr int wide = sizeof(FftReal<T>) == sizeof(double) ? 1 : 0;
-    const auto run = [&]<typename L>() { CudaTemplateMatching3dImpl<T, L, wide>(algorithm).run(); };
+    const auto run = [&]<typename L>() { runOrPlan(CudaTemplateMatching3dImpl<T, L, wide>(algorithm), plan); };
     const VoxelTypes indexType = algorithm->outputIndexImage.get()->getDataType();
     using OwnIndexTypes = TypeList<std::uint8_t, std::uint16_t>;
     if (!visitVoxelType(indexType, OwnIndexTypes{}, run)) run.template operator()<std::uint32_t>();
@@ -199,8 +229,8 @@ void runMatching(CudaTemplateMatching3d* algorithm) {
 
 }  // namespace
 
-void runOnGpu(CudaTemplateMatching3d* algorithm) {
-    withInstance<double>(*algorithm, [&]<typename T>() { runMatching<T>(algorithm); });
+void runOnGpu(CudaTemplateMatching3d* algorithm, RunPlan* plan) {
+    withInstance<double>(*algorithm, [&]<typename T>() { runMatching<T>(algorithm, plan); });
 }
 
 }  // namespace zel::cuda

@@ -54,9 +54,17 @@ void computeLocalMean(const R* src, std::uint64_t srcPitch, std::uint64_t width,
                                       cudaMemcpyDeviceToDevice, stream));
 }
 
+template <typename R>
+std::uint64_t localMeanBytes(std::uint64_t width, std::uint64_t height, std::uint64_t kernelWidth,
+                             std::uint64_t kernelHeight) {
+    const FftBytes<R> bytes(nextFastFftSize(width - 1 + kernelWidth), nextFastFftSize(kernelHeight - 1 + height), 1);
+    return 2 * bytes.real + 2 * bytes.spectrum + bytes.forwardWork;
+}
+
 #define INSTANCE(R)                                                                                         \
     template void computeLocalMean(const R*, std::uint64_t, std::uint64_t, std::uint64_t, R, std::uint64_t, \
-                                   std::uint64_t, bool, R*, std::uint64_t, cudaStream_t);
+                                   std::uint64_t, bool, R*, std::uint64_t, cudaStream_t);                   \
+    template std::uint64_t localMeanBytes<R>(std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t);
 INSTANCE(float)
 INSTANCE(double)
 #undef INSTANCE

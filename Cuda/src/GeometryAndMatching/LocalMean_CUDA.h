@@ -19,4 +19,9 @@ void computeLocalMean(const R* src, std::uint64_t srcPitch, std::uint64_t width,
                       std::uint64_t kernelWidth, std::uint64_t kernelHeight, bool normalise, R* dst,
                       std::uint64_t dstPitch, cudaStream_t stream);
 
+/// Bytes of device memory that the call holds, for images of the working type R.
+template <typename R>
+std::uint64_t localMeanBytes(std::uint64_t width, std::uint64_t height, std::uint64_t kernelWidth,
+                             std::uint64_t kernelHeight);
+
 }  // namespace zel::cuda

@@ -316,6 +316,18 @@ void TemplateMatchingContext<R>::normalize() {
                                       scores.slicePitch, size[0], size[1], size[2], stream_);
 }
 
+template <typename R>
+std::uint64_t TemplateMatchingContext<R>::deviceBytes(const Size3& paddedSize) {
+    const FftBytes<R> bytes(paddedSize[0], paddedSize[1], paddedSize[2]);
+    return 6 * bytes.real + 5 * bytes.spectrum + bytes.forwardWork;
+}
+
+template <typename R>
+std::uint64_t TemplateMatchingContext<R>::filterBytes(const Size3& boxSize) {
+    const FftBytes<R> bytes(boxSize[0], boxSize[1], boxSize[2]);
+    return bytes.real + bytes.spectrum + bytes.forwardWork + bytes.inverseWork;
+}
+
 template class TemplateMatchingContext<float>;
 template class TemplateMatchingContext<double>;
 

@@ -50,6 +50,11 @@ public:
     /// @throws ExceptionCancelation at one of its polls.
     void correlate();
 
+    /// Device memory that an object for such an image holds, and with a filter what that adds, without the image and
+    /// the filter themselves.
+    static std::uint64_t deviceBytes(const Size3& paddedSize);
+    static std::uint64_t filterBytes(const Size3& boxSize);
+
     const DeviceImage<R>& correlation() const { return correlation_; }
     const Size3& resultOffset() const { return resultOffset_; }
 

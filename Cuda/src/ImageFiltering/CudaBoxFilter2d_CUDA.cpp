@@ -52,12 +52,12 @@ using CudaBoxFilter2dImpl =
 
 }  // namespace
 
-void runOnGpu(CudaBoxFilter2d* algorithm) {
+void runOnGpu(CudaBoxFilter2d* algorithm, RunPlan* plan) {
     withInstance<float>(*algorithm, [&]<typename T>() {
         const auto context = makeNppStreamContext(algorithm->cudaContext);
         BoxFilterTilingProcessingFunctor<T> functor(algorithm->kernelSizeX, algorithm->kernelSizeY, context.get());
         const Vector3<unsigned> overlap{functor.sizeX / 2, functor.sizeY / 2, 0};
-        CudaBoxFilter2dImpl<T>(algorithm, overlap, &functor, context->hStream).run();
+        runOrPlan(CudaBoxFilter2dImpl<T>(algorithm, overlap, &functor, context->hStream), plan);
     });
 }
 

@@ -1,6 +1,5 @@
 #include "MorphologyPasses_CUDA.h"
 #include "MorphologyRun_CUDA.h"
-#include "Runners/CudaRunners_CUDA.h"
 #include "Tiling/TiledImageToImage.h"
 
 namespace zel::cuda {
@@ -42,12 +41,12 @@ using CudaClosingOpening2dImpl =
 
 }  // namespace
 
-void runOnGpu(CudaOpening2d* algorithm) {
-    runMorphology<CudaClosingOpening2dImpl>(algorithm, false, 2);
+void runOnGpu(CudaOpening2d* algorithm, RunPlan* plan) {
+    runMorphology<CudaClosingOpening2dImpl>(algorithm, false, 2, plan);
 }
 
-void runOnGpu(CudaClosing2d* algorithm) {
-    runMorphology<CudaClosingOpening2dImpl>(algorithm, true, 2);
+void runOnGpu(CudaClosing2d* algorithm, RunPlan* plan) {
+    runMorphology<CudaClosingOpening2dImpl>(algorithm, true, 2, plan);
 }
 
 }  // namespace zel::cuda

@@ -1,6 +1,5 @@
 #include "MorphologyPasses_CUDA.h"
 #include "MorphologyRun_CUDA.h"
-#include "Runners/CudaRunners_CUDA.h"
 #include "Tiling/TiledImageToImage.h"
 
 namespace zel::cuda {
@@ -12,7 +11,7 @@ struct ErosionDilationTilingProcessingFunctor : MorphologyFunctor<T> {
     using MorphologyFunctor<T>::MorphologyFunctor;
 
     void prepare(const Vector3<unsigned>& size) {
-        if (this->radius > 1) this->scratch.resize(size.x, size.y, false);
+        if (this->needsScratch) this->scratch.resize(size.x, size.y, false);
     }
 
     void process(const T* src, std::size_t srcPitch, T* dst, std::size_t dstPitch, const Vector3<unsigned>& size) {
@@ -27,12 +26,12 @@ using CudaDilationErosion2dImpl =
 
 }  // namespace
 
-void runOnGpu(CudaErosion2d* algorithm) {
-    runMorphology<CudaDilationErosion2dImpl>(algorithm, false, 1);
+void runOnGpu(CudaErosion2d* algorithm, RunPlan* plan) {
+    runMorphology<CudaDilationErosion2dImpl>(algorithm, false, 1, plan);
 }
 
-void runOnGpu(CudaDilation2d* algorithm) {
-    runMorphology<CudaDilationErosion2dImpl>(algorithm, true, 1);
+void runOnGpu(CudaDilation2d* algorithm, RunPlan* plan) {
+    runMorphology<CudaDilationErosion2dImpl>(algorithm, true, 1, plan);
 }
 
 }  // namespace zel::cuda

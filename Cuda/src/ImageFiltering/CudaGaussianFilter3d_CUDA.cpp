@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "GaussianKernel_CUDA.h"
 #include "Helper/raise.h"
 #include "Kernels/CudaConvolution1d.h"
@@ -40,6 +42,17 @@ struct CudaGaussianFilter3dTilingProcessingFunctor {
                               size.y, size.z, taps(tapsZ), tapCountZ, stream, multiProcessors, coresPerMultiProcessor);
     }
 
+    /// Of the taps, and of that pass which needs the most.
+    std::uint64_t scratchBytes(const Vector3<unsigned>& size) const {
+        const auto pass = [&](std::uint64_t lines, std::uint64_t length, std::uint64_t tapCount, std::size_t bytes) {
+            return convolution1dEntries(lines, length, tapCount, multiProcessors) * (bytes + 8);
+        };
+        const std::size_t workBytes = direct ? sizeof(U) : sizeof(float);
+        return (tapCountX + tapCountY + tapCountZ) * sizeof(float) +
+               std::max({pass(size.y, size.x, tapCountX, sizeof(T)), pass(size.x, size.y, tapCountY, workBytes),
+                         pass(size.x, size.z, tapCountZ, workBytes)});
+    }
+
     std::shared_ptr<void> tapsX;
     std::uint64_t tapCountX = 0;
     std::shared_ptr<void> tapsY;
@@ -77,7 +90,7 @@ struct StreamAndDevice {
 };
 
 template <typename T, typename U>
-void runGaussian(CudaGaussianFilter3d* algorithm) {
+void runGaussian(CudaGaussianFilter3d* algorithm, RunPlan* plan) {
     const StreamAndDevice place(algorithm->cudaContext);
     CudaGaussianFilter3dTilingProcessingFunctor<T, U> functor;
     getDeviceCoreInfo(place.device, functor.multiProcessors, functor.coresPerMultiProcessor);
@@ -99,19 +112,19 @@ void runGaussian(CudaGaussianFilter3d* algorithm) {
                                     static_cast<unsigned>(functor.tapCountZ / 2)};
     CudaGaussianFilter3dImpl<T, U> implementation(algorithm, overlap, &functor, place.stream);
     functor.implementation = &implementation;
-    implementation.run();
+    runOrPlan(implementation, plan);
 }
 
 }  // namespace
 
-void runOnGpu(CudaGaussianFilter3d* algorithm) {
+void runOnGpu(CudaGaussianFilter3d* algorithm, RunPlan* plan) {
     const VoxelTypes type = algorithm->inputImage.get()->getDataType();
     const bool intoFloat = algorithm->outputImage.get()->getDataType() == VoxelTypes::float32;
     const bool isKnown = visitVoxelType(type, CudaGaussianFilter3d::InstanceTypes{}, [&]<typename T>() {
         if (intoFloat) {
-            runGaussian<T, float>(algorithm);
+            runGaussian<T, float>(algorithm, plan);
         } else {
-            runGaussian<T, T>(algorithm);
+            runGaussian<T, T>(algorithm, plan);
         }
     });
     if (!isKnown) {

@@ -50,10 +50,16 @@ struct MedianFilterTilingProcessingFunctor {
           maskSize{static_cast<int>(2 * radius + 1), static_cast<int>(2 * radius + 1)},
           anchor{static_cast<int>(radius), static_cast<int>(radius)} {}
 
-    /// Makes the buffer large enough for a tile of this size. It never shrinks: later tiles that need less keep it.
-    void prepare(const Vector3<unsigned>& size) {
+    /// What NPP asks for as its work buffer.
+    Npp32u scratchBytes(const Vector3<unsigned>& size) const {
         Npp32u count = 0;
         checkNppStatus(NppMedian<T>::bufferSize(nppSize(size), maskSize, &count, NPP_BORDER_MIRROR, *context));
+        return count;
+    }
+
+    /// Makes the buffer large enough for a tile of this size. It never shrinks: later tiles that need less keep it.
+    void prepare(const Vector3<unsigned>& size) {
+        const Npp32u count = scratchBytes(size);
         checkCudaStatus(cudaDeviceSynchronize());
         if (count > bufferSize) {
             buffer.reset();
@@ -84,12 +90,12 @@ using CudaMedianFilter2dImpl =
 
 }  // namespace
 
-void runOnGpu(CudaMedianFilter2d* algorithm) {
+void runOnGpu(CudaMedianFilter2d* algorithm, RunPlan* plan) {
     withInstance<float>(*algorithm, [&]<typename T>() {
         const auto context = makeNppStreamContext(algorithm->cudaContext);
         MedianFilterTilingProcessingFunctor<T> functor(algorithm->kernelRadius, context.get());
         const Vector3<unsigned> overlap{functor.radius, functor.radius, 0};
-        CudaMedianFilter2dImpl<T>(algorithm, overlap, &functor, context->hStream).run();
+        runOrPlan(CudaMedianFilter2dImpl<T>(algorithm, overlap, &functor, context->hStream), plan);
     });
 }
 

@@ -132,6 +132,15 @@ cufftHandle makeFftPlan3dAutoWork(std::uint64_t nz, std::uint64_t ny, std::uint6
     return plan.release();
 }
 
+std::uint64_t fftWorkBytes(std::uint64_t nx, std::uint64_t ny, std::uint64_t nz, cufftType type) {
+    const NewPlan plan(nullptr, false);
+    const int x = fftLength(nx), y = fftLength(ny), z = fftLength(nz);
+    std::size_t bytes = 0;
+    checkCufftStatus(z == 1 ? cufftGetSize2d(plan.handle(), y, x, type, &bytes)
+                            : cufftGetSize3d(plan.handle(), z, y, x, type, &bytes));
+    return bytes;
+}
+
 void destroyFftPlan(cufftHandle plan) {
     checkCufftStatus(cufftDestroy(plan));
 }

@@ -35,6 +35,9 @@ cufftHandle makeFftPlan3dAutoWork(std::uint64_t nz, std::uint64_t ny, std::uint6
                                   std::uint64_t& workSize, cudaStream_t stream);
 void destroyFftPlan(cufftHandle plan);
 
+/// Bytes of the work area of such a plan, of two dimensions where nz is 1; makes none.
+std::uint64_t fftWorkBytes(std::uint64_t nx, std::uint64_t ny, std::uint64_t nz, cufftType type);
+
 // The fills queue on `stream` and return without waiting. Sizes are in elements, pitches in bytes; R is float or
 // double.
 

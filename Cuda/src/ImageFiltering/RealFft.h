@@ -31,6 +31,18 @@ struct RealFft<double> {
 template <typename R>
 using SpectrumOf = typename RealFft<R>::Spectrum;
 
+/// Bytes that transforms of a size need: their packed buffers, and the work area of plans of either direction.
+template <typename R>
+struct FftBytes {
+    FftBytes(std::uint64_t nx, std::uint64_t ny, std::uint64_t nz)
+        : real(nx * ny * nz * sizeof(R)),
+          spectrum((nx / 2 + 1) * ny * nz * sizeof(SpectrumOf<R>)),
+          forwardWork(fftWorkBytes(nx, ny, nz, RealFft<R>::forward)),
+          inverseWork(fftWorkBytes(nx, ny, nz, RealFft<R>::inverse)) {}
+
+    std::uint64_t real, spectrum, forwardWork, inverseWork;
+};
+
 // Each queues a transform on the plan's stream. An inverse transform may overwrite its spectrum.
 
 inline void forwardFft(cufftHandle plan, float* real, float2* spectrum) {

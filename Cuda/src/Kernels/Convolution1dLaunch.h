@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "CudaConvolution1d.h"
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
 
 namespace zel::cuda {
@@ -22,8 +23,9 @@ void launchConvolution1d(Kernel kernel, std::uint64_t lineCount, std::uint64_t l
     config.gridDim = dim3(std::min(static_cast<unsigned int>(lineCount), maxBlocks));
     config.blockDim = dim3(std::min(static_cast<unsigned int>(length), maxThreads));
     config.stream = stream;
-    const auto lines = allocateDeviceMemory(config.gridDim.x * lineLength * sizeof(TIn));
-    const auto offsets = allocateDeviceMemory(config.gridDim.x * lineLength * sizeof(unsigned long long));
+    const std::uint64_t entries = convolution1dEntries(lineCount, length, tapCount, maxBlocks);
+    const auto lines = allocateDeviceMemory(entries * sizeof(TIn));
+    const auto offsets = allocateDeviceMemory(entries * sizeof(unsigned long long));
     cudaLaunchKernelEx(&config, kernel, images..., const_cast<float*>(taps), tapCount, static_cast<int>(tapCount / 2),
                        lineLength, static_cast<TIn*>(lines.get()), static_cast<unsigned long long*>(offsets.get()));
 }

@@ -2,6 +2,7 @@
 
 #include <cuda_runtime.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace zel::cuda {
@@ -41,5 +42,12 @@ void convolution1dOnZLines(const TIn* src, std::uint64_t srcPitch, std::uint64_t
                            std::uint64_t dstPitch, std::uint64_t dstSlicePitch, std::uint64_t width,
                            std::uint64_t height, std::uint64_t depth, const float* taps, std::uint64_t tapCount,
                            cudaStream_t stream, unsigned int maxBlocks, unsigned int maxThreads);
+
+/// Entries of the scratch memory of a call for `lineCount` lines of `length` pixels: each block has a line with its
+/// margins. An entry is a pixel of src and an offset of 8 bytes.
+inline std::uint64_t convolution1dEntries(std::uint64_t lineCount, std::uint64_t length, std::uint64_t tapCount,
+                                          unsigned int maxBlocks) {
+    return std::min(static_cast<unsigned int>(lineCount), maxBlocks) * (length + tapCount - 1);
+}
 
 }  // namespace zel::cuda

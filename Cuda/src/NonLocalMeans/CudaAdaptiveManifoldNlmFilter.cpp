@@ -1,5 +1,6 @@
 #include "zel/algorithms/CudaAdaptiveManifoldNlmFilter.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "BlockSearch_CUDA.h"
@@ -31,6 +32,8 @@ public:
         : AbstractPrivateImplementation(filter), filter_(filter) {}
 
     void run() override;
+    /// What run() is going to do with the device memory that is free now.
+    RunPlan plan() const;
 
 private:
     /// What a run reads from the properties and measures on the image.
@@ -48,6 +51,16 @@ private:
 
         std::int32_t patchSide() const { return 2 * static_cast<std::int32_t>(patchRadius) + 1; }
         std::int32_t patchVoxels() const { return patchSide() * patchSide() * patchSide(); }
+        std::int64_t sampleSize() const {
+            std::uint64_t voxels = 1;
+            for (const std::int32_t extent : image) voxels *= static_cast<std::uint64_t>(extent);
+            return computeSampleSize(voxels, samplingConfidence, patchSampleMargin, patchSampleProportion);
+        }
+        Region imageRegion() const { return Region({0, 0, 0}, {image[0] - 1, image[1] - 1, image[2] - 1}); }
+        BlockIterator blocks(std::uint64_t budget) const {
+            const Extents3 block = findBlockExtents(image, budget, patchVoxels(), rangeSigma, spatialSigma);
+            return BlockIterator(image, coreSteps(block, image, 2 * haloRadius + 1));
+        }
     };
 
     Parameters readProperties() const;
@@ -84,10 +97,7 @@ void CudaNonLocalMeansImpl::measureIntensities(Parameters& run) {
 }
 
 void CudaNonLocalMeansImpl::findPrincipalDirections(const Parameters& run, RkCUDAAMNLMData& eigenvectors) {
-    std::uint64_t voxels = 1;
-    for (const std::int32_t extent : run.image) voxels *= static_cast<std::uint64_t>(extent);
-    const std::int64_t samples =
-        computeSampleSize(voxels, samplingConfidence, patchSampleMargin, patchSampleProportion);
+    const std::int64_t samples = run.sampleSize();
     RkCUDAAMNLMData patches(run.patchSide(), run.patchSide(), run.patchSide(), static_cast<std::int32_t>(samples));
     sampleRandomPatches(patches, run.input, run.minimum, run.maximum, run.mean, run.patchRadius, samples);
     if (!computePcaEigenvectors(eigenvectors, patches, patchChannels, iterationLimit))
@@ -97,8 +107,7 @@ void CudaNonLocalMeansImpl::findPrincipalDirections(const Parameters& run, RkCUD
 }
 
 void CudaNonLocalMeansImpl::filterBlock(const Parameters& run, RkCUDAAMNLMData& eigenvectors, const Region& core) {
-    const auto& [width, height, depth] = run.image;
-    const Region extended = extendedRegion(core, run.haloRadius, Region({0, 0, 0}, {width - 1, height - 1, depth - 1}));
+    const Region extended = extendedRegion(core, run.haloRadius, run.imageRegion());
     const std::int32_t nx = extended.extentX(), ny = extended.extentY(), nz = extended.extentZ();
     RkCUDAAMNLMData block(nz, ny, nx, 1);
     readBlock(run.input, run.minimum, run.maximum, extended, block);
@@ -116,10 +125,7 @@ void CudaNonLocalMeansImpl::run() {
     RkCUDAAMNLMData eigenvectors(1, patchChannels, parameters.patchVoxels(), 1);
     findPrincipalDirections(parameters, eigenvectors);
 
-    const Extents3 block = findBlockExtents(parameters.image, budget, parameters.patchVoxels(), parameters.rangeSigma,
-                                            parameters.spatialSigma);
-    const std::int32_t overlap = 2 * parameters.haloRadius + 1;
-    BlockIterator blocks(parameters.image, coreSteps(block, parameters.image, overlap));
+    BlockIterator blocks = parameters.blocks(budget);
     setNumberOfSteps(countBlocks(blocks));
     while (blocks.next()) {
         filterBlock(parameters, eigenvectors, blocks.core());
@@ -127,10 +133,34 @@ void CudaNonLocalMeansImpl::run() {
     }
 }
 
+RunPlan CudaNonLocalMeansImpl::plan() const {
+    const Parameters parameters = readProperties();
+    BlockIterator blocks = parameters.blocks(memoryBudget(filter_->cudaContext));
+    RunPlan plan{.steps = countBlocks(blocks)};
+    const auto tilesAlong = [&](std::size_t axis) {
+        return static_cast<unsigned>((blocks.size[axis] - 1) / blocks.step[axis] + 1);
+    };
+    plan.tiles = {tilesAlong(0), tilesAlong(1), tilesAlong(2)};
+    Extents3 largest{};
+    while (blocks.next()) {
+        const Region block = extendedRegion(blocks.core(), parameters.haloRadius, parameters.imageRegion());
+        largest = {std::max(largest[0], block.extentX()), std::max(largest[1], block.extentY()),
+                   std::max(largest[2], block.extentZ())};
+    }
+    plan.tileSize = {static_cast<unsigned>(largest[0]), static_cast<unsigned>(largest[1]),
+                     static_cast<unsigned>(largest[2])};
+    const std::uint64_t patchBytes = sizeof(float) * static_cast<std::uint64_t>(parameters.patchVoxels());
+    const std::uint64_t sampling =
+        static_cast<std::uint64_t>(parameters.sampleSize()) * patchBytes + pcaBytes(parameters.patchVoxels());
+    const std::uint64_t filtering = estimatePeakDeviceMemory(largest, parameters.rangeSigma, parameters.spatialSigma);
+    plan.peakBytes = patchChannels * patchBytes + std::max(sampling, filtering);
+    return plan;
+}
+
 }  // namespace
 
-void runOnGpu(CudaAdaptiveManifoldNlmFilter* algorithm) {
-    CudaNonLocalMeansImpl(algorithm).run();
+void runOnGpu(CudaAdaptiveManifoldNlmFilter* algorithm, RunPlan* plan) {
+    runOrPlan(CudaNonLocalMeansImpl(algorithm), plan);
 }
 
 }  // namespace zel::cuda

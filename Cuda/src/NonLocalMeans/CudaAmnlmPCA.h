@@ -15,6 +15,12 @@ namespace amnlm {
 bool computePcaEigenvectors(RkCUDAAMNLMData& eigenvectors, const RkCUDAAMNLMData& patches, std::int32_t dimensions,
                             std::int32_t iterationLimit);
 
+/// Device memory that this holds besides its arguments, in bytes: two matrices of P by P.
+inline std::uint64_t pcaBytes(std::int32_t patchVoxels) {
+    const auto p = static_cast<std::uint64_t>(patchVoxels);
+    return 2 * p * p * sizeof(float);
+}
+
 /// Projects the patch of each voxel of a block, weighted as the sampled ones are, on the directions.
 /// @param block       extents (Z, Y, X, 1), scaled to 0 ... 1. Beyond its edges it goes on at the opposite side.
 /// @param minimum, maximum, mean  of the image, not scaled.

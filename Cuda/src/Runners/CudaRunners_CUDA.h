@@ -6,24 +6,43 @@
 
 namespace zel::cuda {
 
-// Each algorithm is carried out by an overload of its own, in the folder of its family, and has a runner.
-void runOnGpu(CudaAdaptiveManifoldNlmFilter* algorithm);
-void runOnGpu(CudaCrossCorrelation2d* algorithm);
-void runOnGpu(CudaTemplateMatching3d* algorithm);
-void runOnGpu(CudaBoxFilter2d* algorithm);
-void runOnGpu(CudaGaussianFilter3d* algorithm);
-void runOnGpu(CudaMedianFilter2d* algorithm);
-void runOnGpu(CudaClosing2d* algorithm);
-void runOnGpu(CudaDilation2d* algorithm);
-void runOnGpu(CudaErosion2d* algorithm);
-void runOnGpu(CudaOpening2d* algorithm);
+// Each algorithm is carried out by an overload of its own, in the folder of its family, and has a runner. With a plan
+// it fills that in, and does nothing else.
+void runOnGpu(CudaAdaptiveManifoldNlmFilter* algorithm, RunPlan* plan);
+void runOnGpu(CudaCrossCorrelation2d* algorithm, RunPlan* plan);
+void runOnGpu(CudaTemplateMatching3d* algorithm, RunPlan* plan);
+void runOnGpu(CudaBoxFilter2d* algorithm, RunPlan* plan);
+void runOnGpu(CudaGaussianFilter3d* algorithm, RunPlan* plan);
+void runOnGpu(CudaMedianFilter2d* algorithm, RunPlan* plan);
+void runOnGpu(CudaClosing2d* algorithm, RunPlan* plan);
+void runOnGpu(CudaDilation2d* algorithm, RunPlan* plan);
+void runOnGpu(CudaErosion2d* algorithm, RunPlan* plan);
+void runOnGpu(CudaOpening2d* algorithm, RunPlan* plan);
+
+/// Runs an implementation, or tells its plan where there is one to fill in.
+template <typename Implementation>
+void runOrPlan(Implementation&& implementation, RunPlan* plan) {
+    if (plan == nullptr) {
+        implementation.run();
+    } else {
+        *plan = implementation.plan();
+    }
+}
 
 /// Turns an algorithm object into a run on a GPU.
 template <typename Algo>
 class CudaRunner final : public CudaRunnable {
 public:
-    void run(BaseAlgorithm* algorithm) override { runOnGpu(safe_cast<Algo*>(algorithm)); }
+    void run(BaseAlgorithm* algorithm) override { runOnGpu(safe_cast<Algo*>(algorithm), nullptr); }
 };
+
+/// The plan of such a run.
+template <typename Algo>
+RunPlan planOnGpu(BaseAlgorithm* algorithm) {
+    RunPlan plan;
+    runOnGpu(safe_cast<Algo*>(algorithm), &plan);
+    return plan;
+}
 
 using CudaNonLocalMeansRunner = CudaRunner<CudaAdaptiveManifoldNlmFilter>;
 using CudaCrossCorrelation2dRunner = CudaRunner<CudaCrossCorrelation2d>;

@@ -14,6 +14,7 @@
 #include "zel/AbstractPrivateImplementation.h"
 #include "zel/BlockCutterManager.h"
 #include "zel/ImageModel.h"
+#include "zel/RunPlan.h"
 
 namespace zel::cuda {
 
@@ -22,12 +23,14 @@ namespace zel::cuda {
 /// a synchronisation of the device. All that a filter adds is a functor and the overlap that its neighbourhood needs.
 ///
 /// The functor of a 2D filter offers
-/// - `prepare(size)`, if it likes: called before a tile's data moves, to make its own device scratch large enough;
+/// - `prepare(size)`, if it likes: called before a tile's data moves, to make its own device scratch large enough, and
+///   `scratchBytes(size)` of device memory that a tile of that size makes it hold, which is 0 without;
 /// - `process(src, srcPitch, dst, dstPitch, size)`: filters size.x by size.y pixels in device memory, pitches in bytes.
 ///
 /// That of a 3D filter offers
 /// - `direct`, whether the target itself can be the work area of its passes, and else `intermediate`, a pointer to a
 ///   DeviceImage<float> for it, which the driver makes large enough before a tile's data moves;
+/// - `scratchBytes(size)`, as above, without the intermediate;
 /// - `process(src, srcPitch, srcSlicePitch, tmp, tmpPitch, tmpSlicePitch, dst, dstPitch, dstSlicePitch, size, stream)`
 ///   for a work area of either type.
 ///
@@ -54,12 +57,7 @@ public:
           stream_(stream) {}
 
     void run() override {
-        std::uint64_t blocks = 1;
-        if (algorithm_->tilingMode == 1) {
-            blocks = BlockCutterManager::allocateAndInitialize(blockCutter_, sizeOf(*input_),
-                                                               blockSize(algorithm_->tileSize), {1, 1, 1},
-                                                               previousOverlap_, nextOverlap_);
-        }
+        const std::uint64_t blocks = cut();
         setNumberOfSteps(stepsPerBlock(blocks) * blocks);
         if (blocks < 2) {
             runWhole();
@@ -68,7 +66,34 @@ public:
         }
     }
 
+    /// What run() is going to do.
+    RunPlan plan() {
+        const std::uint64_t blocks = cut();
+        RunPlan plan{.steps = stepsPerBlock(blocks) * blocks, .tileSize = sizeOf(*input_)};
+        if (blocks > 1) {
+            plan.tiles = blockCutter_->getNumOfBlocks();
+            plan.tileSize = blockCutter_->getBlockSize(0, 0, 0);  // no tile is larger
+        }
+        const Size& size = plan.tileSize;
+        const std::uint64_t voxels = std::uint64_t{size.x} * size.y * size.z;
+        // Tiles have both buffers, wherever the images lie.
+        if (blocks > 1 || !input_->isDeviceResident()) plan.peakBytes += voxels * sizeof(Tin);
+        if (blocks > 1 || !output_->isDeviceResident()) plan.peakBytes += voxels * sizeof(Tout);
+        if constexpr (dimensions == 3) {
+            if (!functor_->direct) plan.peakBytes += voxels * sizeof(float);
+        }
+        if constexpr (requires { functor_->scratchBytes(size); }) plan.peakBytes += functor_->scratchBytes(size);
+        return plan;
+    }
+
 private:
+    /// @return how many tiles there are; the cutter is for more than one.
+    std::uint64_t cut() {
+        if (algorithm_->tilingMode != 1) return 1;
+        return BlockCutterManager::allocateAndInitialize(blockCutter_, sizeOf(*input_), blockSize(algorithm_->tileSize),
+                                                         {1, 1, 1}, previousOverlap_, nextOverlap_);
+    }
+
     static Size sizeOf(const ImageModel& image) {
         return {static_cast<unsigned>(image.getDimension(0)), static_cast<unsigned>(image.getDimension(1)),
                 dimensions == 3 ? static_cast<unsigned>(image.getDimension(2)) : 1};

@@ -6,6 +6,7 @@
 #include "zel/CudaContext.h"
 #include "zel/ImageModel.h"
 #include "zel/Property.h"
+#include "zel/RunPlan.h"
 #include "zel/Vector.h"
 
 namespace zel {
@@ -22,10 +23,17 @@ public:
 
     ~RunnerAlgorithm() override;
 
+    /// Steps, tiles and device memory of a run with the properties as they are. Of the images only size, type and place
+    /// are looked at. Not while the object is running.
+    /// @throws RuntimeError as run() does where properties are bad or no runner is available.
+    RunPlan plan();
+
 protected:
     explicit RunnerAlgorithm(AbstractPrivateImplementation* parent = nullptr);
 
     void execute() final;
+    /// @throws RuntimeError when there is none.
+    Runnable& requireRunner() const;
     /// Puts adapters into the image properties for the length of a run; null when none is needed.
     virtual std::unique_ptr<AdaptedImages> adaptImages();
 };
