@@ -6,9 +6,9 @@ with the template.
 scipy_matching.py [REPETITIONS [ROWS]]
 
 The formula is the one of Docs/template-matching.md: real transforms in single precision of a fast size, two workers,
-what does not depend on the row computed once. With a fixed mask the scores are those of zel to 1e-7; a turned mask's
-bounding box lies on a slightly other grid here, which changes scores by up to 0.02. Needs NumPy and SciPy (Debian: python3-scipy). Take the figures on the same
-machine as those of ./bench, one right after the other, while nothing else runs.
+what does not depend on the row computed once. With a fixed mask the scores are those of zel to 1e-7; with a turned one
+they differ by up to 0.02, for a cause that was not looked for. Needs NumPy and SciPy (Debian: python3-scipy).
+Take the figures on the same machine as those of ./bench, one right after the other, while nothing else runs.
 """
 import sys
 import time
