@@ -1,10 +1,8 @@
 #include "Application.h"
 
-#include <CLI/CLI.hpp>
 #include <exception>
 #include <new>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Commands/Commands.h"
@@ -39,28 +37,17 @@ int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 int parseAndRun(int argc, const char* const* argv) {
-    CLI::App app("Filters images on a GPU, or on the CPU where there is none.", "zel");
-    app.set_version_flag("--version", "zel " ZEL_VERSION);
-    app.require_subcommand(1);
-    app.failure_message(CLI::FailureMessage::simple);
-
     const auto commands = makeCommands();
-    std::vector<std::pair<CLI::App*, Command*>> subcommands;
-    for (const auto& command : commands) {
-        CLI::App* const subcommand = app.add_subcommand(command->name(), command->description());
-        command->addOptions(*subcommand);
-        subcommands.emplace_back(subcommand, command.get());
-    }
-
+    const auto parser = makeParser(commands);
     try {
-        app.parse(argc, argv);
+        parser->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         // --help and --version arrive here too, as success.
-        if (error.get_exit_code() == 0) return app.exit(error);
-        return reportUsage(app, error);
+        if (error.get_exit_code() == 0) return parser->exit(error);
+        return reportUsage(*parser, error);
     }
-    for (const auto& [subcommand, command] : subcommands) {
-        if (subcommand->parsed()) return command->run();
+    for (const auto& command : commands) {
+        if (parser->got_subcommand(command->name())) return command->run();
     }
     return 0;
 }
@@ -83,6 +70,17 @@ int reportFailure() {
 }
 
 }  // namespace
+
+std::unique_ptr<CLI::App> makeParser(const std::vector<std::unique_ptr<Command>>& commands) {
+    auto parser = std::make_unique<CLI::App>("Filters images on a GPU, or on the CPU where there is none.", "zel");
+    parser->set_version_flag("--version", "zel " ZEL_VERSION);
+    parser->require_subcommand(1);
+    parser->failure_message(CLI::FailureMessage::simple);
+    for (const auto& command : commands) {
+        command->addOptions(*parser->add_subcommand(command->name(), command->description()));
+    }
+    return parser;
+}
 
 int runApplication(int argc, const char* const* argv) noexcept {
     try {

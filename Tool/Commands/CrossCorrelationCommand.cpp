@@ -44,7 +44,6 @@ void CrossCorrelationCommand::addOptions(CLI::App& app) {
 void CrossCorrelationCommand::addParameters(CLI::App& app) {
     addPropertyChoice(app,
                       {.name = "--mode",
-                       .values = "MODE",
                        .description = "plain: the images as they are; mean-removed: less their means, the image's "
                                       "under the template at each pixel",
                        .defaultText = "plain"},

@@ -30,7 +30,6 @@ public:
         addPropertyChoice(
             app,
             {.name = "--neighborhood",
-             .values = "SHAPE",
              .description = "square: 2 R + 1 pixels a side; diamond: pixels up to R steps along x and y away",
              .isRequired = true},
             this->algorithm_.neighborhood, {{"square", 1}, {"diamond", 0}});

@@ -38,7 +38,6 @@ public:
                  360, [this](const Numbers& numbers) { inPlaneStep_ = numbers[0]; });
         addChoiceOption<bool>(app,
                               {.name = "--sphere",
-                               .values = "PART",
                                .description = "Directions over the full sphere or its half with z >= 0",
                                .defaultText = "full"},
                               {{"full", false}, {"half", true}}, [this](bool isHalf) { isHalf_ = isHalf; });

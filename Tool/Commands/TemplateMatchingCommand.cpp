@@ -49,11 +49,11 @@ void TemplateMatchingCommand::addOptions(CLI::App& app) {
     app.add_option("SCORE", scorePath_, "Best score of each voxel, -1 to 1, float32")->required()->type_name("");
     app.add_option("INDEX", indexPath_, "Number of the row that gave it, from 0 on")->required()->type_name("");
     app.add_option("--mask", maskPath_, "Weights of the template's voxels, of its size; those above 0 count")
-        ->type_name("MASK");
+        ->type_name("FILE");
     addPropertyFlag(app, "--mask-follows-transformation", "Turn the mask with the template",
                     algorithm_.maskFollowsTransformation);
     app.add_option("--frequency-filter", filterPath_, "Filter for every template, as zel frequency-filter makes it")
-        ->type_name("FILTER");
+        ->type_name("FILE");
     app.add_option("--table", tablePath_, "Rows of phi, theta, psi (radians), scaleX, scaleY, scaleZ")
         ->type_name("ROWS.csv");
     addVoxelTypeOption(app,

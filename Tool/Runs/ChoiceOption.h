@@ -25,14 +25,16 @@ std::string choiceText(const std::vector<std::string>& words);
 template <typename Value>
 CLI::Option* addChoiceOption(CLI::App& app, const OptionWords& words, const std::vector<Choice<Value>>& choices,
                              const std::type_identity_t<std::function<void(Value)>>& set) {
+    std::vector<std::string> known;
+    for (const Choice<Value>& choice : choices) known.push_back(choice.word);
+    OptionWords shown = words;
+    if (shown.values.empty()) shown.values = CLI::detail::join(known, "|");
     const auto parse = [=, name = words.name](const std::string& text) {
         const auto chosen = std::ranges::find(choices, text, &Choice<Value>::word);
-        if (chosen != choices.end()) return set(chosen->value);
-        std::vector<std::string> known;
-        for (const Choice<Value>& choice : choices) known.push_back(choice.word);
-        throw wrongValue(name, text, choiceText(known));
+        if (chosen == choices.end()) throw wrongValue(name, text, choiceText(known));
+        set(chosen->value);
     };
-    return addOption(app, words, "", parse);
+    return addOption(app, shown, "", parse);
 }
 
 }  // namespace zel::tool

@@ -11,14 +11,9 @@ namespace zel::tool {
 void addCompressionOption(CLI::App& app, FileDetails& details, const std::vector<const std::string*>& outputs) {
     std::vector<Choice<std::string>> choices{{"none", ""}};
     for (const std::string& name : tiffCompressions()) choices.push_back({name, name});
-    std::vector<std::string> words;
-    for (const auto& choice : choices) words.push_back(choice.word);
-    addChoiceOption<std::string>(app,
-                                 {.name = "--compression",
-                                  .values = "SCHEME",
-                                  .description = "Of a TIFF output, without loss: " + choiceText(words),
-                                  .defaultText = "none"},
-                                 choices, [&details](const std::string& scheme) { details.compression = scheme; });
+    addChoiceOption<std::string>(
+        app, {.name = "--compression", .description = "Of a TIFF output, without loss", .defaultText = "none"}, choices,
+        [&details](const std::string& scheme) { details.compression = scheme; });
     app.parse_complete_callback([&details, outputs] {
         const auto isTiff = [](const std::string* path) { return !path->empty() && outputFormatName(*path) == "TIFF"; };
         if (details.compression.empty() || std::ranges::any_of(outputs, isTiff)) return;

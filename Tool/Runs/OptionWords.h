@@ -8,7 +8,7 @@ namespace zel::tool {
 /// The words that an option's help and errors are made of.
 struct OptionWords {
     std::string name;           ///< "--kernel"
-    std::string values;         ///< its values, in the help: "X,Y"
+    std::string values{};       ///< its values, in the help: "X,Y"; of a choice, empty for "host|device"
     std::string description{};  ///< in the help
     std::string defaultText{};  ///< what happens without it, in the help: "3", "the input's type"; may be empty
     bool isRequired = false;

@@ -54,13 +54,10 @@ void RunOptions::addTo(CLI::App& app, bool withTiles) {
     using Numbers = std::vector<unsigned>;
     const NumberFormat<unsigned> number;
     if (withTiles) addTileOption(app);
-    addChoiceOption<Placement>(app,
-                               {.name = "--placement",
-                                .values = "PLACE",
-                                .description = "Memory for input and output during the run: host or device",
-                                .defaultText = "host"},
-                               {{"host", Placement::host}, {"device", Placement::device}},
-                               [this](Placement chosen) { placement = chosen; })
+    addChoiceOption<Placement>(
+        app,
+        {.name = "--placement", .description = "Memory for input and output during the run", .defaultText = "host"},
+        {{"host", Placement::host}, {"device", Placement::device}}, [this](Placement chosen) { placement = chosen; })
         ->group(group);
     addNumberOption(app,
                     {.name = "--device",
