@@ -27,7 +27,7 @@ struct Valid {
     /// What the validation says; nothing when a run gets as far as the choice of a runner, of which there is none.
     std::string refusal() {
         const std::string message = messageOf([&] { algorithm.run(); });
-        return message == "No runner is available for " + algorithm.classInfo()->className() ? "" : message;
+        return message.starts_with("No runner is available for " + algorithm.classInfo()->className()) ? "" : message;
     }
     /// The same with another value of a property, for this time.
     template <typename Base, typename T>

@@ -155,9 +155,9 @@ TEST(CudaImageViewTest, IsKnownToShareMemoryByItsRows) {
     for (const auto& [row, shares] : {std::pair{3, true}, {4, false}}) {
         TarnwayImage output(CudaImageView::wrap(info, memory + 256 * row, 256));
         filter.outputImage = &output;
-        EXPECT_EQ(messageOf([&] { filter.run(); }),
-                  shares ? "outputImage shares memory with inputImage; it must be another image"
-                         : "No runner is available for CudaBoxFilter2d");
+        EXPECT_THAT(messageOf([&] { filter.run(); }),
+                    testing::StartsWith(shares ? "outputImage shares memory with inputImage; it must be another image"
+                                               : "No runner is available for CudaBoxFilter2d"));
     }
 }
 
