@@ -41,13 +41,13 @@ int parseAndRun(int argc, const char* const* argv) {
     const auto parser = makeParser(commands);
     try {
         parser->parse(argc, argv);
+        for (const auto& command : commands) {
+            if (parser->got_subcommand(command->name())) return command->run();
+        }
     } catch (const CLI::ParseError& error) {
-        // --help and --version arrive here too, as success.
+        // --help and --version arrive here too, as success, and values that a command finds wrong.
         if (error.get_exit_code() == 0) return parser->exit(error);
         return reportUsage(*parser, error);
-    }
-    for (const auto& command : commands) {
-        if (parser->got_subcommand(command->name())) return command->run();
     }
     return 0;
 }

@@ -22,6 +22,7 @@
     X(FrequencyFilter)          \
     X(Info)                     \
     X(Convert)                  \
+    X(Devices)                  \
     X(Demo)
 
 namespace zel::tool {

@@ -38,6 +38,7 @@ void CrossCorrelationCommand::addOptions(CLI::App& app) {
         ->type_name("FILE");
     addCompressionOption(app, details_, {&output_, &markedFile_});
     options_.addTo(app);
+    options_.addPlanOption(app);
     app.footer("The score at a pixel is that of the template centred there; of an even size, left of the middle.");
 }
 
@@ -64,6 +65,10 @@ int CrossCorrelationCommand::run() {
     if (!markedFile_.empty()) checkWritable(markedFile_, VoxelTypes::uint8, size);
 
     const Match match = search(input, pattern, options_);
+    if (options_.isPlan) {
+        printPlan(name(), input_, match.report, options_);
+        return 0;
+    }
     details_.done = "zel " + name();
     writeImageFile(output_, match.scores, details_);
     if (!measurementFile_.empty()) writeMeasurement(match.measurement);
@@ -79,6 +84,7 @@ Match CrossCorrelationCommand::search(const HostImage& input, const HostImage& p
     algorithm_.inputTemplate = &pattern;
     algorithm_.outputMeasurement = &measurement;
     const RunReport report = runFilter(algorithm_, input, scores, options, [](const ImageModel&) {});
+    if (options.isPlan) return {std::move(scores), {}, HostImage(VoxelTypes::uint8, {1, 1}), report};
     const std::size_t width = pattern.getDimension(0), height = pattern.getDimension(1);
     return {std::move(scores), measurementToJson(measurement),
             markedPicture(input, {*measurement.bestPositionX.data(), (width - 1) / 2, width},

@@ -14,6 +14,7 @@ void AnyFilterCommand::addOptions(CLI::App& app) {
     addParameters(app);
     addCompressionOption(app, details_, {&files_.output});
     options_.addTo(app, takesTiles());
+    options_.addPlanOption(app);
 }
 
 HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
@@ -37,6 +38,10 @@ int AnyFilterCommand::run() {
     checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);
     const RunReport report = filter(input, output, options_);
+    if (options_.isPlan) {
+        printPlan(name(), files_.input, report, options_);
+        return 0;
+    }
     details_.done = whatIsDone(*app_);
     writeImageFile(files_.output, output, details_);
     reportLosses(files_.input, files_.output, details_);

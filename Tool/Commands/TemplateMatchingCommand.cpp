@@ -64,6 +64,7 @@ void TemplateMatchingCommand::addOptions(CLI::App& app) {
                        indexType_);
     addCompressionOption(app, details_, {&scorePath_, &indexPath_});
     options_.addTo(app);
+    options_.addPlanOption(app);
     app.footer(
         "Without a mask the whole template counts. A template file without a voxel size (NPY, PNG) is given the "
         "input's.");
@@ -93,6 +94,10 @@ int TemplateMatchingCommand::run() {
     checkWritable(scorePath_, VoxelTypes::float32, imageSizeOf(input));
     checkWritable(indexPath_, indexType, imageSizeOf(input));
     const MatchingResult result = search(input, templateImage, indexType, options_);
+    if (options_.isPlan) {
+        printPlan(name(), inputPath_, result.report, options_);
+        return 0;
+    }
     details_.done = "zel " + name();
     writeImageFile(scorePath_, result.score, details_);
     writeImageFile(indexPath_, result.index, details_);
@@ -121,10 +126,9 @@ MatchingResult TemplateMatchingCommand::search(const HostImage& input, const Hos
     algorithm_.inputImage = &placed.input();
     algorithm_.outputScoreImage = &placed.score();
     algorithm_.outputIndexImage = &placed.index();
-    if (options.tile) {
-        algorithm_.tilingMode = 1;
-        setTile(algorithm_.tileSize, *options.tile, input);
-    }
+    result.report.plan = settleTiles(algorithm_, input, options);
+    result.report.imageBytes = placed.deviceBytes();
+    if (options.isPlan) return result;
     const CancelOnInterrupt cancelOnInterrupt(algorithm_);
     ProgressBar bar(options.isQuiet, 1);
     const auto start = std::chrono::steady_clock::now();

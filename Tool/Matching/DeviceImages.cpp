@@ -1,29 +1,17 @@
 #include "Matching/DeviceImages.h"
 
-#include <new>
-#include <stdexcept>
-
 #include "ImageFiles/Common/Rows.h"
-#include "Runs/Description.h"
-#include "tarnway_cuda/CudaImageView.h"
-#include "zel/TarnwayImage.h"
+#include "Runs/Devices.h"
 
 namespace zel::tool {
 
 namespace {
 
 std::unique_ptr<ImageModel> onDevice(const ImageModel& image) {
-    const ImageSize size = imageSizeOf(image);
-    try {
-        auto result = std::make_unique<TarnwayImage>(tarnway_cuda::CudaImageView::allocate(
-            static_cast<tarnway::ElementType>(image.getDataType()), size.x, size.y, size.z));
-        copyVoxels(image, *result);
-        result->enforceSameCharacteristics(&image, 3);
-        return result;
-    } catch (const std::bad_alloc&) {
-        throw std::runtime_error("the device has not enough memory for images of " + toText(size) +
-                                 "; leave them on the host and use --tile");
-    }
+    auto result = std::make_unique<TarnwayImage>(makeDeviceImage(image.getDataType(), imageSizeOf(image)));
+    copyVoxels(image, *result);
+    result->enforceSameCharacteristics(&image, 3);
+    return result;
 }
 
 }  // namespace
@@ -34,6 +22,14 @@ PlacedImages::PlacedImages(Placement placement, const ImageModel& input, ImageMo
     deviceInput_ = onDevice(input);
     deviceScore_ = onDevice(score);
     deviceIndex_ = onDevice(index);
+}
+
+std::uint64_t PlacedImages::deviceBytes() const {
+    std::uint64_t bytes = 0;
+    for (const auto* const image : {&deviceInput_, &deviceScore_, &deviceIndex_}) {
+        if (*image != nullptr) bytes += imageBytes((*image)->getDataType(), imageSizeOf(**image)).value_or(0);
+    }
+    return bytes;
 }
 
 void PlacedImages::copyResults(ImageModel& score, ImageModel& index) const {

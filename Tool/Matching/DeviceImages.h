@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "Runs/RunOptions.h"
@@ -16,6 +17,8 @@ public:
     const ImageModel& input() const { return deviceInput_ ? *deviceInput_ : input_; }
     ImageModel& score() const { return deviceScore_ ? *deviceScore_ : score_; }
     ImageModel& index() const { return deviceIndex_ ? *deviceIndex_ : index_; }
+    /// Bytes of those that lie on the device.
+    std::uint64_t deviceBytes() const;
     /// Brings the outputs to the host where they are not there.
     void copyResults(ImageModel& score, ImageModel& index) const;
 

@@ -26,6 +26,19 @@ nlohmann::ordered_json sizeToJson(const ImageSize& size) {
     return sizesOf(size);
 }
 
+std::string bytesToText(std::uint64_t bytes) {
+    constexpr std::array units{"bytes", "KiB", "MiB", "GiB", "TiB"};
+    auto amount = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    while (amount >= 1000 && unit + 1 < units.size()) {
+        amount /= 1024;
+        ++unit;
+    }
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "%.3g %s", amount, units.at(unit));
+    return text.data();
+}
+
 std::string secondsToText(double seconds) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.3g", seconds);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -11,6 +12,9 @@ namespace zel::tool {
 std::string toText(const ImageSize& size);
 /// The same as a JSON array.
 nlohmann::ordered_json sizeToJson(const ImageSize& size);
+
+/// With three significant digits: "512 bytes", "1.5 GiB".
+std::string bytesToText(std::uint64_t bytes);
 
 /// With three significant digits: "0.0123".
 std::string secondsToText(double seconds);

@@ -3,6 +3,7 @@
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "Runs/Description.h"
+#include "Runs/Devices.h"
 #include "System/Output.h"
 
 namespace zel::tool {
@@ -38,6 +39,28 @@ std::string whatIsDone(const CLI::App& app) {
 void reportLosses(const std::string& input, const std::string& output, const FileDetails& details) {
     const std::string lost = lostDetails(details, outputFormatName(output));
     if (!lost.empty()) printError("note: " + output + " does not hold what " + input + " says of " + lost);
+}
+
+void printPlan(const std::string& algorithm, const std::string& input, const RunReport& report,
+               const RunOptions& options) {
+    const auto& [steps, tiles, tileSize, runBytes] = report.plan;
+    const std::uint64_t allSteps = steps * report.parts, bytes = runBytes + report.imageBytes;
+    const std::uint64_t free = deviceMemory().free;
+    const std::uint64_t tileCount = std::uint64_t{tiles.x} * tiles.y * tiles.z * report.parts;
+    const ImageSize size{tileSize.x, tileSize.y, tileSize.z};
+    if (options.isJson) {
+        printJson({{"algorithm", algorithm},
+                   {"input", input},
+                   {"steps", allSteps},
+                   {"tiles", tileCount},
+                   {"tileSize", sizeToJson(size)},
+                   {"peakBytes", bytes},
+                   {"freeBytes", free}});
+    } else {
+        printLine(input + ": " + std::to_string(allSteps) + " steps, " + std::to_string(tileCount) +
+                  (tileCount == 1 ? " tile of " : " tiles of up to ") + toText(size) + ", " + bytesToText(bytes) +
+                  " of device memory at the most, " + bytesToText(free) + " are free");
+    }
 }
 
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,

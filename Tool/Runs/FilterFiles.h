@@ -27,6 +27,10 @@ std::string whatIsDone(const CLI::App& app);
 /// Says on standard error, in one line, what the input's file tells and the output's cannot hold.
 void reportLosses(const std::string& input, const std::string& output, const FileDetails& details);
 
+/// Prints what would be done with `input`, in the form that the options ask for.
+void printPlan(const std::string& algorithm, const std::string& input, const RunReport& report,
+               const RunOptions& options);
+
 /// Prints what was done, in the form that the options ask for.
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
                  const RunReport& report, const RunOptions& options);

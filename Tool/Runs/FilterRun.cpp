@@ -1,31 +1,17 @@
 #include "Runs/FilterRun.h"
 
 #include <chrono>
-#include <new>
 #include <optional>
-#include <stdexcept>
 
 #include "ImageFiles/Common/Rows.h"
-#include "Runs/Description.h"
+#include "Runs/Devices.h"
 #include "Runs/ProgressBar.h"
 #include "System/Interrupt.h"
-#include "tarnway_cuda/CudaImageView.h"
 #include "zel/ImageModelSizeProxy.h"
-#include "zel/TarnwayImage.h"
 
 namespace zel::tool {
 
 namespace {
-
-TarnwayImage makeDeviceImage(VoxelTypes type, const ImageSize& size) {
-    try {
-        return TarnwayImage(
-            tarnway_cuda::CudaImageView::allocate(static_cast<tarnway::ElementType>(type), size.x, size.y, size.z));
-    } catch (const std::bad_alloc&) {
-        throw std::runtime_error("the device has not enough memory for images of " + toText(size) +
-                                 "; leave them on the host and use --tile");
-    }
-}
 
 /// Images in the memory of the device, used for one part after the other.
 class DeviceParts {
@@ -63,18 +49,21 @@ RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, co
     const std::size_t depth = part == RunPart::slice ? 1 : size.z;
     const std::size_t partCount = size.z / depth * size.i3 * size.i4;
     std::optional<DeviceParts> device;
+    RunReport report;
     if (options.placement == Placement::device) {
-        device.emplace(input.getDataType(), output.getDataType(), ImageSize{size.x, size.y, depth});
+        const ImageSize partSize{size.x, size.y, depth};
+        device.emplace(input.getDataType(), output.getDataType(), partSize);
+        for (const VoxelTypes type : {input.getDataType(), output.getDataType()})
+            report.imageBytes += imageBytes(type, partSize).value_or(0);
     }
 
-    ProgressBar bar(options.isQuiet, partCount);
-    RunReport report;
+    ProgressBar bar(options.isQuiet || options.isPlan, partCount);
     const auto timedRun = [&](const ImageModel& source, ImageModel& result) {
         const auto start = std::chrono::steady_clock::now();
         run(source, result, &bar);
         report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     };
-    for (std::size_t number = 0; number < partCount; ++number) {
+    for (std::size_t number = 0; number < (options.isPlan ? 1 : partCount); ++number) {
         checkInterrupt();
         const ImageModelSizeProxy source = partOf(input, depth, number);
         ImageModelSizeProxy result = partOf(output, depth, number);
@@ -87,6 +76,7 @@ RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, co
     }
     checkInterrupt();
     report.steps = bar.steps();
+    report.parts = partCount;
     return report;
 }
 

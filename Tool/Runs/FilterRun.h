@@ -5,6 +5,7 @@
 
 #include "Runs/CancelOnInterrupt.h"
 #include "Runs/RunOptions.h"
+#include "Runs/TileChoice.h"
 #include "zel/HostImage.h"
 #include "zel/InteractionInterface.h"
 #include "zel/Property.h"
@@ -14,8 +15,11 @@ namespace zel::tool {
 
 /// What a run of an algorithm took.
 struct RunReport {
-    double seconds = 0;       ///< in the algorithm, without files and without copies to and from the device
-    std::uint64_t steps = 0;  ///< of progress, as the algorithm counted them
+    double seconds = 0;            ///< in the algorithm, without files and without copies to and from the device
+    std::uint64_t steps = 0;       ///< of progress, as the algorithm counted them
+    std::uint64_t imageBytes = 0;  ///< of input and output of a part, where they lie on the device
+    RunPlan plan{};                ///< of a part, without these images
+    std::size_t parts = 1;
 };
 
 /// The part of an image that one run of an algorithm covers: (x, y) or (x, y, z).
@@ -38,19 +42,6 @@ inline RunPart partFor(const Property<Vector3<unsigned>>&) {
     return RunPart::volume;
 }
 
-inline void setTile(Property<Vector2<unsigned>>& tileSize, const TileOption& tile, const ImageModel&) {
-    tileSize = {tile.width, tile.height};
-}
-inline void setTile(Property<Vector3<unsigned>>& tileSize, const TileOption& tile, const ImageModel& image) {
-    tileSize = {tile.width, tile.height, tile.depth.value_or(static_cast<unsigned>(image.getDimension(2)))};
-}
-
-/// An algorithm whose caller says how images are cut into tiles.
-template <typename Algorithm>
-concept TakesTiles = requires(Algorithm algorithm) {
-    algorithm.tileSize;
-};
-
 /// Runs an algorithm on an image: one for 2D images on each slice, one for 3D images on each volume.
 /// @param algorithm  with the properties of its own set; those of images and tiles are set here.
 /// @param prepare    called before the run on each part, with the part.
@@ -61,19 +52,19 @@ RunReport runFilter(Algorithm& algorithm, const ImageModel& input, ImageModel& o
     RunPart part = RunPart::volume;
     if constexpr (TakesTiles<Algorithm>) {
         part = partFor(algorithm.tileSize);
-        if (options.tile) {
-            algorithm.tilingMode = 1;
-            setTile(algorithm.tileSize, *options.tile, input);
-        }
     }
     const CancelOnInterrupt cancelOnInterrupt(algorithm);
-    return runParts(part, input, output, options,
-                    [&](const ImageModel& source, ImageModel& result, InteractionInterface* progress) {
-                        prepare(source);
-                        algorithm.inputImage = &source;
-                        algorithm.outputImage = &result;
-                        algorithm.run(progress);
-                    });
+    std::optional<RunPlan> plan;
+    RunReport report = runParts(part, input, output, options,
+                                [&](const ImageModel& source, ImageModel& result, InteractionInterface* progress) {
+                                    prepare(source);
+                                    algorithm.inputImage = &source;
+                                    algorithm.outputImage = &result;
+                                    if (!plan) plan = settleTiles(algorithm, source, options);
+                                    if (!options.isPlan) algorithm.run(progress);
+                                });
+    report.plan = plan.value_or(RunPlan{});
+    return report;
 }
 
 }  // namespace zel::tool

@@ -1,13 +1,12 @@
 #include "Runs/RunOptions.h"
 
-#include <cuda_runtime.h>
 #include <oneapi/tbb/global_control.h>
 
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
 
 #include "Runs/ChoiceOption.h"
+#include "Runs/Devices.h"
 #include "Runs/NumberOption.h"
 
 namespace zel::tool {
@@ -16,38 +15,30 @@ namespace {
 
 constexpr const char* group = "Options of all algorithms";
 
-void selectDevice(unsigned device) {
-    int count = 0;
-    if (const cudaError_t status = cudaGetDeviceCount(&count); status != cudaSuccess) {
-        throw std::runtime_error(std::string("no device can be used: ") + cudaGetErrorString(status));
-    }
-    if (device >= static_cast<unsigned>(count)) {
-        throw std::runtime_error("there is no device " + std::to_string(device) + "; this machine has " +
-                                 (count == 1 ? "only device 0" : "devices 0 to " + std::to_string(count - 1)));
-    }
-    if (const cudaError_t status = cudaSetDevice(static_cast<int>(device)); status != cudaSuccess) {
-        throw std::runtime_error("device " + std::to_string(device) + " cannot be used: " + cudaGetErrorString(status));
-    }
-}
-
 }  // namespace
 
 void RunOptions::addTileOption(CLI::App& app) {
-    using Numbers = std::vector<unsigned>;
-    addNumberOption(
-        app,
-        {.name = "--tile",
-         .values = "W,H[,D]",
-         .description =
-             "Size of tiles, for images larger than the device's memory; D, for 3D algorithms, is the image's "
-             "depth by default",
-         .defaultText = "the whole image"},
-        NumberFormat<unsigned>{2, 3, tileLength, "1024,1024"},
-        [this](const Numbers& numbers) {
-            tile = {numbers[0], numbers[1], {}};
-            if (numbers.size() > 2) tile->depth = numbers[2];
-        })
+    const NumberFormat<unsigned> format{2, 3, tileLength, "1024,1024"};
+    addOption(app,
+              {.name = "--tile",
+               .values = "W,H[,D]",
+               .description = "Size of tiles, for images larger than the device's memory; D, for 3D algorithms, is the "
+                              "image's depth by default; auto takes the largest ones that fit",
+               .defaultText = "the whole image"},
+              toText(tileLength),
+              [this, format](const std::string& text) {
+                  isTileAuto = text == "auto";
+                  if (isTileAuto) return;
+                  const auto numbers = parseNumbers(text, format);
+                  if (!numbers) throw wrongValue("--tile", text, toText(format) + ", or auto");
+                  tile = {numbers->at(0), numbers->at(1), {}};
+                  if (numbers->size() > 2) tile->depth = numbers->at(2);
+              })
         ->group(group);
+}
+
+void RunOptions::addPlanOption(CLI::App& app) {
+    app.add_flag("--plan", isPlan, "Tell steps, tiles and device memory of the run instead of making it")->group(group);
 }
 
 void RunOptions::addTo(CLI::App& app, bool withTiles) {
@@ -84,7 +75,13 @@ void RunOptions::apply() const {
         using oneapi::tbb::global_control;
         static const global_control limit(global_control::max_allowed_parallelism, threads_);
     }
-    if (device) selectDevice(*device);
+    const int count = requireDevices();
+    if (!device) return;
+    if (*device >= static_cast<unsigned>(count)) {
+        throw wrongValue("--device", std::to_string(*device),
+                         count == 1 ? "0: this machine has one device" : "0 to " + std::to_string(count - 1));
+    }
+    selectDevice(static_cast<int>(*device));
 }
 
 }  // namespace zel::tool

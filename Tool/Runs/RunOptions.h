@@ -18,8 +18,10 @@ struct TileOption {
 /// The options that algorithms have in common.
 struct RunOptions {
     std::optional<TileOption> tile;  ///< without it, the image is one tile
+    bool isTileAuto = false;         ///< or, where the device's memory asks for it, as many as fit
     Placement placement = Placement::host;
     std::optional<unsigned> device;
+    bool isPlan = false;  ///< the run is planned and not made
     bool isQuiet = false;
     bool isJson = false;
 
@@ -27,8 +29,11 @@ struct RunOptions {
     /// @param withTiles  with --tile, for algorithms that leave tiling to the caller.
     void addTo(CLI::App& app, bool withTiles = true);
 
+    /// Adds --plan, for commands that heed it.
+    void addPlanOption(CLI::App& app);
+
     /// Sets the process's number of threads and current device. Call it before anything uses a device.
-    /// @throws std::runtime_error when there is no such device.
+    /// @throws std::runtime_error  when there is no device; CLI::ValidationError when there is none of that number.
     void apply() const;
 
 private:

@@ -127,6 +127,22 @@ TEST_F(FilterCommandTest, JsonReportsWhatWasDone) {
         << "three steps for each slice";
 }
 
+// Two images of 1.5 MiB do not fit in 2 MiB; tiles of 1000 x 768 do.
+TEST_F(FilterCommandTest, TilesAreChosenForTheDevicesMemory) {
+    folder.write("large.npy", npyBytes("|u1", "(1536, 1000)", std::string(1536 * 1000, 'v')));
+    const std::string filter = "box-filter large.npy out.npy --kernel 3 ", small = "export ZEL_HOST_DEVICE_MIB=2; ";
+    expectOneErrorLine(zel(filter, small), 1,
+                       "the run needs 2.93 MiB of device memory, and 2 MiB of 2 MiB are free; --tile 1000,768 fits");
+    const auto plan = nlohmann::json::parse(zel(filter + "--tile auto --plan --json", small).output);
+    EXPECT_EQ(plan["tileSize"], nlohmann::json::parse("[1000,768]"));
+    EXPECT_EQ(plan["peakBytes"], 2 * 1000 * 768);
+    EXPECT_THAT(folder.names(), ElementsAre("in.npy", "large.npy"));
+    EXPECT_EQ(nlohmann::json::parse(zel(filter + "--tile auto --json", small).output)["steps"], plan["steps"]);
+    expectOneErrorLine(zel(filter + "--placement device", small), 1, "needs 1.46 MiB of device memory");
+    EXPECT_THAT(zel("devices", small).output, HasSubstr("2 MiB free of 2 MiB"));
+    expectOneErrorLine(zel("devices", "export ZEL_HOST_DEVICES=0; "), 1, "there is no device for it; set");
+}
+
 TEST_F(FilterCommandTest, ReplacesFilesOnlyByCompleteOnes) {
     folder.write("out.tif", "old");
     folder.write("large.npy", npyBytes("|u1", "(50, 50)", std::string(2500, 'v')));
