@@ -57,7 +57,7 @@ int CrossCorrelationCommand::run() {
         if (!file.empty()) checkWritable(file);
     if (!measurementFile_.empty()) AtomicFile::checkWritable(measurementFile_);
     for (const std::string& other : {measurementFile_, markedFile_})
-        if (other == output_) throw FileError("two results are the same file, " + output_);
+        if (other == output_) throw CLI::ValidationError("two results are the same file, " + output_);
     const HostImage input = readImageFile(input_, details_), pattern = readImageFile(template_);
     const ImageSize size = imageSizeOf(input);
     if (size.z * size.i3 * size.i4 != 1) throw FileError(input_ + " has several slices; cross-correlation takes one");

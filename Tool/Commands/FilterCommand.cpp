@@ -22,12 +22,14 @@ HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
 }
 
 int AnyFilterCommand::run() {
+    checkOptions();
     options_.apply();
     const HostImage input = files_.read(details_);
     if (const VoxelTypes type = input.getDataType(); !takesType(type) && !isComplex(type)) {
         throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files_.input +
                         " fit with zel convert " + files_.input + " NEW.npy --type float32");
     }
+    checkOutputType(input.getDataType());
     if (details_.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
         (input.getDimension(0) == 3 || input.getDimension(0) == 4)) {
         printError("warning: the last axis of " + files_.input + " looks like colours (" +

@@ -27,6 +27,11 @@ public:
     virtual RunReport filter(const ImageModel& input, ImageModel& output, const RunOptions& options) = 0;
 
 protected:
+    /// What options together may not say, found before a file is read. @throws CLI::ValidationError
+    virtual void checkOptions() const {}
+    /// The same, when the input's type is known.
+    virtual void checkOutputType(VoxelTypes) const {}
+
     std::optional<VoxelTypes> outputType_;  ///< default: the input's type
 
 private:

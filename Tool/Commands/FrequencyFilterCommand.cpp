@@ -54,7 +54,7 @@ public:
 
     int run() override {
         if (!bands_.lowPass && !bands_.highPass && !bands_.maxTilt) {
-            throw std::runtime_error("give --low-pass, --high-pass or --missing-wedge");
+            throw CLI::ValidationError("give --low-pass, --high-pass or --missing-wedge");
         }
         const auto box = requiredBox();
         const ImageSize size{box[0] + 1, box[1], box[2]};

@@ -1,5 +1,8 @@
+#include <algorithm>
+
 #include "Commands/Commands.h"
 #include "Commands/FilterCommand.h"
+#include "ImageFiles/Common/NumberText.h"
 #include "Runs/PropertyOption.h"
 #include "Runs/VoxelTypeOption.h"
 #include "zel/algorithms/CudaGaussianFilter3d.h"
@@ -36,6 +39,29 @@ public:
                             .defaultText = "the input's type"},
                            outputType_);
         app.footer("Results in integer types are truncated toward zero.");
+    }
+
+protected:
+    void checkOptions() const override {
+        if (outputType_ && isComplex(*outputType_)) refuseOutputType("a type of real numbers");
+        const double factor = algorithm_.kernelSizeFactor;
+        const auto& [x, y, z] = algorithm_.standardDeviation.get();
+        const auto allowed = static_cast<double>(cuda::CudaGaussianFilter3d::maxTapCount) / (2 * factor);
+        const double largest = std::max({x, y, z});
+        if (largest <= allowed) return;
+        throw wrongValue("--sigma", numberToText(largest),
+                         "at most " + numberToText(allowed) + " with --kernel-size-factor " + numberToText(factor));
+    }
+
+    void checkOutputType(VoxelTypes input) const override {
+        const VoxelTypes output = outputType_.value_or(input);
+        if (output == input || output == VoxelTypes::float32) return;
+        refuseOutputType(std::string(voxelTypeName(input)) + ", the input's type, or float32");
+    }
+
+private:
+    [[noreturn]] void refuseOutputType(const std::string& allowed) const {
+        throw wrongValue("--output-type", std::string(voxelTypeName(*outputType_)), allowed);
     }
 };
 

@@ -13,7 +13,9 @@ namespace zel::tool {
 
 namespace {
 
-class NonLocalMeansCommand final : public FilterCommand<cuda::CudaAdaptiveManifoldNlmFilter> {
+using Algorithm = cuda::CudaAdaptiveManifoldNlmFilter;
+
+class NonLocalMeansCommand final : public FilterCommand<Algorithm> {
 public:
     std::string name() const override { return "non-local-means"; }
     std::string description() const override {
@@ -61,12 +63,20 @@ public:
     } catch (const UnexpectedError& error) {
         const std::string message = error.what();
         throw std::runtime_error(message + (message.starts_with("Eigenvectors")
-                                                ? " An image whose voxels are all equal has none, nor has any image "
-                                                  "with --patch-radius 0"
+                                                ? " An image whose voxels are all equal has none"
                                                 : " --halo-radius leaves nothing of the blocks that fit the device"));
     }
 
 private:
+    void checkOptions() const override {
+        if (algorithm_.patchRadius == 0U) throw wrongValue("--patch-radius", "0", "a whole number from 1 to 17");
+        if (algorithm_.treeHeight() <= Algorithm::maxTreeHeight) return;
+        throw wrongValue("--spatial-sigma", numberToText(algorithm_.spatialSigma.get()),
+                         "less: with --range-sigma " + numberToText(algorithm_.rangeSigma.get()) +
+                             " the tree of manifolds has " + numberToText(algorithm_.treeHeight()) +
+                             " levels, and at most " + numberToText(Algorithm::maxTreeHeight) + " are allowed");
+    }
+
     void prepare(const ImageModel&) override { std::srand(seed_); }
 
     unsigned seed_ = 1;

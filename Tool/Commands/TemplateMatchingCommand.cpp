@@ -71,10 +71,11 @@ void TemplateMatchingCommand::addOptions(CLI::App& app) {
 }
 
 int TemplateMatchingCommand::run() {
+    checkedIndexType(1);  // what no number of rows allows, before the files are read
     options_.apply();
     checkWritable(scorePath_);
     checkWritable(indexPath_);
-    if (scorePath_ == indexPath_) throw std::runtime_error("SCORE and INDEX are the same file, " + scorePath_);
+    if (scorePath_ == indexPath_) throw CLI::ValidationError("SCORE and INDEX are the same file, " + scorePath_);
     const HostImage input = readImageFile(inputPath_, details_);
     HostImage templateImage = readAsPartner(templatePath_, input);
     if (templateImage.getDataType() != input.getDataType()) {
@@ -111,11 +112,11 @@ VoxelTypes TemplateMatchingCommand::checkedIndexType(std::size_t rows) const {
     if (!indexType_) return fitting;
     const std::string name(voxelTypeName(*indexType_));
     if (*indexType_ != VoxelTypes::uint8 && *indexType_ != VoxelTypes::uint16 && *indexType_ != VoxelTypes::uint32) {
-        throw std::runtime_error("--index-type is " + name + ", but takes uint8, uint16 or uint32");
+        throw wrongValue("--index-type", name, "uint8, uint16 or uint32");
     }
     if (*indexType_ >= fitting) return *indexType_;
-    throw std::runtime_error("--index-type " + name + " is too small for " + std::to_string(rows) + " rows; take " +
-                             std::string(voxelTypeName(fitting)));
+    throw wrongValue("--index-type", name,
+                     std::string(voxelTypeName(fitting)) + " or more: there are " + std::to_string(rows) + " rows");
 }
 
 MatchingResult TemplateMatchingCommand::search(const HostImage& input, const HostImage& pattern, VoxelTypes indexType,

@@ -9,11 +9,9 @@ namespace zel::cuda {
 
 ZEL_DEFINE_ALGORITHM(CudaAdaptiveManifoldNlmFilter)
 
-namespace {
-
-constexpr float maxTreeHeight = 16;
-
-}  // namespace
+float CudaAdaptiveManifoldNlmFilter::treeHeight() const {
+    return manifoldTreeHeight(static_cast<float>(rangeSigma.get()), static_cast<float>(spatialSigma.get()));
+}
 
 void CudaAdaptiveManifoldNlmFilter::validate() const {
     using namespace validation;
@@ -21,8 +19,7 @@ void CudaAdaptiveManifoldNlmFilter::validate() const {
     requireImage(outputImage);
     requireAllowedAsFloat(spatialSigma);
     requireAllowedAsFloat(rangeSigma);
-    const float height =
-        manifoldTreeHeight(static_cast<float>(rangeSigma.get()), static_cast<float>(spatialSigma.get()));
+    const float height = treeHeight();
     if (!(height <= maxTreeHeight)) {
         raise<RuntimeError>("Core/src/algorithms/CudaAdaptiveManifoldNlmFilter", __LINE__, spatialSigma.name(), " is ",
                             spatialSigma.get(), "; with rangeSigma ", rangeSigma.get(), " the tree of manifolds has ",

@@ -13,8 +13,7 @@ ZEL_DEFINE_ALGORITHM(CudaGaussianFilter3d)
 
 namespace {
 
-/// Beyond it a float, in which the taps are summed, can no longer count them.
-constexpr std::uint64_t maxTapCount = 16777215;
+constexpr std::uint64_t maxTapCount = CudaGaussianFilter3d::maxTapCount;
 
 /// @param length  of the image along the deviation's axis.
 void requireTaps(const char* name, double sigma, double kernelSizeFactor, std::size_t length) {

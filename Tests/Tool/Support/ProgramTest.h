@@ -44,4 +44,9 @@ inline void expectOneErrorLine(const ProgramResult& result, int exitCode, const 
     EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
 }
 
+/// The same where the exit code is 2 exactly for lines that name the help.
+inline void expectOneErrorLine(const ProgramResult& result, const std::string& text) {
+    expectOneErrorLine(result, result.errors.ends_with("--help)\n") ? 2 : 1, text);
+}
+
 }  // namespace zel::test

@@ -15,6 +15,10 @@ public:
     static AlgoInfo* getClassInfo();
     AlgoInfo* classInfo() const override { return getClassInfo(); }
 
+    /// Levels of the tree of manifolds that the sigmas ask for: narrow ranges and wide spaces need more.
+    float treeHeight() const;
+    static constexpr float maxTreeHeight = 16;
+
     PropertyReadImage inputImage{"inputImage"};
     /// In 32 bits, as is rangeSigma.
     Property<double> spatialSigma{"spatialSigma", 2, {.low = 0, .excludesLow = true, .unit = "voxels"}};

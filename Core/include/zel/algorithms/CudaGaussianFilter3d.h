@@ -13,11 +13,14 @@ public:
     static AlgoInfo* getClassInfo();
     AlgoInfo* classInfo() const override { return getClassInfo(); }
 
+    /// Beyond it a float, in which the coefficients are summed, can no longer count them.
+    static constexpr std::uint64_t maxTapCount = 16777215;
+
     PropertyReadImage inputImage{"inputImage"};
     /// 0 leaves an axis alone.
     Property<Vector3<double>> standardDeviation{"standardDeviation", {1, 1, 1}, {.low = 0, .unit = "voxels"}};
     /// Half the kernel size per standard deviation: a kernel has 2 * factor * deviation coefficients, rounded
-    /// up to an odd number of at most 16777215.
+    /// up to an odd number of at most maxTapCount.
     Property<double> kernelSizeFactor{"kernelSizeFactor", 3, {.low = 0, .excludesLow = true}};
     /// Without it an output other than float32 gets there by way of a float32 image. With it the passes work in the
     /// output itself: takes less memory, but truncates integers between the axes too.
