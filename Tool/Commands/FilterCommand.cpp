@@ -29,7 +29,7 @@ int AnyFilterCommand::run() {
         throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files_.input +
                         " fit with zel convert " + files_.input + " NEW.npy --type float32");
     }
-    checkOutputType(input.getDataType());
+    takeInput(input);
     if (details_.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
         (input.getDimension(0) == 3 || input.getDimension(0) == 4)) {
         printError("warning: the last axis of " + files_.input + " looks like colours (" +

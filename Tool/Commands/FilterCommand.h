@@ -29,8 +29,8 @@ public:
 protected:
     /// What options together may not say, found before a file is read. @throws CLI::ValidationError
     virtual void checkOptions() const {}
-    /// The same, when the input's type is known.
-    virtual void checkOutputType(VoxelTypes) const {}
+    /// The same, when the input is known, and whatever depends on it.
+    virtual void takeInput(const ImageModel&) {}
 
     std::optional<VoxelTypes> outputType_;  ///< default: the input's type
 

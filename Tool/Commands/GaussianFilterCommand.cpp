@@ -24,6 +24,7 @@ public:
              .description = "Standard deviation along each axis, or one for all; 0 leaves the axis unchanged",
              .isRequired = true},
             algorithm_.standardDeviation);
+        app.add_flag("--physical", isPhysical_, "Take --sigma in the unit of the input's voxel size, not in voxels");
         addPropertyOption(app,
                           {.name = "--kernel-size-factor",
                            .values = "F",
@@ -48,21 +49,27 @@ protected:
         const auto& [x, y, z] = algorithm_.standardDeviation.get();
         const auto allowed = static_cast<double>(cuda::CudaGaussianFilter3d::maxTapCount) / (2 * factor);
         const double largest = std::max({x, y, z});
-        if (largest <= allowed) return;
+        if (largest <= allowed || isPhysical_) return;
         throw wrongValue("--sigma", numberToText(largest),
                          "at most " + numberToText(allowed) + " with --kernel-size-factor " + numberToText(factor));
     }
 
-    void checkOutputType(VoxelTypes input) const override {
-        const VoxelTypes output = outputType_.value_or(input);
-        if (output == input || output == VoxelTypes::float32) return;
-        refuseOutputType(std::string(voxelTypeName(input)) + ", the input's type, or float32");
+    void takeInput(const ImageModel& input) override {
+        const VoxelTypes type = input.getDataType(), output = outputType_.value_or(type);
+        if (output != type && output != VoxelTypes::float32) {
+            refuseOutputType(std::string(voxelTypeName(type)) + ", the input's type, or float32");
+        }
+        if (!isPhysical_) return;
+        const auto [x, y, z] = algorithm_.standardDeviation.get();
+        algorithm_.standardDeviation = {x / input.getSpacing(0), y / input.getSpacing(1), z / input.getSpacing(2)};
     }
 
 private:
     [[noreturn]] void refuseOutputType(const std::string& allowed) const {
         throw wrongValue("--output-type", std::string(voxelTypeName(*outputType_)), allowed);
     }
+
+    bool isPhysical_ = false;
 };
 
 }  // namespace

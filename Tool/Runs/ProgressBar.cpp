@@ -1,10 +1,14 @@
 #include "Runs/ProgressBar.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <string_view>
 
 namespace zel::tool {
 
@@ -20,10 +24,22 @@ std::string timeLeft(double fraction, std::chrono::duration<double> sinceStart) 
     return std::to_string(seconds / 3600) + " h left";
 }
 
+/// A terminal that can erase a line; one that calls itself dumb cannot.
+bool canDraw() {
+    const char* const term = std::getenv("TERM");  // NOLINT(concurrency-mt-unsafe): nobody sets it
+    return isatty(STDERR_FILENO) == 1 && term != nullptr && std::string_view(term) != "dumb";
+}
+
+std::size_t terminalWidth() {
+    constexpr std::size_t usual = 80;
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+}
+
 }  // namespace
 
 ProgressBar::ProgressBar(bool isQuiet, std::uint64_t runCount)
-    : isVisible_(!isQuiet && isatty(STDERR_FILENO) == 1), runCount_(runCount) {}
+    : isVisible_(!isQuiet && canDraw()), runCount_(runCount) {}
 
 ProgressBar::~ProgressBar() {
     if (!drawn_.empty()) std::fputs("\r\x1b[K", stderr);
@@ -43,13 +59,19 @@ void ProgressBar::finishRun() {
 }
 
 void ProgressBar::draw(double fraction) {
-    constexpr int width = 40;
     const int percent = static_cast<int>(100 * fraction);
-    const auto filled = static_cast<std::size_t>(percent * width / 100);
-    std::string text = "[";
-    text.append(filled, '#').append(width - filled, '.').append("] ").append(std::to_string(percent)).append(" %");
     const std::string rest = timeLeft(fraction, std::chrono::steady_clock::now() - start_);
-    if (!rest.empty()) text.append(", ").append(rest);
+    const std::string numbers = std::to_string(percent) + " %" + (rest.empty() ? "" : ", " + rest);
+    // The last column stays free: a line that fills it would wrap. Where hardly a bar fits, the numbers stand alone.
+    constexpr std::size_t maxBar = 40, minBar = 5, frame = 3;
+    const std::size_t columns = terminalWidth() - 1, taken = numbers.size() + frame;
+    std::string text;
+    if (columns >= taken + minBar) {
+        const std::size_t width = std::min(maxBar, columns - taken);
+        const std::size_t filled = static_cast<std::size_t>(percent) * width / 100;
+        text.append("[").append(filled, '#').append(width - filled, '.').append("] ");
+    }
+    text.append(numbers.substr(0, columns));
     if (text == drawn_) return;
     drawn_ = text;
     std::fprintf(stderr, "\r%s\x1b[K", text.c_str());

@@ -76,6 +76,9 @@ TEST_F(CommandsTest, VolumesAndTheirSpacingGoThroughAllFormatsAndFilters) {
         ASSERT_EQ(zel(run).exitCode, 0);
     }
     EXPECT_EQ(readAll<std::int16_t>(image("d.tif")), readAll<std::int16_t>(volume));
+    zel("gaussian-filter a.mrc e.npy --sigma 0.1,0.1,0.15 --physical --placement device");
+    zel("gaussian-filter a.mrc f.npy --sigma 1,0.5,0.5");
+    EXPECT_EQ(folder.read("e.npy"), folder.read("f.npy"));
     EXPECT_THAT(zel("info d.tif").output, HasSubstr(", 7 x 5 x 3, int16, spacing 0.1 x 0.2 x 0.3 angstrom, range "));
 }
 
