@@ -17,6 +17,7 @@ files() { in_bare find / -xdev \( -path /var -o -path /tmp -o -path /proc -o -pa
 cp /etc/resolv.conf "$bare/etc/"
 cp "$package" "$bare/tmp/zel.deb"
 in_bare apt-get update -q >&2
+in_bare apt-get purge -y -q --auto-remove 'zel*' >&2  # of a run that failed
 files >build-package/before
 in_bare apt-get install -y -q --no-install-recommends /tmp/zel.deb >&2
 in_bare zel demo /tmp/demo
