@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "ImageFiles/Common/FileError.h"
@@ -77,11 +78,11 @@ public:
     }
 
     TiffAxes read() {
-        if (text_.starts_with("{\"shape\": ") && text_.find("\"truncated\": true") != std::string_view::npos) {
-            refuseMoreImages();
-        }
         if (isOmeXml(text_)) {
             readOme();
+        } else if (text_.starts_with("{\"shape\": ")) {
+            readResolution(false);
+            readShape();
         } else if (text_.starts_with("ImageJ=")) {
             constexpr std::uint32_t imageJTag = 50839;
             std::uint32_t count = 0;
@@ -123,6 +124,46 @@ private:
         if (others == 1) return;
         axes_.slices = slices != 0 ? slices : pageCount_ / others;
         checkPages("ImageJ");
+    }
+
+    /// What Python programs write: the shape of a NumPy array, its slowest axis first, and perhaps its axes' letters.
+    void readShape() {
+        const auto json = nlohmann::json::parse(text_, nullptr, false);
+        if (!json.is_object() || !json["shape"].is_array()) return;
+        if (json.value("truncated", nlohmann::json()) == true) refuseMoreImages();
+        std::vector<std::size_t> counts;  // of the axes over the pages, the fastest first
+        for (const auto& count : json["shape"]) {
+            if (!count.is_number_unsigned() || count == 0) return;
+            counts.insert(counts.begin(), std::min<std::size_t>(count.get<std::size_t>(), UINT32_MAX));
+        }
+        constexpr std::size_t planeAxes = 2, maxAxes = 5;
+        if (counts.size() <= planeAxes || counts.size() > maxAxes) return;
+        counts.erase(counts.begin(), counts.begin() + planeAxes);
+        const std::string order = pageOrderOf(json.value("axes", nlohmann::json()), counts.size());
+        TiffAxes found = axes_;
+        found.slices = found.channels = found.frames = 1;
+        for (std::size_t i = 0; i < counts.size(); ++i) {
+            (order[i] == 'Z' ? found.slices : order[i] == 'C' ? found.channels : found.frames) = counts[i];
+        }
+        if (found.slices * found.channels > pageCount_ || found.slices * found.channels * found.frames != pageCount_) {
+            return;  // not of this file
+        }
+        axes_ = found;
+        axes_.details.pageOrder = order;
+    }
+
+    /// The letters, the fastest axis first, without those of the plane; those of a NumPy array where they are others.
+    static std::string pageOrderOf(const nlohmann::json& axes, std::size_t count) {
+        const std::string usual = std::string("ZCT").substr(0, count);
+        std::string letters = axes.is_string() ? axes.get<std::string>() : "";
+        if (letters.size() != count + 2 || !letters.ends_with("YX")) return usual;
+        letters.resize(count);
+        std::ranges::reverse(letters);
+        const bool isKnown = std::ranges::all_of(letters, [&](char letter) {
+            return std::string_view("ZCT").find(letter) != std::string_view::npos &&
+                   std::ranges::count(letters, letter) == 1;
+        });
+        return isKnown ? letters : usual;
     }
 
     void readOme() {

@@ -20,8 +20,8 @@ struct TiffAxes {
     TiffDetails details;
 };
 
-/// Reads ImageJ's and OME's descriptions, a line "spacing=x,y,z", and the resolution where it has a unit. Without such
-/// a description all pages are slices.
+/// Reads ImageJ's and OME's descriptions, the shape of a NumPy array, a line "spacing=x,y,z", and the resolution where
+/// it has a unit. Without such a description all pages are slices.
 /// @param pageCount  how many pages there are.
 /// @param path       for messages.
 /// @throws FileError when the description tells of another number of images than there are pages, or orders the pages

@@ -133,8 +133,11 @@ TEST_F(TiffFileTest, ChannelsAndTimePointsAreAxesAndAreWrittenAsTheyWere) {
     const std::string imageJ = "ImageJ=1.5\nimages=12\nchannels=2\nslices=3\nframes=2\nmode=composite\n";
     const std::string inImageJOrder("\0\2\4\1\3\5\6\x8\xA\x7\x9\xB", 12),
         inOmeOrder("\0\2\4\6\x8\xA\1\3\5\x7\x9\xB", 12);
-    for (const auto& [text, voxels, unit] : {std::tuple{imageJ + "unit=\\u00B5m\nspacing=2\n", inImageJOrder, "um"},
-                                             {ome + uuid + end, inOmeOrder, "um"}}) {
+    for (const auto& [text, voxels, unit] :
+         {std::tuple{imageJ + "unit=\\u00B5m\nspacing=2\n", inImageJOrder, "um"},
+          {ome + uuid + end, inOmeOrder, "um"},
+          {R"({"shape": [2, 3, 2, 1, 1], "axes": "CZTYX"})", inOmeOrder, ""},
+          {R"({"shape": [2, 2, 3, 1, 1]})", std::string("\0\1\2\3\4\5\6\x7\x8\x9\xA\xB", 12), ""}}) {
         Tag tag{TIFFTAG_IMAGEDESCRIPTION, {text.begin(), text.end()}};
         tag.values.push_back(0);
         TiffBytes tiff;
@@ -145,6 +148,7 @@ TEST_F(TiffFileTest, ChannelsAndTimePointsAreAxesAndAreWrittenAsTheyWere) {
         const HostImage image = readImageFile(write(tiff.bytes()), details);
         EXPECT_EQ(imageSizeOf(image), (ImageSize{1, 1, 3, 2, 2}));
         EXPECT_EQ(bytesOf(image), voxels);
+        if (text.starts_with('{')) continue;
         EXPECT_EQ(image.getSpacing(2), 2);
         EXPECT_EQ(details.unit, unit);
         const bool isOme = !details.tiff.omeXml.empty();
