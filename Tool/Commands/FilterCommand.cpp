@@ -1,5 +1,7 @@
 #include "Commands/FilterCommand.h"
 
+#include <chrono>
+
 #include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
@@ -7,6 +9,16 @@
 #include "System/Output.h"
 
 namespace zel::tool {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+}  // namespace
 
 void AnyFilterCommand::addOptions(CLI::App& app) {
     app_ = &app;
@@ -24,7 +36,10 @@ HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
 int AnyFilterCommand::run() {
     checkOptions();
     options_.apply();
+    FileTimes times;
+    const Clock::time_point readingStart = Clock::now();
     const HostImage input = files_.read(details_);
+    times.reading = secondsSince(readingStart);
     if (const VoxelTypes type = input.getDataType(); !takesType(type) && !isComplex(type)) {
         throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files_.input +
                         " fit with zel convert " + files_.input + " NEW.npy --type float32");
@@ -45,9 +60,11 @@ int AnyFilterCommand::run() {
         return 0;
     }
     details_.done = whatIsDone(*app_);
+    const Clock::time_point writingStart = Clock::now();
     writeImageFile(files_.output, output, details_);
+    times.writing = secondsSince(writingStart);
     reportLosses(files_.input, files_.output, details_);
-    printReport(name(), files_, output, report, options_);
+    printReport(name(), files_, output, report, times, options_);
     return 0;
 }
 

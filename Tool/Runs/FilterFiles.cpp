@@ -64,7 +64,7 @@ void printPlan(const std::string& algorithm, const std::string& input, const Run
 }
 
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
-                 const RunReport& report, const RunOptions& options) {
+                 const RunReport& report, const FileTimes& times, const RunOptions& options) {
     const ImageSize size = imageSizeOf(output);
     const std::string type(voxelTypeName(output.getDataType()));
     if (options.isJson) {
@@ -74,9 +74,12 @@ void printReport(const std::string& algorithm, const FilterFiles& files, const I
                    {"size", sizeToJson(size)},
                    {"type", type},
                    {"seconds", report.seconds},
+                   {"readSeconds", times.reading},
+                   {"writeSeconds", times.writing},
                    {"steps", report.steps}});
     } else if (!options.isQuiet) {
-        printLine(files.output + ": " + toText(size) + ", " + type + ", " + secondsToText(report.seconds) + " s");
+        printLine(files.output + ": " + toText(size) + ", " + type + "; read " + secondsToText(times.reading) +
+                  " s, ran " + secondsToText(report.seconds) + " s, wrote " + secondsToText(times.writing) + " s");
     }
 }
 

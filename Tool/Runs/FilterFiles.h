@@ -21,6 +21,12 @@ struct FilterFiles {
     HostImage read(FileDetails& details) const;
 };
 
+/// What the files of a run took, in seconds.
+struct FileTimes {
+    double reading = 0;
+    double writing = 0;
+};
+
 /// The command line without files and without the options of all algorithms: "zel box-filter --kernel 9,9".
 std::string whatIsDone(const CLI::App& app);
 
@@ -33,6 +39,6 @@ void printPlan(const std::string& algorithm, const std::string& input, const Run
 
 /// Prints what was done, in the form that the options ask for.
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
-                 const RunReport& report, const RunOptions& options);
+                 const RunReport& report, const FileTimes& times, const RunOptions& options);
 
 }  // namespace zel::tool

@@ -117,12 +117,14 @@ TEST_F(FilterCommandTest, JsonReportsWhatWasDone) {
         return nlohmann::json::parse(zel("box-filter in.npy out.npy --kernel 3,3 --json " + options).output);
     };
     auto json = report("");
-    EXPECT_GT(json["seconds"], 0);
+    for (const char* const key : {"seconds", "readSeconds", "writeSeconds"}) EXPECT_GT(json[key], 0) << key;
     EXPECT_GT(report("--tile 4,4")["steps"], json["steps"]);
-    json.erase("seconds");
+    for (const char* const key : {"seconds", "readSeconds", "writeSeconds"}) json.erase(key);
     EXPECT_EQ(json.dump(), R"({"algorithm":"box-filter","input":"in.npy","output":"out.npy","size":[7,5,2],)"
                            R"("steps":6,"type":"uint8"})")
         << "three steps for each slice";
+    EXPECT_THAT(zel("box-filter in.npy out.npy --kernel 3").output,
+                testing::ContainsRegex("^out.npy: 7 x 5 x 2, uint8; read [^ ]+ s, ran [^ ]+ s, wrote [^ ]+ s\n$"));
 }
 
 // Two images of 1.5 MiB do not fit in 2 MiB; tiles of 1000 x 768 do.
