@@ -6,6 +6,7 @@
 
 #include "Blocks/Launch.h"
 #include "Device/Modes.h"
+#include "Device/RunningKernel.h"
 #include "Threads/Arena.h"
 #include "Threads/Team.h"
 #include "Threads/Ticks.h"

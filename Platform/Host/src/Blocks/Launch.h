@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 namespace zel::host {
 
@@ -30,8 +29,5 @@ struct Launch {
 /// Runs all blocks. There are two forms, one of which is built: a block is run by one thread that does the work of all
 /// its lanes (LaneBlocks.cpp), or by fibers which are its threads (ThreadBlocks.cpp).
 void runBlocks(const Launch& launch);
-
-/// The kernel, block and thread that run now, for a message about them; empty where that is not known.
-std::string runningKernelThread();
 
 }  // namespace zel::host

@@ -12,6 +12,7 @@
 #include "Blocks/ThreadErrors.h"
 #include "Device/Allocations.h"
 #include "Device/Modes.h"
+#include "Device/RunningKernel.h"
 #include "Device/Settings.h"
 
 constinit thread_local uint3 threadIdx{};

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string_view>
 
+#include "Device/RunningKernel.h"
 #include "Device/Sanitizers.h"
 #include "Device/Settings.h"
 

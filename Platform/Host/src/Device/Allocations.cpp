@@ -7,9 +7,9 @@
 #include <limits>
 #include <mutex>
 
-#include "Blocks/Launch.h"
 #include "Device/Devices.h"
 #include "Device/Modes.h"
+#include "Device/RunningKernel.h"
 
 namespace zel::host {
 namespace {
