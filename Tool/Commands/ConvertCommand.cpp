@@ -31,7 +31,7 @@ public:
                             .description = "Voxel type of the output, such as uint8 or float32",
                             .defaultText = "the input's type"},
                            type_);
-        addCompressionOption(app, details_, {&output_});
+        addCompressionOption(app, details_, [this] { return std::vector{output_}; });
         app.add_flag("--quiet", isQuiet_, "Print no summary");
         app.add_flag("--json", isJson_, "Print the summary as a JSON object on standard output");
         app.footer(

@@ -36,7 +36,7 @@ void CrossCorrelationCommand::addOptions(CLI::App& app) {
         ->type_name("FILE");
     app.add_option("--mark", markedFile_, "Picture of the input (uint8) with the best match outlined")
         ->type_name("FILE");
-    addCompressionOption(app, details_, {&output_, &markedFile_});
+    addCompressionOption(app, details_, [this] { return std::vector{output_, markedFile_}; });
     options_.addTo(app);
     options_.addPlanOption(app);
     app.footer("The score at a pixel is that of the template centred there; of an even size, left of the middle.");

@@ -6,6 +6,7 @@
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "Runs/CompressionOption.h"
+#include "System/Interrupt.h"
 #include "System/Output.h"
 
 namespace zel::tool {
@@ -24,7 +25,11 @@ void AnyFilterCommand::addOptions(CLI::App& app) {
     app_ = &app;
     files_.addTo(app);
     addParameters(app);
-    addCompressionOption(app, details_, {&files_.output});
+    addCompressionOption(app, details_, [this] {
+        std::vector<std::string> outputs;
+        for (const FilterFiles& files : files_.all()) outputs.push_back(files.output);
+        return outputs;
+    });
     options_.addTo(app, takesTiles());
     options_.addPlanOption(app);
 }
@@ -33,39 +38,54 @@ HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
     return makeImageLike(input, outputType_.value_or(input.getDataType()));
 }
 
+/// A file that cannot be filtered does not keep the others from it.
 int AnyFilterCommand::run() {
     checkOptions();
     options_.apply();
+    bool hasFailed = false;
+    for (const FilterFiles& files : files_.all()) {
+        try {
+            filterFile(files);
+        } catch (const FileError& error) {
+            checkInterrupt();  // after a signal, it failed because of it
+            printError(error.what());
+            hasFailed = true;
+        }
+    }
+    return hasFailed ? 1 : 0;
+}
+
+void AnyFilterCommand::filterFile(const FilterFiles& files) {
+    FileDetails details = details_;
     FileTimes times;
     const Clock::time_point readingStart = Clock::now();
-    const HostImage input = files_.read(details_);
+    const HostImage input = files.read(details);
     times.reading = secondsSince(readingStart);
     if (const VoxelTypes type = input.getDataType(); !takesType(type) && !isComplex(type)) {
-        throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files_.input +
-                        " fit with zel convert " + files_.input + " NEW.npy --type float32");
+        throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files.input +
+                        " fit with zel convert " + files.input + " NEW.npy --type float32");
     }
     takeInput(input);
-    if (details_.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
+    if (details.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
         (input.getDimension(0) == 3 || input.getDimension(0) == 4)) {
-        printError("warning: the last axis of " + files_.input + " looks like colours (" +
+        printError("warning: the last axis of " + files.input + " looks like colours (" +
                    std::to_string(input.getDimension(0)) +
                    " bytes) and is taken as x, the axes before it as y and z; with the colours as the first of four "
                    "axes, (colour, z, y, x), each is filtered as an image of its own");
     }
-    checkWritable(files_.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
+    checkWritable(files.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);
     const RunReport report = filter(input, output, options_);
     if (options_.isPlan) {
-        printPlan(name(), files_.input, report, options_);
-        return 0;
+        printPlan(name(), files.input, report, options_);
+        return;
     }
-    details_.done = whatIsDone(*app_);
+    details.done = whatIsDone(*app_);
     const Clock::time_point writingStart = Clock::now();
-    writeImageFile(files_.output, output, details_);
+    writeImageFile(files.output, output, details);
     times.writing = secondsSince(writingStart);
-    reportLosses(files_.input, files_.output, details_);
-    printReport(name(), files_, output, report, times, options_);
-    return 0;
+    reportLosses(files.input, files.output, details);
+    printReport(name(), files, output, report, times, options_);
 }
 
 }  // namespace zel::tool

@@ -35,8 +35,10 @@ protected:
     std::optional<VoxelTypes> outputType_;  ///< default: the input's type
 
 private:
+    void filterFile(const FilterFiles& files);
+
     const CLI::App* app_ = nullptr;
-    FilterFiles files_;
+    FileArguments files_;
     FileDetails details_;
     RunOptions options_;
 };

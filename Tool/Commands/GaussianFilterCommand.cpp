@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 
 #include "Commands/Commands.h"
 #include "Commands/FilterCommand.h"
@@ -60,7 +61,8 @@ protected:
             refuseOutputType(std::string(voxelTypeName(type)) + ", the input's type, or float32");
         }
         if (!isPhysical_) return;
-        const auto [x, y, z] = algorithm_.standardDeviation.get();
+        if (!physicalSigma_) physicalSigma_ = algorithm_.standardDeviation.get();
+        const auto [x, y, z] = *physicalSigma_;
         algorithm_.standardDeviation = {x / input.getSpacing(0), y / input.getSpacing(1), z / input.getSpacing(2)};
     }
 
@@ -70,6 +72,7 @@ private:
     }
 
     bool isPhysical_ = false;
+    std::optional<Vector3<double>> physicalSigma_;  ///< as it was given: the property has it in voxels of each input
 };
 
 }  // namespace

@@ -62,7 +62,7 @@ void TemplateMatchingCommand::addOptions(CLI::App& app) {
                         .description = "Voxel type of INDEX: uint8, uint16 or uint32",
                         .defaultText = "the smallest that the rows fit in"},
                        indexType_);
-    addCompressionOption(app, details_, {&scorePath_, &indexPath_});
+    addCompressionOption(app, details_, [this] { return std::vector{scorePath_, indexPath_}; });
     options_.addTo(app);
     options_.addPlanOption(app);
     app.footer(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,7 @@
 namespace zel::tool {
 
 /// Adds --compression, which sets details.compression. Without a TIFF file among the outputs it is wrong usage.
-/// @param outputs  names of files, which the parser sets too; empty ones do not count.
-void addCompressionOption(CLI::App& app, FileDetails& details, const std::vector<const std::string*>& outputs);
+/// @param outputs  gives their names when the rest has been parsed; empty ones do not count.
+void addCompressionOption(CLI::App& app, FileDetails& details, std::function<std::vector<std::string>()> outputs);
 
 }  // namespace zel::tool

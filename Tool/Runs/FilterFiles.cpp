@@ -1,5 +1,8 @@
 #include "Runs/FilterFiles.h"
 
+#include <algorithm>
+#include <filesystem>
+
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "Runs/Description.h"
@@ -8,15 +11,37 @@
 
 namespace zel::tool {
 
-void FilterFiles::addTo(CLI::App& app) {
-    app.add_option("INPUT", input, "Image to read: " + imageFileExtensions() + "; - for standard input")
+void FileArguments::addTo(CLI::App& app) {
+    app.add_option("INPUT", input_, "Image to read: " + imageFileExtensions() + "; - for standard input")
         ->required()
         ->type_name("");
-    app.add_option(
-           "OUTPUT", output,
-           "Image to write; an existing file is replaced when the run has succeeded; - for NPY on standard output")
+    app.add_option("OUTPUT", others_,
+                   "Image to write; an existing file is replaced when the run has succeeded; - for NPY on standard "
+                   "output. Or more inputs and then a folder, where each output gets its input's name")
         ->required()
         ->type_name("");
+}
+
+std::vector<FilterFiles> FileArguments::all() const {
+    std::vector<std::string> inputs{input_};
+    inputs.insert(inputs.end(), others_.begin(), others_.end() - 1);
+    const std::string& target = others_.back();
+    const bool isFolder = std::filesystem::is_directory(target);
+    if (!isFolder && (inputs.size() > 1 || target.ends_with('/'))) {
+        throw CLI::ValidationError("OUTPUT is '" + target + "', but takes a folder that exists" +
+                                   (inputs.size() > 1 ? ", for several inputs" : ""));
+    }
+    std::vector<FilterFiles> all;
+    for (const std::string& input : inputs) {
+        if (isFolder && input == "-") throw CLI::ValidationError("standard input has no name for a file in " + target);
+        const std::filesystem::path inFolder = target / std::filesystem::path(input).filename();
+        const std::string output = isFolder ? inFolder.string() : target;
+        if (std::ranges::count(all, output, &FilterFiles::output) != 0) {
+            throw CLI::ValidationError("two results are the same file, " + output);
+        }
+        all.push_back({input, output});
+    }
+    return all;
 }
 
 HostImage FilterFiles::read(FileDetails& details) const {

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
 #include "ImageFiles/Common/FileDetails.h"
 #include "Runs/FilterRun.h"
@@ -13,12 +14,23 @@ struct FilterFiles {
     std::string input;
     std::string output;
 
-    /// The object has to outlive the parser.
-    void addTo(CLI::App& app);
-
     /// Reads the input, after a check that the output's name can be written.
     /// @param details  gets what the input's file says besides the image.
     HostImage read(FileDetails& details) const;
+};
+
+/// The files that a command is given: an input and an output, or several inputs and a folder.
+class FileArguments {
+public:
+    /// The object has to outlive the parser.
+    void addTo(CLI::App& app);
+
+    /// Pairs of input and output, for one run each. @throws CLI::ValidationError when the arguments do not fit together
+    std::vector<FilterFiles> all() const;
+
+private:
+    std::string input_;
+    std::vector<std::string> others_;  ///< the output, or more inputs and the folder
 };
 
 /// What the files of a run took, in seconds.

@@ -1,6 +1,7 @@
 // The filters as commands, on images whose results can be worked out by hand.
 
 #include <cmath>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "ImageFiles/ImageFile.h"
@@ -141,6 +142,29 @@ TEST_F(FilterCommandTest, TilesAreChosenForTheDevicesMemory) {
     expectOneErrorLine(zel(filter + "--placement device", small), 1, "needs 1.46 MiB of device memory");
     EXPECT_THAT(zel("devices", small).output, HasSubstr("2 MiB free of 2 MiB"));
     expectOneErrorLine(zel("devices", "export ZEL_HOST_DEVICES=0; "), 1, "there is no device for it; set");
+}
+
+TEST_F(FilterCommandTest, FiltersSeveralFilesIntoAFolder) {
+    std::filesystem::create_directories(folder / "out");
+    folder.write("coarse.mrc", "no image");
+    tool::writeImageFile(folder / "b.tif", [&] {
+        HostImage image = tool::readImageFile(folder / "in.npy");
+        image.setSpacing(0, 2);
+        return image;
+    }());
+    const std::string filter = "gaussian-filter in.npy coarse.mrc b.tif out --sigma 2,0,0 --physical";
+    expectOneErrorLine(zel(filter + " --quiet"), 1, "coarse.mrc");
+    for (const auto& [name, sigma] : {std::pair{"in.npy", "2,0,0"}, std::pair{"b.tif", "1,0,0"}}) {
+        ASSERT_EQ(zel("gaussian-filter in.npy alone.npy --sigma " + std::string(sigma)).exitCode, 0);
+        EXPECT_EQ(voxelsOf<std::uint8_t>(std::string("out/") + name), voxelsOf<std::uint8_t>("alone.npy")) << name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder / "out/coarse.mrc"));
+    expectOneErrorLine(zel("median-filter in.npy out/in.npy out --radius 1"), 2,
+                       "two results are the same file, out/in.npy");
+    expectOneErrorLine(zel("median-filter in.npy b.tif o.npy --radius 1"), 2,
+                       "OUTPUT is 'o.npy', but takes a folder that");
+    expectOneErrorLine(zel("median-filter in.npy none/ --radius 1"), 2, "takes a folder that exists");
+    expectOneErrorLine(zel("median-filter in.npy - out --radius 1"), 2, "standard input has no name for a file in out");
 }
 
 TEST_F(FilterCommandTest, ReplacesFilesOnlyByCompleteOnes) {
