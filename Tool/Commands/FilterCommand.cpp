@@ -1,6 +1,8 @@
 #include "Commands/FilterCommand.h"
 
 #include <chrono>
+#include <exception>
+#include <new>
 
 #include "ImageFiles/Common/FileError.h"
 #include "ImageFiles/Common/Rows.h"
@@ -38,17 +40,24 @@ HostImage AnyFilterCommand::makeOutput(const ImageModel& input) const {
     return makeImageLike(input, outputType_.value_or(input.getDataType()));
 }
 
-/// A file that cannot be filtered does not keep the others from it.
+/// Of several files, one that cannot be filtered does not keep the others from it.
 int AnyFilterCommand::run() {
     checkOptions();
     options_.apply();
+    const std::vector<FilterFiles> all = files_.all();
     bool hasFailed = false;
-    for (const FilterFiles& files : files_.all()) {
+    for (const FilterFiles& files : all) {
         try {
             filterFile(files);
-        } catch (const FileError& error) {
+        } catch (const CLI::Error&) {
+            throw;  // the options are wrong
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (const std::exception& error) {
+            if (all.size() == 1) throw;
             checkInterrupt();  // after a signal, it failed because of it
-            printError(error.what());
+            const bool namesFile = dynamic_cast<const FileError*>(&error) != nullptr;
+            printError((namesFile ? "" : files.input + ": ") + error.what());
             hasFailed = true;
         }
     }

@@ -159,6 +159,10 @@ TEST_F(FilterCommandTest, FiltersSeveralFilesIntoAFolder) {
         EXPECT_EQ(voxelsOf<std::uint8_t>(std::string("out/") + name), voxelsOf<std::uint8_t>("alone.npy")) << name;
     }
     EXPECT_FALSE(std::filesystem::exists(folder / "out/coarse.mrc"));
+    folder.write("even.npy", npyBytes("|u1", "(8, 8)", std::string(64, 'v')));
+    expectOneErrorLine(zel("non-local-means even.npy in.npy out --quiet"), 1, "even.npy: Eigenvectors");
+    EXPECT_EQ(zel("non-local-means in.npy alone.npy").exitCode, 0);
+    EXPECT_EQ(voxelsOf<std::uint8_t>("out/in.npy"), voxelsOf<std::uint8_t>("alone.npy"));
     expectOneErrorLine(zel("median-filter in.npy out/in.npy out --radius 1"), 2,
                        "two results are the same file, out/in.npy");
     expectOneErrorLine(zel("median-filter in.npy b.tif o.npy --radius 1"), 2,
