@@ -11,27 +11,27 @@ namespace {
 constexpr const char* noBackEnd =
     ": no back end is loaded; link libbrontal_zel_cuda behind -Wl,--no-as-needed, or open it with dlopen";
 
+/// @throws RuntimeError when no runner is available.
+Runnable& requireRunner(const AlgoInfo& info) {
+    if (Runnable* const runner = info.availableRunner(); runner != nullptr) return *runner;
+    raise<RuntimeError>("Core/src/algorithms/RunnerAlgorithm", __LINE__, "No runner is available for ",
+                        info.className(), info.runnerCount() > 0 ? "" : noBackEnd);
+}
+
 }  // namespace
 
 RunnerAlgorithm::RunnerAlgorithm(AbstractPrivateImplementation* parent) : BaseAlgorithm(parent) {}
 RunnerAlgorithm::~RunnerAlgorithm() = default;
 
-Runnable& RunnerAlgorithm::requireRunner() const {
-    if (Runnable* const runner = classInfo()->availableRunner(); runner != nullptr) return *runner;
-    const bool isLoaded = classInfo()->runnerCount() > 0;
-    raise<RuntimeError>("Core/src/algorithms/RunnerAlgorithm", __LINE__, "No runner is available for ",
-                        classInfo()->className(), isLoaded ? "" : noBackEnd);
-}
-
 void RunnerAlgorithm::execute() {
-    Runnable& runner = requireRunner();
+    Runnable& runner = requireRunner(*classInfo());
     const std::unique_ptr<AdaptedImages> adapted = adaptImages();
     runner.run(this);
 }
 
 RunPlan RunnerAlgorithm::plan() {
     validate();
-    requireRunner();
+    requireRunner(*classInfo());
     const AlgoInfo::Planner planner = classInfo()->planner();
     if (planner == nullptr) {
         raise<RuntimeError>("Core/src/algorithms/RunnerAlgorithm", __LINE__, "No planner is available for ",

@@ -32,8 +32,6 @@ protected:
     explicit RunnerAlgorithm(AbstractPrivateImplementation* parent = nullptr);
 
     void execute() final;
-    /// @throws RuntimeError when there is none.
-    Runnable& requireRunner() const;
     /// Puts adapters into the image properties for the length of a run; null when none is needed.
     virtual std::unique_ptr<AdaptedImages> adaptImages();
 };
