@@ -82,10 +82,14 @@ void expectFaultsReported(SmallRun& run, const char* call, host::FaultKind kind,
         EXPECT_THROW(run.result(), Error);
         EXPECT_TRUE(host::faultFired());
         host::clearFault();
-        if (kind == host::FaultKind::failed) EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
+        if (kind == host::FaultKind::failed) {
+            EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
+        }
         EXPECT_EQ(host::deviceUse().liveBytes, 0U);
         EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
-        if (kind == host::FaultKind::failed || nth + step > count) EXPECT_EQ(run.result(), expected);
+        if (kind == host::FaultKind::failed || nth + step > count) {
+            EXPECT_EQ(run.result(), expected);
+        }
     }
 }
 
