@@ -90,8 +90,8 @@ HostImage readImageFile(const std::string& path) {
     return readImageFile(path, unused);
 }
 
-HostImage readImageFile(const std::string& path, FileDetails& details) {
-    InputFile file(path);
+HostImage readImageFile(const std::string& path, FileDetails& details, const Progress& progress) {
+    InputFile file(path, progress);
     const ImageFormat& format = formatOf(file);
     try {
         HostImage image = format.read(file, details);
@@ -116,10 +116,11 @@ void checkWritable(const std::string& path, VoxelTypes type, const ImageSize& si
     if (!obstacle.empty()) throw FileError::writing(path, obstacle);
 }
 
-void writeImageFile(const std::string& path, const ImageModel& image, const FileDetails& details) {
+void writeImageFile(const std::string& path, const ImageModel& image, const FileDetails& details,
+                    const Progress& progress) {
     checkWritable(path, image.getDataType(), imageSizeOf(image));
     AtomicFile file(path);
-    formatForWriting(path).write(file, image, details);
+    formatForWriting(path).write(file, image, details, progress);
     file.commit();
 }
 

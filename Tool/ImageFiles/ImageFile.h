@@ -3,6 +3,7 @@
 #include <string>
 
 #include "ImageFiles/Common/FileDetails.h"
+#include "ImageFiles/Common/Progress.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
@@ -19,7 +20,7 @@ std::string imageFileExtensions();
 /// @throws FileError, and Interrupted after a signal.
 HostImage readImageFile(const std::string& path);
 /// @param details  gets what the file says besides the image.
-HostImage readImageFile(const std::string& path, FileDetails& details);
+HostImage readImageFile(const std::string& path, FileDetails& details, const Progress& progress = {});
 
 /// Raises the errors that writing such an image would meet, before the work of making it.
 void checkWritable(const std::string& path, VoxelTypes type, const ImageSize& size);
@@ -30,6 +31,7 @@ void checkWritable(const std::string& path);
 /// @param path     "-" for standard output, in NPY.
 /// @param details  of the file that the image comes from.
 /// @throws FileError, and Interrupted after a signal; an earlier file of that name then stays unchanged.
-void writeImageFile(const std::string& path, const ImageModel& image, const FileDetails& details = {});
+void writeImageFile(const std::string& path, const ImageModel& image, const FileDetails& details = {},
+                    const Progress& progress = {});
 
 }  // namespace zel::tool

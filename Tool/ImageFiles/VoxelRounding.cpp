@@ -46,27 +46,28 @@ To nearest(From value) {
 }
 
 template <typename From, typename To>
-void convertRows(const ImageModel& image, HostImage& result) {
+void convertRows(const ImageModel& image, HostImage& result, const Progress& progress) {
     const ImageSize size = imageSizeOf(image);
     std::vector<From> source(size.x);
     std::vector<To> converted(size.x);
-    forEachRow(size, [&](const RowIndex& row) {
+    const auto convertRow = [&](const RowIndex& row) {
         readWholeRow(image, source.data(), row);
         for (std::size_t x = 0; x < size.x; ++x) converted[x] = nearest<To>(source[x]);
         writeWholeRow(result, converted.data(), row);
-    });
+    };
+    forEachRow(size, convertRow, progress);
 }
 
 }  // namespace
 
-HostImage convertVoxels(const ImageModel& image, VoxelTypes type) {
+HostImage convertVoxels(const ImageModel& image, VoxelTypes type, const Progress& progress) {
     HostImage result = makeImageLike(image, type);
     visitVoxelType(image.getDataType(), AllTypes{}, [&]<typename From>() {
         visitVoxelType(type, AllTypes{}, [&]<typename To>() {
             if constexpr (isComplexNumber<From> && !isComplexNumber<To>) {
                 throw std::runtime_error("complex numbers do not convert to " + std::string(voxelTypeName(type)));
             } else {
-                convertRows<From, To>(image, result);
+                convertRows<From, To>(image, result, progress);
             }
         });
     });

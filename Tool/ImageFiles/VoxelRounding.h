@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ImageFiles/Common/Progress.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
@@ -8,6 +9,6 @@ namespace zel::tool {
 /// values beyond the range become its bounds and NaN becomes 0. Real numbers become complex ones with the imaginary
 /// part 0.
 /// @throws std::runtime_error for complex to real, which has no nearest value.
-HostImage convertVoxels(const ImageModel& image, VoxelTypes type);
+HostImage convertVoxels(const ImageModel& image, VoxelTypes type, const Progress& progress = {});
 
 }  // namespace zel::tool

@@ -7,6 +7,7 @@
 #include "ImageFiles/Common/AtomicFile.h"
 #include "ImageFiles/Common/FileDetails.h"
 #include "ImageFiles/Common/InputFile.h"
+#include "ImageFiles/Common/Progress.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
@@ -30,7 +31,8 @@ public:
     /// Why the format cannot hold an image of that type and size, and what to do about it; empty when it can.
     virtual std::string whyNotWritable(VoxelTypes type, const ImageSize& size) const = 0;
     /// Writes an image that the format can hold, with those of the details that it has a place for.
-    virtual void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const = 0;
+    virtual void write(AtomicFile& file, const ImageModel& image, const FileDetails& details,
+                       const Progress& progress) const = 0;
 };
 
 }  // namespace zel::tool

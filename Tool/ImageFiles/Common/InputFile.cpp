@@ -53,9 +53,10 @@ unsigned long long availableMemoryBytes() {
 
 }  // namespace
 
-InputFile::InputFile(const std::string& path)
+InputFile::InputFile(const std::string& path, Progress progress)
     : path_(path == "-" ? "standard input" : path),
-      descriptor_(path == "-" ? openStandardInput(path_) : openForReading(path)) {
+      descriptor_(path == "-" ? openStandardInput(path_) : openForReading(path)),
+      progress_(std::move(progress)) {
     struct stat status {};
     if (fstat(descriptor_, &status) != 0) return;
     if (S_ISDIR(status.st_mode)) {
@@ -73,7 +74,7 @@ InputFile::~InputFile() {
 }
 
 template <typename ReadSome>
-std::size_t InputFile::fill(void* buffer, std::size_t count, ReadSome&& readSome) const {
+std::size_t InputFile::fill(void* buffer, std::size_t count, ReadSome&& readSome) {
     std::size_t done = 0;
     while (done < count) {
         checkInterrupt();
@@ -82,8 +83,15 @@ std::size_t InputFile::fill(void* buffer, std::size_t count, ReadSome&& readSome
         if (got < 0) throw FileError::reading(path_, systemErrorText(errno));
         if (got == 0) break;
         done += static_cast<std::size_t>(got);
+        addRead(static_cast<std::size_t>(got));
     }
     return done;
+}
+
+void InputFile::addRead(std::size_t bytes) {
+    bytesRead_ += bytes;
+    if (!progress_ || size_.value_or(0) == 0) return;
+    progress_(std::min(1.0, static_cast<double>(bytesRead_) / static_cast<double>(*size_)));
 }
 
 std::size_t InputFile::read(void* buffer, std::size_t count) {
@@ -108,7 +116,7 @@ void InputFile::readExactly(void* buffer, std::size_t count, const std::string& 
     if (read(buffer, count) < count) throw FileError::reading(path_, ifShort);
 }
 
-std::size_t InputFile::readAt(void* buffer, std::size_t count, std::size_t offset) const {
+std::size_t InputFile::readAt(void* buffer, std::size_t count, std::size_t offset) {
     if (offset >= size_.value_or(0)) return 0;
     return fill(buffer, count,
                 [&, position = static_cast<off_t>(start_ + offset)](std::byte* bytes, std::size_t most) mutable {

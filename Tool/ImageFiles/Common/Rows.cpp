@@ -1,5 +1,6 @@
 #include "ImageFiles/Common/Rows.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <stdexcept>
 #include <vector>
@@ -52,18 +53,26 @@ void copyVoxels(const ImageModel& from, ImageModel& to) {
     });
 }
 
-void writeVoxels(AtomicFile& file, const ImageModel& image) {
+void writeVoxels(AtomicFile& file, const ImageModel& image, const Progress& progress) {
     const ImageSize size = imageSizeOf(image);
     const std::size_t rowBytes = size.x * helper::getSizeOf(image.getDataType());
-    if (const void* const voxels = image.hostDataReadOnly(); voxels != nullptr) {
-        file.write(voxels, rowBytes * size.y * size.z * size.i3 * size.i4);
+    if (const auto* const voxels = static_cast<const std::byte*>(image.hostDataReadOnly()); voxels != nullptr) {
+        constexpr std::size_t bytesPerWrite = std::size_t{4} << 20U;
+        const std::size_t bytes = rowBytes * size.y * size.z * size.i3 * size.i4;
+        for (std::size_t done = 0; done < bytes;) {
+            const std::size_t count = std::min(bytes - done, bytesPerWrite);
+            file.write(voxels + done, count);
+            done += count;
+            if (progress) progress(static_cast<double>(done) / static_cast<double>(bytes));
+        }
         return;
     }
     std::vector<std::byte> row(rowBytes);
-    forEachRow(size, [&](const RowIndex& index) {
+    const auto writeRow = [&](const RowIndex& index) {
         readWholeRow(image, row.data(), index);
         file.write(row.data(), row.size());
-    });
+    };
+    forEachRow(size, writeRow, progress);
 }
 
 }  // namespace zel::tool

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "ImageFiles/Common/AtomicFile.h"
+#include "ImageFiles/Common/Progress.h"
 #include "System/Interrupt.h"
 #include "zel/HostImage.h"
 
@@ -29,13 +30,16 @@ struct RowIndex {
 /// Calls body(RowIndex) for each row of an image of that size, in the order of memory. A signal ends it with
 /// Interrupted.
 template <typename Body>
-void forEachRow(const ImageSize& size, const Body& body) {
+void forEachRow(const ImageSize& size, const Body& body, const Progress& progress = {}) {
+    const auto rows = static_cast<double>(size.y * size.z * size.i3 * size.i4);
+    double done = 0;
     for (std::size_t i4 = 0; i4 < size.i4; ++i4) {
         for (std::size_t i3 = 0; i3 < size.i3; ++i3) {
             for (std::size_t z = 0; z < size.z; ++z) {
                 for (std::size_t y = 0; y < size.y; ++y) {
                     checkInterrupt();
                     body(RowIndex{y, z, i3, i4});
+                    if (progress) progress(++done / rows);
                 }
             }
         }
@@ -50,6 +54,6 @@ void writeWholeRow(ImageModel& image, const void* buffer, const RowIndex& row);
 void copyVoxels(const ImageModel& from, ImageModel& to);
 
 /// Appends all voxels to a file, x fastest.
-void writeVoxels(AtomicFile& file, const ImageModel& image);
+void writeVoxels(AtomicFile& file, const ImageModel& image, const Progress& progress);
 
 }  // namespace zel::tool

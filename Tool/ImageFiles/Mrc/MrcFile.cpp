@@ -107,10 +107,12 @@ public:
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const override {
-        const std::string header = makeMrcHeader(image, mrcStatisticsOf(image), details);
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details,
+               const Progress& progress) const override {
+        const MrcStatistics statistics = mrcStatisticsOf(image, partOf(progress, 0, 0.5));
+        const std::string header = makeMrcHeader(image, statistics, details);
         file.write(header.data(), header.size());
-        writeVoxels(file, image);
+        writeVoxels(file, image, partOf(progress, 0.5, 1));
     }
 };
 

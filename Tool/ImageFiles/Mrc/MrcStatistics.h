@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ImageFiles/Common/Progress.h"
 #include "zel/ImageModel.h"
 
 namespace zel::tool {
@@ -13,6 +14,6 @@ struct MrcStatistics {
 };
 
 /// Of all finite voxels; not known when there are none or the type is complex.
-MrcStatistics mrcStatisticsOf(const ImageModel& image);
+MrcStatistics mrcStatisticsOf(const ImageModel& image, const Progress& progress);
 
 }  // namespace zel::tool

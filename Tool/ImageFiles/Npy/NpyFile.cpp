@@ -64,10 +64,11 @@ public:
 
     std::string whyNotWritable(VoxelTypes /*type*/, const ImageSize& /*size*/) const override { return {}; }
 
-    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const override {
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details,
+               const Progress& progress) const override {
         const std::string header = makeNpyHeader(image.getDataType(), imageSizeOf(image), details.npyAxisCount);
         file.write(header.data(), header.size());
-        writeVoxels(file, image);
+        writeVoxels(file, image, progress);
     }
 };
 

@@ -31,8 +31,9 @@ public:
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image, const FileDetails& /*details*/) const override {
-        writePng(file, image);
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& /*details*/,
+               const Progress& progress) const override {
+        writePng(file, image, progress);
     }
 };
 

@@ -33,7 +33,7 @@ public:
     PngWriter(const PngWriter&) = delete;
     PngWriter& operator=(const PngWriter&) = delete;
 
-    void write(const ImageModel& image) {
+    void write(const ImageModel& image, const Progress& progress) {
         const ImageSize size = imageSizeOf(image);
         const bool is16Bit = image.getDataType() == VoxelTypes::uint16;
         require(succeeds(png_, [&] {
@@ -47,10 +47,11 @@ public:
         }));
         std::vector<png_byte> row(size.x * helper::getSizeOf(image.getDataType()));
         png_bytep const voxels = row.data();
-        forEachRow(size, [&](const RowIndex& index) {
+        const auto writeRow = [&](const RowIndex& index) {
             readWholeRow(image, voxels, index);
             require(succeeds(png_, [=, this] { png_write_row(png_, voxels); }));
-        });
+        };
+        forEachRow(size, writeRow, progress);
         require(succeeds(png_, [this] { png_write_end(png_, nullptr); }));
     }
 
@@ -69,8 +70,8 @@ private:
 
 }  // namespace
 
-void writePng(AtomicFile& file, const ImageModel& image) {
-    PngWriter(file).write(image);
+void writePng(AtomicFile& file, const ImageModel& image, const Progress& progress) {
+    PngWriter(file).write(image, progress);
 }
 
 }  // namespace zel::tool

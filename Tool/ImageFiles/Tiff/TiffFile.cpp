@@ -32,8 +32,9 @@ public:
         return {};
     }
 
-    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details) const override {
-        writeTiff(file, image, details);
+    void write(AtomicFile& file, const ImageModel& image, const FileDetails& details,
+               const Progress& progress) const override {
+        writeTiff(file, image, details, progress);
     }
 };
 

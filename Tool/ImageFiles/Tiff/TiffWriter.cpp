@@ -34,12 +34,14 @@ public:
           strip_(rowsPerStrip_ * rowBytes_),
           handle_(file, needsBigTiff(image.getDataType(), size_)) {}
 
-    void write() {
+    void write(const Progress& progress) {
         const std::string order = tiffPageOrder(image_, details_);
-        for (std::size_t page = 0; page < size_.z * size_.i3 * size_.i4; ++page) {
+        const std::size_t pages = size_.z * size_.i3 * size_.i4;
+        for (std::size_t page = 0; page < pages; ++page) {
             describePage();
             if (page == 0) describeFile();
-            writeStrips(planeOfPage(page, size_, order));
+            const auto done = static_cast<double>(page), all = static_cast<double>(pages);
+            writeStrips(planeOfPage(page, size_, order), partOf(progress, done / all, (done + 1) / all));
             check(TIFFWriteDirectory(handle_.get()) == 1);
         }
     }
@@ -77,7 +79,7 @@ private:
         set(TIFFTAG_YRESOLUTION, y);
     }
 
-    void writeStrips(RowIndex plane) {
+    void writeStrips(RowIndex plane, const Progress& progress) {
         std::uint32_t number = 0;
         for (std::size_t first = 0; first < size_.y; first += rowsPerStrip_) {
             const std::size_t rows = std::min(rowsPerStrip_, size_.y - first);
@@ -87,6 +89,7 @@ private:
             }
             const auto bytes = static_cast<tmsize_t>(rows * rowBytes_);
             check(TIFFWriteEncodedStrip(handle_.get(), number++, strip_.data(), bytes) == bytes);
+            if (progress) progress(static_cast<double>(first + rows) / static_cast<double>(size_.y));
         }
     }
 
@@ -128,8 +131,8 @@ bool needsBigTiff(VoxelTypes type, const ImageSize& size) {
     return *voxelBytes + growth + pages * (pageBytes + maxStrips * stripEntryBytes) > UINT32_MAX;
 }
 
-void writeTiff(AtomicFile& file, const ImageModel& image, const FileDetails& details) {
-    TiffWriter(file, image, details).write();
+void writeTiff(AtomicFile& file, const ImageModel& image, const FileDetails& details, const Progress& progress) {
+    TiffWriter(file, image, details).write(progress);
 }
 
 }  // namespace zel::tool

@@ -5,6 +5,7 @@
 
 #include "ImageFiles/Common/AtomicFile.h"
 #include "ImageFiles/Common/FileDetails.h"
+#include "ImageFiles/Common/Progress.h"
 #include "zel/HostImage.h"
 
 namespace zel::tool {
@@ -17,6 +18,6 @@ bool needsBigTiff(VoxelTypes type, const ImageSize& size);
 
 /// Writes an image as a page for each slice, channel (axis 3) and time point (axis 4), in this machine's byte order,
 /// compressed as the details say.
-void writeTiff(AtomicFile& file, const ImageModel& image, const FileDetails& details);
+void writeTiff(AtomicFile& file, const ImageModel& image, const FileDetails& details, const Progress& progress);
 
 }  // namespace zel::tool
