@@ -4,6 +4,7 @@
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "Matching/FrequencyFilter.h"
+#include "Runs/CompressionOption.h"
 #include "Runs/Description.h"
 #include "Runs/NumberOption.h"
 #include "System/Output.h"
@@ -46,6 +47,7 @@ public:
                         NumberFormat<double>{3, 3, {0, 1e9, true, ""}, "1,1,1"}, [this](const Numbers& numbers) {
                             spacing_ = {numbers[0], numbers[1], numbers[2]};
                         });
+        addCompressionOption(app, details_, [this] { return std::vector{output_}; });
         app.add_flag("--quiet", isQuiet_, "Print no summary");
         app.add_flag("--json", isJson_, "Print the summary as a JSON object on standard output");
         app.footer(
@@ -60,7 +62,7 @@ public:
         const ImageSize size{box[0] + 1, box[1], box[2]};
         checkWritable(output_, VoxelTypes::float32, size);
         HostImage filter = makeFrequencyFilter(box, spacing_, bands_);
-        writeImageFile(output_, filter);
+        writeImageFile(output_, filter, details_);
         if (isJson_) {
             printJson({{"output", output_}, {"size", sizeToJson(size)}});
         } else if (!isQuiet_) {
@@ -98,6 +100,7 @@ private:
     std::string tablePath_;
     FrequencyBands bands_;
     std::array<double, 3> spacing_{};  // 0 until it is known
+    FileDetails details_;
     bool isQuiet_ = false;
     bool isJson_ = false;
 };
