@@ -5,6 +5,9 @@
 #include "Runs/CompressionOption.h"
 #include "Runs/Description.h"
 #include "Runs/FilterFiles.h"
+#include "Runs/ProgressBar.h"
+#include "Runs/Stopwatch.h"
+#include "Runs/TimedFiles.h"
 #include "Runs/VoxelTypeOption.h"
 #include "System/Output.h"
 
@@ -42,25 +45,32 @@ public:
 
     int run() override {
         checkWritable(output_);
-        HostImage image = readImageFile(input_, details_);
+        TimedFiles timed(isQuiet_);
+        HostImage image = timed.read(input_, details_);
         const VoxelTypes type = type_.value_or(image.getDataType());
         checkWritable(output_, type, imageSizeOf(image));
-        if (type != image.getDataType()) image = convertVoxels(image, type);
+        const Stopwatch watch;
+        if (type != image.getDataType())
+            image = convertVoxels(image, type, ProgressBar("converting", isQuiet_).forWork());
+        const double seconds = watch.seconds();
         details_.done = "zel convert --type " + std::string(voxelTypeName(type));
-        writeImageFile(output_, image, details_);
+        timed.write(output_, image, details_);
         reportLosses(input_, output_, details_);
-        report(image);
+        report(image, timed, seconds);
         return 0;
     }
 
 private:
-    void report(const HostImage& image) const {
+    void report(const HostImage& image, const TimedFiles& timed, double seconds) const {
         const std::string typeName(voxelTypeName(image.getDataType()));
         const ImageSize size = imageSizeOf(image);
         if (isJson_) {
-            printJson({{"input", input_}, {"output", output_}, {"size", sizeToJson(size)}, {"type", typeName}});
+            nlohmann::ordered_json object{
+                {"input", input_}, {"output", output_}, {"size", sizeToJson(size)}, {"type", typeName}};
+            object.update(timed.toJson(seconds));
+            printJson(object);
         } else if (!isQuiet_) {
-            printLine(output_ + ": " + toText(size) + ", " + typeName);
+            printLine(output_ + ": " + toText(size) + ", " + typeName + "; " + timed.toText(seconds));
         }
     }
 

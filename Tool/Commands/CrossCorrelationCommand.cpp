@@ -26,11 +26,15 @@ nlohmann::ordered_json measurementToJson(CrossCorrelation2dMsr& measurement) {
 }  // namespace
 
 void CrossCorrelationCommand::addOptions(CLI::App& app) {
-    app.add_option("INPUT", input_, "Image to search, one slice: " + imageFileExtensions())->required()->type_name("");
+    app.add_option("INPUT", input_, "Image to search, one slice: " + imageFileExtensions() + "; - for standard input")
+        ->required()
+        ->type_name("");
     app.add_option("TEMPLATE", template_, "Image to find, of the input's voxel type and no larger")
         ->required()
         ->type_name("");
-    app.add_option("OUTPUT", output_, "Scores to write, float32 from -1 to 1")->required()->type_name("");
+    app.add_option("OUTPUT", output_, "Scores to write, float32 from -1 to 1; - for NPY on standard output")
+        ->required()
+        ->type_name("");
     addParameters(app);
     app.add_option("--measurement", measurementFile_, "JSON file for the unscaled range and the best position")
         ->type_name("FILE");
@@ -58,7 +62,8 @@ int CrossCorrelationCommand::run() {
     if (!measurementFile_.empty()) AtomicFile::checkWritable(measurementFile_);
     for (const std::string& other : {measurementFile_, markedFile_})
         if (other == output_) throw CLI::ValidationError("two results are the same file, " + output_);
-    const HostImage input = readImageFile(input_, details_), pattern = readImageFile(template_);
+    TimedFiles timed(options_.isQuiet);
+    const HostImage input = timed.read(input_, details_), pattern = timed.read(template_);
     const ImageSize size = imageSizeOf(input);
     if (size.z * size.i3 * size.i4 != 1) throw FileError(input_ + " has several slices; cross-correlation takes one");
     checkWritable(output_, VoxelTypes::float32, size);
@@ -70,11 +75,11 @@ int CrossCorrelationCommand::run() {
         return 0;
     }
     details_.done = "zel " + name();
-    writeImageFile(output_, match.scores, details_);
+    timed.write(output_, match.scores, details_);
     if (!measurementFile_.empty()) writeMeasurement(match.measurement);
-    if (!markedFile_.empty()) writeImageFile(markedFile_, match.marked, details_);
+    if (!markedFile_.empty()) timed.write(markedFile_, match.marked, details_);
     reportLosses(input_, output_, details_);
-    printResult(match);
+    printResult(match, timed);
     return 0;
 }
 
@@ -99,21 +104,17 @@ void CrossCorrelationCommand::writeMeasurement(const nlohmann::ordered_json& fou
     file.commit();
 }
 
-void CrossCorrelationCommand::printResult(const Match& match) const {
+void CrossCorrelationCommand::printResult(const Match& match, const TimedFiles& timed) const {
     const ImageSize size = imageSizeOf(match.scores);
     if (options_.isJson) {
-        nlohmann::ordered_json object{{"algorithm", name()},
-                                      {"input", input_},
-                                      {"template", template_},
-                                      {"output", output_},
-                                      {"size", sizeToJson(size)},
-                                      {"type", "float32"},
-                                      {"seconds", match.report.seconds},
+        nlohmann::ordered_json object{{"algorithm", name()},        {"input", input_},          {"template", template_},
+                                      {"output", output_},          {"size", sizeToJson(size)}, {"type", "float32"},
                                       {"steps", match.report.steps}};
+        object.update(timed.toJson(match.report.seconds));
         object.update(match.measurement);
         printJson(object);
     } else if (!options_.isQuiet) {
-        printLine(output_ + ": " + toText(size) + ", float32, " + secondsToText(match.report.seconds) + " s");
+        printLine(output_ + ": " + toText(size) + ", float32; " + timed.toText(match.report.seconds));
         for (const auto& [key, value] : match.measurement.items()) printLine(key + ": " + value.dump());
     }
 }

@@ -5,6 +5,7 @@
 #include "Commands/Command.h"
 #include "ImageFiles/Common/FileDetails.h"
 #include "Runs/FilterRun.h"
+#include "Runs/TimedFiles.h"
 #include "zel/algorithms/CudaCrossCorrelation2d.h"
 
 namespace zel::tool {
@@ -31,7 +32,7 @@ public:
 
 private:
     void writeMeasurement(const nlohmann::ordered_json& found) const;
-    void printResult(const Match& match) const;
+    void printResult(const Match& match, const TimedFiles& timed) const;
 
     cuda::CudaCrossCorrelation2d algorithm_;
     std::string input_, template_, output_, measurementFile_, markedFile_;

@@ -1,6 +1,5 @@
 #include "Commands/FilterCommand.h"
 
-#include <chrono>
 #include <exception>
 #include <new>
 
@@ -12,16 +11,6 @@
 #include "System/Output.h"
 
 namespace zel::tool {
-
-namespace {
-
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-}  // namespace
 
 void AnyFilterCommand::addOptions(CLI::App& app) {
     app_ = &app;
@@ -66,10 +55,9 @@ int AnyFilterCommand::run() {
 
 void AnyFilterCommand::filterFile(const FilterFiles& files) {
     FileDetails details = details_;
-    FileTimes times;
-    const Clock::time_point readingStart = Clock::now();
-    const HostImage input = files.read(details);
-    times.reading = secondsSince(readingStart);
+    TimedFiles timed(options_.isQuiet);
+    checkWritable(files.output);
+    const HostImage input = timed.read(files.input, details);
     if (const VoxelTypes type = input.getDataType(); !takesType(type) && !isComplex(type)) {
         throw FileError(name() + " does not take " + std::string(voxelTypeName(type)) + "; make " + files.input +
                         " fit with zel convert " + files.input + " NEW.npy --type float32");
@@ -90,11 +78,9 @@ void AnyFilterCommand::filterFile(const FilterFiles& files) {
         return;
     }
     details.done = whatIsDone(*app_);
-    const Clock::time_point writingStart = Clock::now();
-    writeImageFile(files.output, output, details);
-    times.writing = secondsSince(writingStart);
+    timed.write(files.output, output, details);
     reportLosses(files.input, files.output, details);
-    printReport(name(), files, output, report, times, options_);
+    printReport(name(), files, output, report, timed, options_);
 }
 
 }  // namespace zel::tool

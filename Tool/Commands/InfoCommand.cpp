@@ -8,6 +8,8 @@
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "Runs/Description.h"
+#include "Runs/ProgressBar.h"
+#include "Runs/TimedFiles.h"
 #include "System/Output.h"
 
 namespace zel::tool {
@@ -36,7 +38,7 @@ ValueRange rangeOf(const ImageModel& image) {
     std::vector<T> voxels(size.x);
     bool isFound = false;
     T minimum{}, maximum{};
-    forEachRow(size, [&](const RowIndex& row) {
+    const auto takeRow = [&](const RowIndex& row) {
         readWholeRow(image, voxels.data(), row);
         for (const T value : voxels) {
             if (value != value) continue;  // NaN
@@ -44,7 +46,9 @@ ValueRange rangeOf(const ImageModel& image) {
             maximum = !isFound || maximum < value ? value : maximum;
             isFound = true;
         }
-    });
+    };
+    ProgressBar bar("measuring", false);
+    forEachRow(size, takeRow, bar.forWork());
     if (!isFound) return {};
     return {jsonNumber(minimum), jsonNumber(maximum), numberToText(minimum) + " to " + numberToText(maximum)};
 }
@@ -66,7 +70,7 @@ struct ImageDescription {
 
 ImageDescription describe(const std::string& path) {
     FileDetails details;
-    const HostImage image = readImageFile(path, details);
+    const HostImage image = TimedFiles(false).read(path, details);
     return {.file = path,
             .size = imageSizeOf(image),
             .type = std::string(voxelTypeName(image.getDataType())),

@@ -34,10 +34,11 @@ public:
                            .description = "How much the surroundings may differ, as a standard deviation and a part of "
                                           "the image's range: more noise needs more"},
                           algorithm_.rangeSigma);
-        addPropertyOption(
-            app,
-            {.name = "--patch-radius", .values = "P", .description = "The surroundings have 2 P + 1 voxels a side"},
-            algorithm_.patchRadius);
+        addPropertyOption(app,
+                          {.name = "--patch-radius",
+                           .values = "P",
+                           .description = "The surroundings have 2 P + 1 voxels a side; at least 1"},
+                          algorithm_.patchRadius);
         addPropertyOption(app,
                           {.name = "--halo-radius",
                            .values = "H",

@@ -6,6 +6,7 @@
 #include "Matching/ScorePeaks.h"
 #include "Runs/Description.h"
 #include "Runs/NumberOption.h"
+#include "Runs/TimedFiles.h"
 #include "System/Output.h"
 #include "Tables/TableFile.h"
 #include "zel/ImageModelAdapter.h"
@@ -91,8 +92,9 @@ public:
     int run() override {
         checkTableWritable(output_);
         const tarnway::DataFrameView table = readTableFile(tablePath_);
-        const HostImage scores = readImageFile(scorePath_);
-        const HostImage index = readImageFile(indexPath_);
+        TimedFiles timed(isQuiet_);
+        const HostImage scores = timed.read(scorePath_);
+        const HostImage index = timed.read(indexPath_);
         requireVolumes(scores, index);
         const std::vector<Peak> peaks = findPeaks(scores, selection_);
         writeTableFile(output_, describe(peaks, index, table));

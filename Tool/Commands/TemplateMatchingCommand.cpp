@@ -1,6 +1,5 @@
 #include "Commands/TemplateMatchingCommand.h"
 
-#include <chrono>
 #include <stdexcept>
 
 #include "Commands/Commands.h"
@@ -15,6 +14,7 @@
 #include "Runs/FilterRun.h"
 #include "Runs/ProgressBar.h"
 #include "Runs/PropertyOption.h"
+#include "Runs/Stopwatch.h"
 #include "Runs/VoxelTypeOption.h"
 #include "System/Output.h"
 #include "Tables/TableFile.h"
@@ -30,9 +30,9 @@ VoxelTypes indexTypeFor(std::size_t rows) {
 }
 
 /// An image that takes the other's voxel size where its file cannot hold one.
-HostImage readAsPartner(const std::string& path, const ImageModel& other) {
+HostImage readAsPartner(TimedFiles& timed, const std::string& path, const ImageModel& other) {
     FileDetails details;
-    HostImage image = readImageFile(path, details);
+    HostImage image = timed.read(path, details);
     if (details.format == "NPY" || details.format == "PNG") {
         for (int axis = 0; axis < 3; ++axis) image.setSpacing(axis, other.getSpacing(axis));
     }
@@ -42,11 +42,15 @@ HostImage readAsPartner(const std::string& path, const ImageModel& other) {
 }  // namespace
 
 void TemplateMatchingCommand::addOptions(CLI::App& app) {
-    app.add_option("INPUT", inputPath_, "Volume to search: " + imageFileExtensions())->required()->type_name("");
+    app.add_option("INPUT", inputPath_, "Volume to search: " + imageFileExtensions() + "; - for standard input")
+        ->required()
+        ->type_name("");
     app.add_option("TEMPLATE", templatePath_, "What to search for; brought to the input's voxel type")
         ->required()
         ->type_name("");
-    app.add_option("SCORE", scorePath_, "Best score of each voxel, -1 to 1, float32")->required()->type_name("");
+    app.add_option("SCORE", scorePath_, "Best score of each voxel, -1 to 1, float32; - for NPY on standard output")
+        ->required()
+        ->type_name("");
     app.add_option("INDEX", indexPath_, "Number of the row that gave it, from 0 on")->required()->type_name("");
     app.add_option("--mask", maskPath_, "Weights of the template's voxels, of its size; those above 0 count")
         ->type_name("FILE");
@@ -76,15 +80,16 @@ int TemplateMatchingCommand::run() {
     checkWritable(scorePath_);
     checkWritable(indexPath_);
     if (scorePath_ == indexPath_) throw CLI::ValidationError("SCORE and INDEX are the same file, " + scorePath_);
-    const HostImage input = readImageFile(inputPath_, details_);
-    HostImage templateImage = readAsPartner(templatePath_, input);
+    TimedFiles timed(options_.isQuiet);
+    const HostImage input = timed.read(inputPath_, details_);
+    HostImage templateImage = readAsPartner(timed, templatePath_, input);
     if (templateImage.getDataType() != input.getDataType()) {
         templateImage = convertVoxels(templateImage, input.getDataType());
     }
     std::optional<HostImage> mask;
     std::optional<HostImage> filter;
-    if (!maskPath_.empty()) algorithm_.inputMask = &mask.emplace(readAsPartner(maskPath_, templateImage));
-    if (!filterPath_.empty()) algorithm_.frequencyFilter = &filter.emplace(readImageFile(filterPath_));
+    if (!maskPath_.empty()) algorithm_.inputMask = &mask.emplace(readAsPartner(timed, maskPath_, templateImage));
+    if (!filterPath_.empty()) algorithm_.frequencyFilter = &filter.emplace(timed.read(filterPath_));
     std::size_t rows = 1;
     if (!tablePath_.empty()) {
         const auto table = std::make_shared<const tarnway::DataFrameView>(readTableFile(tablePath_));
@@ -100,10 +105,10 @@ int TemplateMatchingCommand::run() {
         return 0;
     }
     details_.done = "zel " + name();
-    writeImageFile(scorePath_, result.score, details_);
-    writeImageFile(indexPath_, result.index, details_);
+    timed.write(scorePath_, result.score, details_);
+    timed.write(indexPath_, result.index, details_);
     reportLosses(inputPath_, scorePath_, details_);
-    print(result, rows);
+    print(result, rows, timed);
     return 0;
 }
 
@@ -131,31 +136,27 @@ MatchingResult TemplateMatchingCommand::search(const HostImage& input, const Hos
     result.report.imageBytes = placed.deviceBytes();
     if (options.isPlan) return result;
     const CancelOnInterrupt cancelOnInterrupt(algorithm_);
-    ProgressBar bar(options.isQuiet, 1);
-    const auto start = std::chrono::steady_clock::now();
+    ProgressBar bar("running", options.isQuiet);
+    const Stopwatch watch;
     algorithm_.run(&bar);
-    result.report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    result.report.seconds = watch.seconds();
     bar.finishRun();
     result.report.steps = bar.steps();
     placed.copyResults(result.score, result.index);
     return result;
 }
 
-void TemplateMatchingCommand::print(const MatchingResult& result, std::size_t rows) const {
+void TemplateMatchingCommand::print(const MatchingResult& result, std::size_t rows, const TimedFiles& timed) const {
     const ImageSize size = imageSizeOf(result.score);
     if (options_.isJson) {
-        printJson({{"algorithm", name()},
-                   {"input", inputPath_},
-                   {"template", templatePath_},
-                   {"score", scorePath_},
-                   {"index", indexPath_},
-                   {"size", sizeToJson(size)},
-                   {"rows", rows},
-                   {"seconds", result.report.seconds},
-                   {"steps", result.report.steps}});
+        nlohmann::ordered_json object{{"algorithm", name()}, {"input", inputPath_},         {"template", templatePath_},
+                                      {"score", scorePath_}, {"index", indexPath_},         {"size", sizeToJson(size)},
+                                      {"rows", rows},        {"steps", result.report.steps}};
+        object.update(timed.toJson(result.report.seconds));
+        printJson(object);
     } else if (!options_.isQuiet) {
         printLine(scorePath_ + ", " + indexPath_ + ": " + toText(size) + ", " + std::to_string(rows) +
-                  (rows == 1 ? " row, " : " rows, ") + secondsToText(result.report.seconds) + " s");
+                  (rows == 1 ? " row; " : " rows; ") + timed.toText(result.report.seconds));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "Commands/Command.h"
 #include "ImageFiles/Common/FileDetails.h"
 #include "Runs/FilterRun.h"
+#include "Runs/TimedFiles.h"
 #include "zel/algorithms/CudaTemplateMatching3d.h"
 
 namespace zel::tool {
@@ -29,7 +30,7 @@ public:
 
 private:
     VoxelTypes checkedIndexType(std::size_t rows) const;
-    void print(const MatchingResult& result, std::size_t rows) const;
+    void print(const MatchingResult& result, std::size_t rows, const TimedFiles& timed) const;
 
     cuda::CudaTemplateMatching3d algorithm_;
     std::string inputPath_, templatePath_, scorePath_, indexPath_, maskPath_, filterPath_, tablePath_;

@@ -44,11 +44,6 @@ std::vector<FilterFiles> FileArguments::all() const {
     return all;
 }
 
-HostImage FilterFiles::read(FileDetails& details) const {
-    checkWritable(output);
-    return readImageFile(input, details);
-}
-
 std::string whatIsDone(const CLI::App& app) {
     std::string text = "zel " + app.get_name();
     for (const CLI::Option* const option : app.get_options()) {
@@ -89,22 +84,16 @@ void printPlan(const std::string& algorithm, const std::string& input, const Run
 }
 
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
-                 const RunReport& report, const FileTimes& times, const RunOptions& options) {
+                 const RunReport& report, const TimedFiles& times, const RunOptions& options) {
     const ImageSize size = imageSizeOf(output);
     const std::string type(voxelTypeName(output.getDataType()));
     if (options.isJson) {
-        printJson({{"algorithm", algorithm},
-                   {"input", files.input},
-                   {"output", files.output},
-                   {"size", sizeToJson(size)},
-                   {"type", type},
-                   {"seconds", report.seconds},
-                   {"readSeconds", times.reading},
-                   {"writeSeconds", times.writing},
-                   {"steps", report.steps}});
+        nlohmann::ordered_json object{{"algorithm", algorithm},   {"input", files.input}, {"output", files.output},
+                                      {"size", sizeToJson(size)}, {"type", type},         {"steps", report.steps}};
+        object.update(times.toJson(report.seconds));
+        printJson(object);
     } else if (!options.isQuiet) {
-        printLine(files.output + ": " + toText(size) + ", " + type + "; read " + secondsToText(times.reading) +
-                  " s, ran " + secondsToText(report.seconds) + " s, wrote " + secondsToText(times.writing) + " s");
+        printLine(files.output + ": " + toText(size) + ", " + type + "; " + times.toText(report.seconds));
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "ImageFiles/Common/FileDetails.h"
 #include "Runs/FilterRun.h"
+#include "Runs/TimedFiles.h"
 
 namespace zel::tool {
 
@@ -13,10 +14,6 @@ namespace zel::tool {
 struct FilterFiles {
     std::string input;
     std::string output;
-
-    /// Reads the input, after a check that the output's name can be written.
-    /// @param details  gets what the input's file says besides the image.
-    HostImage read(FileDetails& details) const;
 };
 
 /// The files that a command is given: an input and an output, or several inputs and a folder.
@@ -33,12 +30,6 @@ private:
     std::vector<std::string> others_;  ///< the output, or more inputs and the folder
 };
 
-/// What the files of a run took, in seconds.
-struct FileTimes {
-    double reading = 0;
-    double writing = 0;
-};
-
 /// The command line without files and without the options of all algorithms: "zel box-filter --kernel 9,9".
 std::string whatIsDone(const CLI::App& app);
 
@@ -51,6 +42,6 @@ void printPlan(const std::string& algorithm, const std::string& input, const Run
 
 /// Prints what was done, in the form that the options ask for.
 void printReport(const std::string& algorithm, const FilterFiles& files, const ImageModel& output,
-                 const RunReport& report, const FileTimes& times, const RunOptions& options);
+                 const RunReport& report, const TimedFiles& times, const RunOptions& options);
 
 }  // namespace zel::tool

@@ -1,11 +1,11 @@
 #include "Runs/FilterRun.h"
 
-#include <chrono>
 #include <optional>
 
 #include "ImageFiles/Common/Rows.h"
 #include "Runs/Devices.h"
 #include "Runs/ProgressBar.h"
+#include "Runs/Stopwatch.h"
 #include "System/Interrupt.h"
 #include "zel/ImageModelSizeProxy.h"
 
@@ -57,11 +57,11 @@ RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, co
             report.imageBytes += imageBytes(type, partSize).value_or(0);
     }
 
-    ProgressBar bar(options.isQuiet || options.isPlan, partCount);
+    ProgressBar bar("running", options.isQuiet || options.isPlan, partCount);
     const auto timedRun = [&](const ImageModel& source, ImageModel& result) {
-        const auto start = std::chrono::steady_clock::now();
+        const Stopwatch watch;
         run(source, result, &bar);
-        report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        report.seconds += watch.seconds();
     };
     for (std::size_t number = 0; number < (options.isPlan ? 1 : partCount); ++number) {
         checkInterrupt();

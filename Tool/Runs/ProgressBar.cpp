@@ -9,16 +9,17 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zel::tool {
 
 namespace {
 
 /// As if the rest went on as fast as what is done. Nothing while that tells little.
-std::string timeLeft(double fraction, std::chrono::duration<double> sinceStart) {
+std::string timeLeft(double fraction, double secondsSoFar) {
     constexpr double enoughSeconds = 2;
-    if (fraction <= 0 || fraction >= 1 || sinceStart.count() < enoughSeconds) return "";
-    const auto seconds = static_cast<long>(std::ceil(sinceStart.count() * (1 - fraction) / fraction));
+    if (fraction <= 0 || fraction >= 1 || secondsSoFar < enoughSeconds) return "";
+    const auto seconds = static_cast<long>(std::ceil(secondsSoFar * (1 - fraction) / fraction));
     if (seconds < 120) return std::to_string(seconds) + " s left";
     if (seconds < 7200) return std::to_string(seconds / 60) + " min left";
     return std::to_string(seconds / 3600) + " h left";
@@ -38,11 +39,11 @@ std::size_t terminalWidth() {
 
 }  // namespace
 
-ProgressBar::ProgressBar(bool isQuiet, std::uint64_t runCount)
-    : isVisible_(!isQuiet && canDraw()), runCount_(runCount) {}
+ProgressBar::ProgressBar(std::string work, bool isQuiet, std::uint64_t runCount)
+    : work_(std::move(work)), isVisible_(!isQuiet && canDraw()), runCount_(runCount) {}
 
 ProgressBar::~ProgressBar() {
-    if (!drawn_.empty()) std::fputs("\r\x1b[K", stderr);
+    if (drawnPercent_ >= 0) std::fputs("\r\x1b[K", stderr);
 }
 
 void ProgressBar::progress(std::uint64_t done, std::uint64_t total) {
@@ -58,22 +59,34 @@ void ProgressBar::finishRun() {
     stepsOfRun_ = 0;
 }
 
+Progress ProgressBar::forWork() {
+    if (!isVisible_) return {};
+    return [this](double fraction) { draw(fraction); };
+}
+
 void ProgressBar::draw(double fraction) {
+    // Called for each row of an image; the time left is told anew now and then though the bar stands still.
+    constexpr double secondsBetweenTimes = 0.25;
     const int percent = static_cast<int>(100 * fraction);
-    const std::string rest = timeLeft(fraction, std::chrono::steady_clock::now() - start_);
+    const double seconds = sinceStart_.seconds();
+    if (percent == drawnPercent_ && seconds < drawnAtSecond_ + secondsBetweenTimes) return;
+    drawnPercent_ = percent;
+    drawnAtSecond_ = seconds;
+
+    const std::string rest = timeLeft(fraction, seconds);
     const std::string numbers = std::to_string(percent) + " %" + (rest.empty() ? "" : ", " + rest);
     // The last column stays free: a line that fills it would wrap. Where hardly a bar fits, the numbers stand alone.
     constexpr std::size_t maxBar = 40, minBar = 5, frame = 3;
-    const std::size_t columns = terminalWidth() - 1, taken = numbers.size() + frame;
-    std::string text;
+    const std::size_t columns = terminalWidth() - 1;
+    std::string text = work_ + " ";
+    if (columns < text.size() + numbers.size() + frame + minBar) text.clear();
+    const std::size_t taken = text.size() + numbers.size() + frame;
     if (columns >= taken + minBar) {
         const std::size_t width = std::min(maxBar, columns - taken);
         const std::size_t filled = static_cast<std::size_t>(percent) * width / 100;
         text.append("[").append(filled, '#').append(width - filled, '.').append("] ");
     }
     text.append(numbers.substr(0, columns));
-    if (text == drawn_) return;
-    drawn_ = text;
     std::fprintf(stderr, "\r%s\x1b[K", text.c_str());
     std::fflush(stderr);
 }
