@@ -92,11 +92,11 @@ TEST(NppMemoryDeathTest, FilterWithoutMemoryForItsWorkBufferIsRefused) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto filterWithoutMemory = [] {
         mallopt(M_ARENA_MAX, 1);  // further ones reserve address space that the limit would not reach
-        constexpr NppiSize size{1200, 1200};
+        constexpr NppiSize size{60000, 8};
         NppImage<float> src(size), dst(size);
         const auto filter = [&] {
             return nppiFilterBoxBorder_32f_C1R_Ctx(src.device(), src.step(), size, {0, 0}, dst.device(), dst.step(),
-                                                   size, {500, 500}, {250, 250}, NPP_BORDER_REPLICATE, {});
+                                                   size, {60001, 3}, {30000, 1}, NPP_BORDER_REPLICATE, {});
         };
         rlimit before{};
         getrlimit(RLIMIT_AS, &before);

@@ -1,12 +1,16 @@
 #include <host_device.h>
 #include <nppi_filtering_functions.h>
+#include <tbb/global_control.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <utility>
 
+#include "ExactSum.h"
 #include "Npp/Box/BoxDivision.h"
 #include "NppImage.h"
 
@@ -46,21 +50,32 @@ std::int64_t timesTaken(std::int64_t i, std::int64_t n, std::int64_t first, std:
     return (i == n - 1 ? count : before(i + 1)) - (i == 0 ? 0 : before(i));
 }
 
-/// Mean of the window of source pixel (x, y), truncated for integers; summed pixel by pixel of the image, so that huge
-/// masks are quick.
-template <typename T>
-T plainMean(const NppImage<T>& src, int x, int y, const Window& window) {
-    using Sum = std::conditional_t<std::is_floating_point_v<T>, double, host::Signed128>;
+/// add(pixel, how often the window of source pixel (x, y) takes it), pixel by pixel of the image, so that huge masks
+/// are quick.
+template <typename T, typename Add>
+void forEachTaken(const NppImage<T>& src, int x, int y, const Window& window, const Add& add) {
     const auto [width, height] = src.size();
     const auto& [mask, anchor] = window;
-    Sum sum = 0;
     for (int j = 0; j < height; ++j) {
         const std::int64_t rows = timesTaken(j, height, y - anchor.y, mask.height);
-        for (int i = 0; i < width; ++i)
-            sum += static_cast<Sum>(rows) * static_cast<Sum>(timesTaken(i, width, x - anchor.x, mask.width)) *
-                   static_cast<Sum>(src.at(i, j));
+        for (int i = 0; i < width && rows != 0; ++i)
+            add(src.at(i, j), rows * timesTaken(i, width, x - anchor.x, mask.width));
     }
-    return static_cast<T>(sum / static_cast<Sum>(std::int64_t{mask.width} * mask.height));
+}
+
+/// Of integers the mean truncated, of floats the exact sum rounded and divided.
+template <typename T>
+T plainMean(const NppImage<T>& src, int x, int y, const Window& window) {
+    const std::int64_t area = std::int64_t{window.mask.width} * window.mask.height;
+    if constexpr (std::is_floating_point_v<T>) {
+        ExactSum sum;
+        forEachTaken(src, x, y, window, [&](T pixel, std::int64_t times) { sum.add(pixel, times); });
+        return sum.rounded() / static_cast<T>(area);
+    } else {
+        host::Signed128 sum = 0;
+        forEachTaken(src, x, y, window, [&](T pixel, std::int64_t times) { sum += host::Signed128{pixel} * times; });
+        return static_cast<T>(sum / area);
+    }
 }
 
 std::vector<Window> windowsOfAllKinds() {
@@ -99,58 +114,180 @@ TYPED_TEST(NppBoxTest, MeansAreRightForEveryMask) {
             const NppiPoint offset{size.width / 3, size.height / 4};
             NppImage<T> dst({size.width - offset.x, (size.height - offset.y + 1) / 2});
             filter(src, offset, dst, window);
-            dst.expectEach([&](T mean, int x, int y) {
-                ASSERT_NEAR(mean, plainMean(src, offset.x + x, offset.y + y, window), isInteger ? 0 : 1e-4);
-            });
+            dst.expectEach(
+                [&](T mean, int x, int y) { ASSERT_EQ(mean, plainMean(src, offset.x + x, offset.y + y, window)); });
         }
     }
 }
 
-// Of an image larger than the pieces that rows are cut into. Both ways to cut: a region of the whole image, and a tile
-// with margins as an image of its own.
-TYPED_TEST(NppBoxTest, PartsHaveTheBitsOfTheWhole) {
-    using T = TypeParam;
-    constexpr int width = 4500, height = 260;
-    auto src = NppImage<T>::random({width, height}, 11);
+/// Of an image larger than the pieces that rows are cut into. Both ways to cut: a region of the whole image, and a tile
+/// with margins as an image of its own.
+template <typename T>
+void expectPartsLikeTheWhole(NppImage<T>& src, const Window& window) {
+    SCOPED_TRACE(::testing::Message() << window);
+    const auto [width, height] = src.size();
+    const NppiPoint anchor = window.anchor;
     NppImage<T> whole(src.size());
+    filter(src, {0, 0}, whole, window);
+    whole.expectEach([](T, int, int) {});
+    for (int top = 0; top < height; top += 53)
+        for (int left = 0; left < width; left += 901) {
+            NppImage<T> region({std::min(901, width - left), std::min(53, height - top)}), tile(region.size());
+            filter(src, {left, top}, region, window);
+            filter(src, {left, top}, tile, window, {std::max(0, left - anchor.x), std::max(0, top - anchor.y)},
+                   {std::min(width, left + 901 + anchor.x), std::min(height, top + 53 + anchor.y)});
+            for (int y = 0; y < tile.size().height; ++y)
+                for (const auto* part : {&region, &tile})
+                    ASSERT_EQ(std::memcmp(&part->at(0, y), &std::as_const(whole).at(left, top + y),
+                                          sizeof(T) * static_cast<std::size_t>(tile.size().width)),
+                              0)
+                        << left << ", " << top + y;
+        }
+}
+
+TYPED_TEST(NppBoxTest, PartsHaveTheBitsOfTheWhole) {
+    auto src = NppImage<TypeParam>::random({4500, 260}, 11);
     for (const Window& window :
-         {centred(3, 3), centred(4, 6), centred(15, 15), centred(51, 51), centred(63, 2), centred(17, 64)}) {
-        SCOPED_TRACE(::testing::Message() << window);
-        const NppiPoint anchor = window.anchor;
-        filter(src, {0, 0}, whole, window);
-        whole.expectEach([](T, int, int) {});
-        for (int top = 0; top < height; top += 53)
-            for (int left = 0; left < width; left += 901) {
-                NppImage<T> region({std::min(901, width - left), std::min(53, height - top)}), tile(region.size());
-                filter(src, {left, top}, region, window);
-                filter(src, {left, top}, tile, window, {std::max(0, left - anchor.x), std::max(0, top - anchor.y)},
-                       {std::min(width, left + 901 + anchor.x), std::min(height, top + 53 + anchor.y)});
-                for (int y = 0; y < tile.size().height; ++y)
-                    for (const auto* part : {&region, &tile})
-                        ASSERT_EQ(std::memcmp(&part->at(0, y), &std::as_const(whole).at(left, top + y),
-                                              sizeof(T) * static_cast<std::size_t>(tile.size().width)),
-                                  0)
-                            << left << ", " << top + y;
+         {centred(3, 3), centred(4, 6), centred(15, 15), centred(51, 51), centred(63, 2), centred(17, 64)})
+        expectPartsLikeTheWhole(src, window);
+}
+
+/// A kind of pixels that is hard to sum.
+struct HardPixels {
+    const char* name;
+    std::function<float(std::mt19937&, int x)> pixel;
+};
+
+std::vector<HardPixels> hardPixels() {
+    constexpr float infinity = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
+    const auto oneOf = [](std::vector<float> values) {
+        return [=](std::mt19937& random, int) { return values[random() % values.size()]; };
+    };
+    const auto bits = [](std::uint32_t kept, std::uint32_t set) {
+        return [=](std::mt19937& random, int) {
+            return std::bit_cast<float>((static_cast<std::uint32_t>(random()) & kept) | set);
+        };
+    };
+    const auto normal = [](std::mt19937& random, int) { return std::normal_distribution<float>()(random); };
+    const auto rarely = [=](float value, unsigned times) {
+        return [=](std::mt19937& random, int x) { return random() % times == 0 ? value : normal(random, x); };
+    };
+    return {
+        {"normal", normal},
+        {"of 8 decades", [=](std::mt19937& random, int x) { return std::exp(4.0f * normal(random, x)); }},
+        {"of any exponent", bits(0xBFFFFFFF, 0)},
+        {"of any exponent but huge", bits(0xFFFFFFFF & ~0x08000000U, 0)},
+        {"powers of two", bits(0xBF800000, 0)},
+        {"denormal", bits(0x807FFFFF, 0)},
+        {"of any bits", bits(0xFFFFFFFF, 0)},
+        {"cancelling", oneOf({1e30f, -1e30f, 1.0f, -1.0f, 1e-30f})},
+        {"next to ties of two parts", oneOf({1.0f, 0x1p-24f, -0x1p-24f, 0x1p-50f, -0x1p-50f, 0x1p-78f, -0x1p-78f})},
+        {"next to ties of some", oneOf({1.0f, 0x1p-24f, -0x1p-24f, 0x1p-54f, -0x1p-90f, 0x1p-90f})},
+        {"next to ties of many", oneOf({1.0f, 0x1p-24f, -0x1p-24f, 0x1p-54f, -0x1p-149f, 0x1p-149f})},
+        {"beyond the largest", oneOf({3.4e38f, 3.4e38f, -3.4e38f, 1.0f})},
+        {"zeros", oneOf({0.0f, -0.0f})},
+        {"with an outlier", rarely(1e30f, 300)},
+        {"with tiny ones", rarely(1e-30f, 100)},
+        {"with infinities", rarely(infinity, 300)},
+        {"with NaN", rarely(nan, 300)},
+        {"with columns of both infinities",
+         [=](std::mt19937& random, int x) { return x == 5    ? infinity
+                                                   : x == 12 ? -infinity
+                                                             : normal(random, x); }},
+    };
+}
+
+NppImage<float> imageOf(const HardPixels& kind, NppiSize size, unsigned seed) {
+    NppImage<float> image(size);
+    std::mt19937 random(seed);
+    image.fillWith([&](int x, int) { return kind.pixel(random, x); });
+    return image;
+}
+
+TEST(NppBoxFloatTest, MeansAreExactSumsRoundedOnceAndDivided) {
+    unsigned seed = 1;
+    for (const HardPixels& kind : hardPixels())
+        for (const NppiSize size : {NppiSize{41, 23}, NppiSize{6, 30}})
+            for (const Window& window : {centred(1, 1), centred(3, 3), Window{{21, 10}, {4, 7}}, centred(51, 51),
+                                         centred(1, 700), centred(4097, 4096)}) {
+                SCOPED_TRACE(::testing::Message() << "pixels " << kind.name << ", " << window << ", seed " << ++seed);
+                auto src = imageOf(kind, size, seed);
+                NppImage<float> dst(size);
+                filter(src, {0, 0}, dst, window);
+                dst.expectEach([&](float mean, int x, int y) {
+                    const float expected = plainMean(src, x, y, window);
+                    if (std::isnan(expected) && std::isnan(mean)) return;
+                    ASSERT_EQ(std::bit_cast<std::uint32_t>(mean), std::bit_cast<std::uint32_t>(expected))
+                        << mean << " is not " << expected << " at " << x << ", " << y;
+                });
+            }
+}
+
+// A lowest digit around each limit of what doubles hold in so many parts, below the largest sums and differences of
+// sums that there can be. Where the fields of a chequerboard cancel, only that digit is left.
+TEST(NppBoxFloatTest, LimitsOfDoublesHold) {
+    std::mt19937 random(4);
+    for (const Window& window : {centred(4, 4), centred(2, 64), centred(64, 2), centred(16, 1), centred(512, 512)}) {
+        const int areaBits = std::countr_zero(static_cast<unsigned>(window.mask.width * window.mask.height));
+        // The largest pixel lies below 2^101, what one more part holds of it below 2^(common + 1).
+        int common = 100;
+        for (int unit = 100 + areaBits - 51; unit > -140; common = unit - 2, unit += areaBits - 53)
+            for (int lowest = unit - 3; lowest <= unit + 2; ++lowest) {
+                SCOPED_TRACE(::testing::Message() << window << ", pixels of 2^" << common << " and 2^" << lowest);
+                NppImage<float> src({35, 20}), dst(src.size());
+                src.fillWith([&](int x, int y) {
+                    if (random() % 40 == 0) return std::ldexp(3.0f, lowest);
+                    const float pixel = std::ldexp(0x1.fffffep0f, random() % 200 == 0 ? 100 : common);
+                    return (x / 8 + y / 8) % 2 == 0 ? pixel : -pixel;
+                });
+                filter(src, {0, 0}, dst, window);
+                dst.expectEach([&](float mean, int x, int y) { ASSERT_EQ(mean, plainMean(src, x, y, window)); });
             }
     }
 }
 
-TEST(NppBoxFloatTest, NotANumberStaysInItsWindows) {
-    const Window window{{21, 10}, {4, 7}};
-    for (const float value : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
-        for (const NppiPoint at : {NppiPoint{40, 30}, NppiPoint{0, 69}}) {
-            auto src = NppImage<float>::random({90, 70}, 2);
-            NppImage<float> clean(src.size()), dst(src.size());
-            filter(src, {0, 0}, clean, window);
-            src.at(at.x, at.y) = value;
-            src.upload();
+// Blocks of pixels are summed in different ways here, and parts of the image in other blocks.
+TEST(NppBoxFloatTest, BitsDoNotDependOnWhatElseIsInTheImage) {
+    const auto kinds = hardPixels();
+    NppImage<float> src({3000, 500});
+    std::mt19937 random(12);
+    const auto draw = [&](int x, int y) {
+        const std::size_t kind = y % 100 < 50 ? 0 : static_cast<std::size_t>(x / 300 + y / 100 * 3) % kinds.size();
+        return kinds[random() % 50 == 0 ? kind : 0].pixel(random, x);
+    };
+    src.fillWith(draw);
+    for (const Window& window : {centred(3, 3), centred(51, 51), centred(8, 100)}) {
+        expectPartsLikeTheWhole(src, window);
+        NppImage<float> byOne(src.size()), byAll(src.size());
+        filter(src, {0, 0}, byAll, window);
+        const tbb::global_control oneThread(tbb::global_control::max_allowed_parallelism, 1);
+        filter(src, {0, 0}, byOne, window);
+        byAll.expectEach([&](float mean, int x, int y) {
+            ASSERT_EQ(std::bit_cast<std::uint32_t>(mean), std::bit_cast<std::uint32_t>(std::as_const(byOne).at(x, y)));
+        });
+    }
+}
+
+// One in ten changes by a last place, as c * n is rounded before it is divided.
+TEST(NppBoxFloatTest, ConstantImagesStayConstant) {
+    std::mt19937 random(3);
+    for (const Window& window : {centred(3, 3), centred(15, 15), centred(51, 51), centred(16, 8)})
+        for (int i = 0; i < 60; ++i) {
+            const auto area = static_cast<float>(window.mask.width * window.mask.height);
+            const float constant =
+                i % 2 == 0 ? static_cast<float>(random() % 6000)
+                           : std::bit_cast<float>(0x3F800000U | (static_cast<std::uint32_t>(random()) & 0x7FFFFF));
+            NppImage<float> src({90, 70}, constant), dst(src.size());
             filter(src, {0, 0}, dst, window);
-            dst.expectEach([&](float mean, int x, int y) {
-                const int column = at.x - x + window.anchor.x, row = at.y - y + window.anchor.y;
-                const bool holds = column >= 0 && column < 21 && row >= 0 && row < 10;
-                ASSERT_TRUE(holds ? !std::isfinite(mean) : mean == clean.at(x, y)) << x << ", " << y;
+            int exponent = 0;
+            const bool kept = i % 2 == 0 || std::frexp(area, &exponent) * constant < 1.0f;
+            dst.expectEach([&](float mean, int, int) {
+                ASSERT_EQ(mean, area * constant / area);
+                ASSERT_TRUE(!kept || mean == constant);
+                ASSERT_NEAR(mean, constant, 0x1p-23 * constant);
             });
         }
+    EXPECT_NE(1.9f * 9.0f / 9.0f, 1.9f) << "no better can be had by rounding the sum";
 }
 
 /// Of the sums around each multiple of the area that gives a pixel, or each one in so many: there a product with a

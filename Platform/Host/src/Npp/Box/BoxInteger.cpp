@@ -1,5 +1,6 @@
 #include "Npp/Box/Box.h"
 #include "Npp/Box/BoxDivision.h"
+#include "Npp/Box/ColumnSums.h"
 #include "Npp/Box/PrefixSum.h"
 #include "Npp/Common/WorkBuffer.h"
 
@@ -10,43 +11,6 @@ constexpr std::ptrdiff_t stripWidth = 2048;
 
 // All sums are taken modulo a power of two above the largest window sum, so that sliding and prefix sums may wrap on
 // the way and the result is exact.
-
-template <typename Column, typename Pixel>
-void addRow(Column* columns, const Pixel* row, std::ptrdiff_t count, std::uint64_t times) {
-    const auto factor = static_cast<Column>(times);
-#pragma omp simd
-    for (std::ptrdiff_t x = 0; x < count; ++x) {
-        columns[x] = static_cast<Column>(columns[x] + factor * static_cast<Column>(row[x]));
-    }
-}
-
-template <typename Column, typename Pixel>
-void slideRow(Column* columns, const Pixel* entering, const Pixel* leaving, std::ptrdiff_t count) {
-#pragma omp simd
-    for (std::ptrdiff_t x = 0; x < count; ++x) {
-        columns[x] =
-            static_cast<Column>(columns[x] + static_cast<Column>(entering[x]) - static_cast<Column>(leaving[x]));
-    }
-}
-
-/// columns[x] = sum of source column first + x under the window of output row y.
-template <typename Column, typename Pixel>
-void startColumns(const BoxJob<Pixel>& job, std::ptrdiff_t y, std::ptrdiff_t first, Column* columns,
-                  std::ptrdiff_t count) {
-    const WindowAxis& window = job.windowY;
-    std::fill_n(columns, count, Column{0});
-    addRow(columns, job.srcRow(0) + first, count, window.firstTimes);
-    addRow(columns, job.srcRow(job.size.height - 1) + first, count, window.lastTimes);
-    const std::ptrdiff_t top = job.offset.y + y - window.before;
-    for (std::ptrdiff_t j = 0; j < window.size; ++j) addRow(columns, job.srcRow(top + j) + first, count, 1);
-}
-
-template <typename Column, typename Pixel>
-void slideColumns(const BoxJob<Pixel>& job, std::ptrdiff_t y, std::ptrdiff_t first, Column* columns,
-                  std::ptrdiff_t count) {
-    const std::ptrdiff_t top = job.offset.y + y - job.windowY.before;
-    slideRow(columns, job.srcRow(top + job.windowY.size - 1) + first, job.srcRow(top - 1) + first, count);
-}
 
 /// Output pixel x from the prefix sums of its row; sums[-1] is 0.
 template <typename Sum, typename Division, typename Pixel>
@@ -60,14 +24,6 @@ void divideRow(const Sum* sums, std::ptrdiff_t windowSize, Sum repeated, const D
     }
 }
 
-/// What the pixels add that count beside the window along x, from the padded column sums of one row. The image's border
-/// columns are among them whenever such pixels exist: the window then reaches both ends or more.
-template <typename Sum, typename Column>
-Sum repeatedColumns(const WindowAxis& window, const Column* columns, std::ptrdiff_t padded) {
-    return static_cast<Sum>(static_cast<Sum>(window.firstTimes) * static_cast<Sum>(columns[0]) +
-                            static_cast<Sum>(window.lastTimes) * static_cast<Sum>(columns[padded - 1]));
-}
-
 template <typename Column, typename Sum, typename Division, typename Pixel>
 void filterStrip(const BoxJob<Pixel>& job, std::ptrdiff_t top, std::ptrdiff_t bottom, std::ptrdiff_t left,
                  std::ptrdiff_t right) {
@@ -79,11 +35,13 @@ void filterStrip(const BoxJob<Pixel>& job, std::ptrdiff_t top, std::ptrdiff_t bo
     Column* const columns = buffer.take<Column>(padded);
     Sum* const sums = buffer.take<Sum>(lead + padded) + lead;
     sums[-1] = 0;
+    const auto split = [](Pixel pixel) { return std::array{static_cast<Column>(pixel)}; };
+    const Columns<Column, 1> sourceColumns{columns + source.padLeft};
     for (std::ptrdiff_t y = top; y < bottom; ++y) {
         if (y == top) {
-            startColumns(job, y, source.first, columns + source.padLeft, source.count);
+            startColumns(job, y, source.first, sourceColumns, source.count, split);
         } else {
-            slideColumns(job, y, source.first, columns + source.padLeft, source.count);
+            slideColumns(job, y, source.first, sourceColumns, source.count, split);
         }
         source.pad(columns);
         prefixSum(columns, sums, padded);
