@@ -63,13 +63,7 @@ void AnyFilterCommand::filterFile(const FilterFiles& files) {
                         " fit with zel convert " + files.input + " NEW.npy --type float32");
     }
     takeInput(input);
-    if (details.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 &&
-        (input.getDimension(0) == 3 || input.getDimension(0) == 4)) {
-        printError("warning: the last axis of " + files.input + " looks like colours (" +
-                   std::to_string(input.getDimension(0)) +
-                   " bytes) and is taken as x, the axes before it as y and z; with the colours as the first of four "
-                   "axes, (colour, z, y, x), each is filtered as an image of its own");
-    }
+    warnOfOddAxes(files.input, input, details);
     checkWritable(files.output, outputType_.value_or(input.getDataType()), imageSizeOf(input));
     HostImage output = makeOutput(input);
     const RunReport report = filter(input, output, options_);
@@ -81,6 +75,20 @@ void AnyFilterCommand::filterFile(const FilterFiles& files) {
     timed.write(files.output, output, details);
     reportLosses(files.input, files.output, details);
     printReport(name(), files, output, report, timed, options_);
+}
+
+void AnyFilterCommand::warnOfOddAxes(const std::string& path, const HostImage& input,
+                                     const FileDetails& details) const {
+    const std::size_t width = input.getDimension(0);
+    if (details.npyAxisCount > 2 && input.getDataType() == VoxelTypes::uint8 && (width == 3 || width == 4)) {
+        printError("warning: the last axis of " + path + " looks like colours (" + std::to_string(width) +
+                   " bytes) and is taken as x, the axes before it as y and z; with the colours as the first of four "
+                   "axes, (colour, z, y, x), each is filtered as an image of its own");
+    }
+    if (part() == RunPart::volume && details.mrc && details.mrc->spaceGroup == MrcDetails::imageStack &&
+        input.getDimension(2) > 1) {
+        printError("warning: " + path + " is a stack of images by its space group, 0, and is filtered as one volume");
+    }
 }
 
 }  // namespace zel::tool

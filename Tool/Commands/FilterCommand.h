@@ -20,6 +20,8 @@ public:
     virtual bool takesType(VoxelTypes type) const = 0;
     /// Whether there is a --tile.
     virtual bool takesTiles() const = 0;
+    /// What a run of the algorithm covers.
+    virtual RunPart part() const = 0;
 
     /// An image for the result: of the input's size and position, and of the type that the options ask for.
     HostImage makeOutput(const ImageModel& input) const;
@@ -36,6 +38,7 @@ protected:
 
 private:
     void filterFile(const FilterFiles& files);
+    void warnOfOddAxes(const std::string& path, const HostImage& input, const FileDetails& details) const;
 
     const CLI::App* app_ = nullptr;
     FileArguments files_;
@@ -52,6 +55,7 @@ public:
         return runFilter(algorithm_, input, output, options, [this](const ImageModel& part) { prepare(part); });
     }
     bool takesTiles() const final { return TakesTiles<Algorithm>; }
+    RunPart part() const final { return partOf(algorithm_); }
 
     bool takesType(VoxelTypes type) const final {
         const auto isAmong = [&]<typename... T>(TypeList<T...>) { return ((type == voxelTypeOf<T>) || ...); };

@@ -42,6 +42,16 @@ inline RunPart partFor(const Property<Vector3<unsigned>>&) {
     return RunPart::volume;
 }
 
+/// An algorithm without tiles takes volumes.
+template <typename Algorithm>
+RunPart partOf(const Algorithm& algorithm) {
+    if constexpr (TakesTiles<Algorithm>) {
+        return partFor(algorithm.tileSize);
+    } else {
+        return RunPart::volume;
+    }
+}
+
 /// Runs an algorithm on an image: one for 2D images on each slice, one for 3D images on each volume.
 /// @param algorithm  with the properties of its own set; those of images and tiles are set here.
 /// @param prepare    called before the run on each part, with the part.
@@ -49,13 +59,9 @@ inline RunPart partFor(const Property<Vector3<unsigned>>&) {
 template <typename Algorithm>
 RunReport runFilter(Algorithm& algorithm, const ImageModel& input, ImageModel& output, const RunOptions& options,
                     const std::function<void(const ImageModel& part)>& prepare) {
-    RunPart part = RunPart::volume;
-    if constexpr (TakesTiles<Algorithm>) {
-        part = partFor(algorithm.tileSize);
-    }
     const CancelOnInterrupt cancelOnInterrupt(algorithm);
     std::optional<RunPlan> plan;
-    RunReport report = runParts(part, input, output, options,
+    RunReport report = runParts(partOf(algorithm), input, output, options,
                                 [&](const ImageModel& source, ImageModel& result, InteractionInterface* progress) {
                                     prepare(source);
                                     algorithm.inputImage = &source;

@@ -94,7 +94,7 @@ TEST_F(ImageFileTest, SaysWhyItCannotBeWritten) {
         {"a.mrc", uint8, {2, 2}, "holds int8, int16, uint16 and float32, the image is uint8; write .npy, or make "},
         {"a.mrc", uint8, {2, 2}, "with zel convert --type int16"},
         {"a.mrc", float64, {2, 2}, "--type float32"},
-        {"a.mrc", int8, {2, 2, 1, 3}, "up to three axes; write .npy"},
+        {"a.mrc", int8, {2, 2, 1, 1, 3}, "up to four axes; write .npy"},
         {"a.tif", complex64, {2, 2}, "the image is complex64; write .npy"},
         {"a.tif", uint8, {2, 2, 2'000'000}, "at most 1000000 slices"},
         {"a.jpeg", uint8, {2, 2}, "JPEG changes values"},

@@ -16,8 +16,8 @@ void addNames(const MrcDetails& mrc, std::vector<std::string>& names) {
     if (!isAll(mrc.start, 0)) names.emplace_back("NSTART");
     if (!isAll(mrc.origin, 0.0F)) names.emplace_back("ORIGIN");
     if (!isAll(mrc.angles, 90.0F)) names.emplace_back("cell angles");
-    constexpr int volume = 1;
-    if (mrc.spaceGroup > volume) names.push_back("space group " + std::to_string(mrc.spaceGroup));
+    const bool isOfCrystal = mrc.spaceGroup > MrcDetails::volume && mrc.spaceGroup != MrcDetails::volumeStack;
+    if (isOfCrystal) names.push_back("space group " + std::to_string(mrc.spaceGroup));
     if (const std::size_t count = mrc.labels.size(); count > 0) {
         names.push_back(std::to_string(count) + (count == 1 ? " label" : " labels"));
     }

@@ -17,7 +17,9 @@ struct MrcDetails {
     std::array<float, 3> cell{};
     std::array<float, 3> angles{90, 90, 90};
     std::array<float, 3> origin{};
-    int spaceGroup = 0;
+    int spaceGroup = 0;  ///< of the crystal; MRC also tells stacks by it
+    static constexpr int imageStack = 0, volume = 1, volumeStack = 401, lastVolumeStack = 630;
+    bool isVolumeStack() const { return spaceGroup >= volumeStack && spaceGroup <= lastVolumeStack; }
     std::vector<std::string> labels{};
     std::size_t extendedBytes = 0;  ///< of an extended header, which is not kept
 };

@@ -49,8 +49,7 @@ void placeRow(const std::byte* from, const MrcHeader& header, std::byte* to, std
     }
 }
 
-void readVoxels(InputFile& file, const MrcHeader& header, std::byte* voxels) {
-    const ImageSize size = header.imageSize();
+void readRows(InputFile& file, const MrcHeader& header, const ImageSize& size, std::byte* voxels) {
     const std::array<std::size_t, 3> steps{1, size.x, size.x * size.y};
     const auto stepOf = [&](std::size_t fileAxis) { return steps[header.axes[fileAxis]]; };
     std::vector<std::byte> row(header.counts[0] * header.fileVoxelSize());
@@ -64,6 +63,14 @@ void readVoxels(InputFile& file, const MrcHeader& header, std::byte* voxels) {
             placeRow(row.data(), header, voxels + first * helper::getSizeOf(header.type), stepOf(0));
         }
     }
+}
+
+void readVoxels(InputFile& file, const MrcHeader& header, std::byte* voxels) {
+    const ImageSize size = header.imageSize();
+    if (!header.isPlain()) return readRows(file, header, size, voxels);
+    const std::size_t bytes = imageBytes(header.type, size).value();
+    file.readExactly(voxels, bytes);
+    if (header.isByteSwapped) swapBytes(voxels, bytes, header.type);
 }
 
 class MrcFormat final : public ImageFormat {
@@ -102,8 +109,9 @@ public:
             return "MRC holds int8, int16, uint16 and float32, the image is " + std::string(voxelTypeName(type)) +
                    "; write .npy" + (isComplex(type) ? "" : ", or make it fit with zel convert --type " + fitting);
         }
-        if (size.i3 != 1 || size.i4 != 1) return "MRC holds images of up to three axes; write .npy";
-        if (std::max({size.x, size.y, size.z}) > INT32_MAX) return "MRC holds at most 2147483647 voxels along an axis";
+        if (size.i4 != 1) return "MRC holds images of up to four axes; write .npy";
+        if (std::max({size.x, size.y, size.z * size.i3}) > INT32_MAX)
+            return "MRC holds at most 2147483647 voxels along an axis";
         return {};
     }
 

@@ -121,6 +121,9 @@ private:
         // Some programs leave them out.
         if (std::ranges::count(details.angles, 0.0F) == 3) details.angles = MrcDetails().angles;
         details.spaceGroup = integer(spaceGroupField);
+        if (details.spaceGroup == MrcDetails::imageStack && header.counts[2] > 1) {
+            header.notes.emplace_back("its space group 0 is that of a stack of images, taken as one volume");
+        }
     }
 
     void readLabels(std::vector<std::string>& labels) const {
@@ -185,7 +188,9 @@ private:
 ImageSize MrcHeader::imageSize() const {
     std::array<std::size_t, 3> sizes{};
     for (std::size_t i = 0; i < 3; ++i) sizes[axes[i]] = counts[i];
-    return {sizes[0], sizes[1], sizes[2]};
+    const auto depth = static_cast<std::size_t>(std::max(details.sampling[2], 0));  // of each volume of a stack
+    if (!details.isVolumeStack() || depth == 0 || sizes[2] % depth != 0) return {sizes[0], sizes[1], sizes[2]};
+    return {sizes[0], sizes[1], depth, sizes[2] / depth};
 }
 
 MrcHeader parseMrcHeader(std::string_view bytes, const std::string& path) {

@@ -24,7 +24,10 @@ struct MrcHeader {
 
     std::vector<std::string> notes;  ///< as in FileDetails
 
+    /// A stack of volumes has them along axis 3.
     ImageSize imageSize() const;
+    /// Whether the file has the voxels as the image has them, but for the byte order.
+    bool isPlain() const { return !isHalfPrecision && axes == std::array<std::size_t, 3>{0, 1, 2}; }
     std::size_t fileVoxelSize() const { return isHalfPrecision ? 2 : helper::getSizeOf(type); }
 };
 

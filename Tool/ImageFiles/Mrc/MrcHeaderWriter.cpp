@@ -44,15 +44,16 @@ void putLabels(std::string& header, std::vector<std::string> labels, const std::
 
 std::string makeMrcHeader(const ImageModel& image, const MrcStatistics& statistics, const FileDetails& details) {
     std::string header(mrcHeaderSize, '\0');
-    constexpr int picture = 0, volume = 1;  // what the format uses space groups for
-    const MrcDetails place =
-        details.mrc.value_or(MrcDetails{.spaceGroup = image.getDimension(2) == 1 ? picture : volume});
+    MrcDetails place = details.mrc.value_or(
+        MrcDetails{.spaceGroup = image.getDimension(2) == 1 ? MrcDetails::imageStack : MrcDetails::volume});
+    const std::size_t volumes = image.getDimension(3);
+    if (volumes > 1 && !place.isVolumeStack()) place.spaceGroup = MrcDetails::volumeStack;
     for (int axis = 0; axis < 3; ++axis) {
         const auto index = static_cast<std::size_t>(axis);
         const std::size_t offset = 4 * index;
         const auto count = static_cast<std::int32_t>(image.getDimension(axis));
         const bool hasCell = place.cell[index] > 0;
-        put(header, countsField + offset, count);
+        put(header, countsField + offset, axis == 2 ? count * static_cast<std::int32_t>(volumes) : count);
         put(header, startField + offset, place.start[index]);
         put(header, samplingField + offset, hasCell ? place.sampling[index] : count);
         put(header, cellField + offset, hasCell ? place.cell[index] : cellSize(image, axis));

@@ -10,7 +10,7 @@ namespace {
 class MrcBytes {
 public:
     explicit MrcBytes(bool isLittle = true) : isLittle_(isLittle), header_(1024, '\0') {
-        size(2, 3, 4);
+        size(2, 3, 4).set(23, 1);
         for (int axis = 1; axis <= 3; ++axis) set(16 + axis, axis);
         text(208, "MAP ").text(212, isLittle ? "\x44\x44" : "\x11\x11");
     }
@@ -97,13 +97,33 @@ TEST_F(MrcFileTest, ReadsUnsignedBytesOfFilesWithoutTheFlagForSignedOnes) {
 TEST_F(MrcFileTest, TakesAndTellsWhatCarelessProgramsWrite) {
     MrcBytes mrc;
     for (int word = 17; word <= 19; ++word) mrc.set(word, 0);
+    mrc.set(23, 0);
     tool::FileDetails details;
     const HostImage image =
         readImageFile(folder.write("a.ccp4", mrc.text(208, std::string("MAP\0", 4)) + voxels8), details);
     EXPECT_EQ(imageSizeOf(image), (ImageSize{2, 3, 4}));
     EXPECT_EQ(bytesOf(image), voxels8);
     EXPECT_THAT(details.notes, ::testing::ElementsAre(HasSubstr("MAPC, MAPR, MAPS are 0, taken as 1, 2, 3"),
-                                                      HasSubstr("MAP and a zero byte")));
+                                                      HasSubstr("MAP and a zero byte"), HasSubstr("stack of images")));
+}
+
+TEST_F(MrcFileTest, VolumesOfAStackAreAnAxis) {
+    const auto sizeOfStack = [this](int depth) {
+        return imageSizeOf(read(MrcBytes().set(23, 401).set(10, depth) + voxels8));
+    };
+    EXPECT_EQ(sizeOfStack(2), (ImageSize{2, 3, 2, 2}));
+    EXPECT_EQ(sizeOfStack(1), (ImageSize{2, 3, 1, 4}));
+    EXPECT_EQ(sizeOfStack(3), (ImageSize{2, 3, 4})) << "volumes of a size that does not divide the file's";
+
+    const HostImage stack = randomImage<float>({3, 2, 4, 5}, 1);
+    tool::FileDetails details;
+    for (const std::string name : {"b.mrc", "c.mrc"}) {
+        writeImageFile(folder / name, stack, details);
+        const HostImage again = readImageFile(folder / name, details);
+        EXPECT_EQ(imageSizeOf(again), imageSizeOf(stack));
+        EXPECT_EQ(bytesOf(again), bytesOf(stack));
+        EXPECT_EQ(tool::lostDetails(details, "NPY"), "");
+    }
 }
 
 TEST_F(MrcFileTest, WritesACompleteHeader) {
