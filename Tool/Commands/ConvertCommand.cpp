@@ -49,10 +49,12 @@ public:
         HostImage image = timed.read(input_, details_);
         const VoxelTypes type = type_.value_or(image.getDataType());
         checkWritable(output_, type, imageSizeOf(image));
-        const Stopwatch watch;
-        if (type != image.getDataType())
+        double seconds = 0;
+        if (type != image.getDataType()) {
+            const Stopwatch watch;
             image = convertVoxels(image, type, ProgressBar("converting", isQuiet_).forWork());
-        const double seconds = watch.seconds();
+            seconds = watch.seconds();
+        }
         details_.done = "zel convert --type " + std::string(voxelTypeName(type));
         timed.write(output_, image, details_);
         reportLosses(input_, output_, details_);
