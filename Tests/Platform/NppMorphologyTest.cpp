@@ -1,5 +1,3 @@
-#include <nppi_morphological_operations.h>
-
 #include <array>
 #include <cmath>
 #include <compare>
@@ -8,23 +6,10 @@
 
 #include "DeviceFixture.h"
 #include "NppImage.h"
+#include "NppMorphologyCalls.h"
 
 namespace zel::test {
 namespace {
-
-#define ZEL_ERODE_DILATE(kind, suffix)                                              \
-    std::array {                                                                    \
-        nppiErode##kind##_##suffix##_C1R_Ctx, nppiDilate##kind##_##suffix##_C1R_Ctx \
-    }
-#define ZEL_FUNCTIONS(suffix) std::pair(ZEL_ERODE_DILATE(3x3Border, suffix), ZEL_ERODE_DILATE(Border, suffix))
-
-/// Erosion and dilation of a type, by the square of 3 by 3 and by a mask.
-template <typename T>
-constexpr auto functions() {
-    if constexpr (std::is_same_v<T, Npp8u>) return ZEL_FUNCTIONS(8u);
-    if constexpr (std::is_same_v<T, Npp16u>) return ZEL_FUNCTIONS(16u);
-    if constexpr (std::is_same_v<T, Npp32f>) return ZEL_FUNCTIONS(32f);
-}
 
 /// A mask without padding, and its copy on the device.
 struct Mask {
@@ -79,9 +64,9 @@ void expectPlain(bool dilate, const NppImage<T>& src, NppiPoint offset, NppImage
 
 template <typename T>
 NppStatus apply(bool dilate, NppImage<T>& src, NppiPoint offset, NppImage<T>& dst, const Mask& mask) {
-    return functions<T>().second[dilate](src.device(offset.x, offset.y), src.step(), src.size(), offset, dst.device(),
-                                         dst.step(), dst.size(), mask.device.get(), mask.size, mask.anchor,
-                                         NPP_BORDER_REPLICATE, {});
+    return morphologyFunctions<T>().second[dilate](src.device(offset.x, offset.y), src.step(), src.size(), offset,
+                                                   dst.device(), dst.step(), dst.size(), mask.device.get(), mask.size,
+                                                   mask.anchor, NPP_BORDER_REPLICATE, {});
 }
 
 /// Erodes and dilates the region of dst's size at `offset` of src, by the functions of the square too where that is
@@ -92,9 +77,10 @@ void expectExtremes(NppImage<T>& src, NppiPoint offset, NppImage<T>& dst, const 
         ASSERT_EQ(apply(dilate, src, offset, dst, mask), NPP_SUCCESS);
         expectPlain(dilate, src, offset, dst, mask, step);
         if (!mask.isSquare3x3()) continue;
-        ASSERT_EQ(functions<T>().first[dilate](src.device(offset.x, offset.y), src.step(), src.size(), offset,
-                                               dst.device(), dst.step(), dst.size(), NPP_BORDER_REPLICATE, {}),
-                  NPP_SUCCESS);
+        ASSERT_EQ(
+            morphologyFunctions<T>().first[dilate](src.device(offset.x, offset.y), src.step(), src.size(), offset,
+                                                   dst.device(), dst.step(), dst.size(), NPP_BORDER_REPLICATE, {}),
+            NPP_SUCCESS);
         expectPlain(dilate, src, offset, dst, mask, step);
     }
 }

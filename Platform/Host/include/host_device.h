@@ -49,6 +49,11 @@ ZEL_HOST_API void clearFault();
 /// Whether the last armed fault has fired.
 ZEL_HOST_API bool faultFired();
 
+/// Passes of erosion and dilation by an element of radius 1 are held back for the next pass to join them, over one
+/// synchronisation each, and run before any other call (Device/HeldWork.h). By calls nobody can tell; who looks at
+/// device memory by pointer, as no program may on a GPU, synchronises twice. In the modes deferredStreams,
+/// protectedMemory and redZones each pass runs by itself.
+
 /// Modes that bring out faults which a CPU hides. Switch them while no allocation is alive.
 struct TestModes {
     bool deferredStreams = false;        ///< queued work runs only when a synchronisation or a blocking call needs it

@@ -56,8 +56,13 @@ CallBook& callBook() {
     return book;
 }
 
-std::optional<int> enterCall(const char* name, CallFamily family) {
+std::optional<int> enterCall(const char* name, CallFamily family, HeldWorkUse heldWork) {
     const auto fault = countCall(name);
+    try {
+        beforeCall(fault || standingError != cudaSuccess ? HeldWorkUse::run : heldWork);
+    } catch (...) {
+        return exceptionStatus(family);
+    }
     if (standingError != cudaSuccess) return standingStatus(family);
     if (!fault) return std::nullopt;
     const int status = fault->status != 0 ? fault->status : defaultStatus(*fault, name, family);

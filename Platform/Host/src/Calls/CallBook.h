@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "Device/ExceptionStatus.h"
+#include "Device/HeldWork.h"
 
 namespace zel::host {
 
@@ -30,9 +31,11 @@ struct CallBook {
 /// Never destroyed: calls may come from other libraries' destructors at exit.
 CallBook& callBook();
 
-/// Counts one call by its vendor name. Gives the status to return at once when an armed fault fires on it or a sticky
-/// error stands, and nothing when the call is to go on.
-std::optional<int> enterCall(const char* name, CallFamily family = CallFamily::runtime);
+/// Counts one call by its vendor name, and does with held work what the call means for it; one that does not go on runs
+/// it. Gives the status to return at once when an armed fault fires on the call, a sticky error stands or held work
+/// fails, and nothing when the call is to go on.
+std::optional<int> enterCall(const char* name, CallFamily family = CallFamily::runtime,
+                             HeldWorkUse heldWork = HeldWorkUse::run);
 
 /// The status of a failed call of the runtime that still stands, or 0.
 int stickyError();

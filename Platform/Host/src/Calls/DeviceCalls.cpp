@@ -89,7 +89,7 @@ cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr attribute, int dev
 }
 
 cudaError_t cudaDeviceSynchronize() {
-    return deviceCall("cudaDeviceSynchronize", [] {
+    return synchronisingCall("cudaDeviceSynchronize", [] {
         const cudaError_t status = synchronizeDevice(currentDevice());
         allocations().checkRedZones();
         return status;

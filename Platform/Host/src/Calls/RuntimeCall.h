@@ -9,17 +9,25 @@ namespace zel::host {
 
 /// A call of the runtime: its status is reported.
 template <class Body>
-cudaError_t runtimeCall(const char* name, Body body) {
-    return vendorCall<CallFamily::runtime>(name, [&] { return report(body()); });
+cudaError_t runtimeCall(const char* name, Body body, HeldWorkUse heldWork = HeldWorkUse::run) {
+    return vendorCall<CallFamily::runtime>(
+        name, [&] { return report(body()); }, heldWork);
 }
 
 /// A runtime call that needs a current device.
 template <class Body>
-cudaError_t deviceCall(const char* name, Body body) {
-    return runtimeCall(name, [&] {
+cudaError_t deviceCall(const char* name, Body body, HeldWorkUse heldWork = HeldWorkUse::run) {
+    const auto onDevice = [&] {
         const cudaError_t status = checkCurrentDevice();
         return status == cudaSuccess ? body() : status;
-    });
+    };
+    return runtimeCall(name, onDevice, heldWork);
+}
+
+/// A call that waits for the device.
+template <class Body>
+cudaError_t synchronisingCall(const char* name, Body body) {
+    return deviceCall(name, body, HeldWorkUse::synchronise);
 }
 
 template <class Body>

@@ -29,7 +29,7 @@ cudaError_t cudaStreamGetFlags(cudaStream_t stream, unsigned int* flags) {
 }
 
 cudaError_t cudaStreamSynchronize(cudaStream_t stream) {
-    return deviceCall("cudaStreamSynchronize", [&] {
+    return synchronisingCall("cudaStreamSynchronize", [&] {
         if (!isStream(stream)) return cudaErrorInvalidResourceHandle;
         const cudaError_t status = synchronizeStream(streamOf(stream));
         allocations().checkRedZones();

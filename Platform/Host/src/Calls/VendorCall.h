@@ -6,9 +6,9 @@ namespace zel::host {
 
 /// The shape of a vendor call, whichever library it belongs to: counted, stopped by faults, and left by no exception.
 template <CallFamily family, class Body>
-auto vendorCall(const char* name, const Body& body) -> decltype(body()) {
+auto vendorCall(const char* name, const Body& body, HeldWorkUse heldWork = HeldWorkUse::run) -> decltype(body()) {
     return guarded<family>([&] {
-        const auto fault = enterCall(name, family);
+        const auto fault = enterCall(name, family, heldWork);
         return fault ? static_cast<decltype(body())>(*fault) : body();
     });
 }

@@ -1,5 +1,6 @@
 #include <host_device.h>
 
+#include "Device/HeldWork.h"
 #include "Device/Modes.h"
 #include "Device/Streams.h"
 
@@ -8,6 +9,7 @@ namespace zel::host {
 namespace {
 
 void setModes(const TestModes& wanted) {
+    runHeldWork();
     static_cast<void>(runAllDeferredWork());
     modes.deferredStreams = wanted.deferredStreams;
     modes.protectedMemory = wanted.protectedMemory;

@@ -29,6 +29,10 @@ struct FilterJob {
           dstStep(call.dstStep),
           roi(call.roi) {}
 
+    /// A whole image into another one of its size.
+    FilterJob(const std::byte* src, std::ptrdiff_t srcStep_, std::byte* dst_, std::ptrdiff_t dstStep_, NppiSize size_)
+        : origin(src), srcStep(srcStep_), size(size_), offset{0, 0}, dst(dst_), dstStep(dstStep_), roi(size_) {}
+
     /// The source row of that number, or the nearest one of the image.
     const T* srcRow(std::ptrdiff_t y) const {
         const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(y, 0, size.height - 1);

@@ -5,9 +5,10 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "Npp/Common/DealRows.h"
 #include "Npp/Common/FilterJob.h"
 #include "Npp/Common/WorkBuffer.h"
-#include "Npp/Morphology/StructuringElement.h"
+#include "Npp/Morphology/Element3x3.h"
 
 namespace zel::host {
 
@@ -58,7 +59,7 @@ public:
         : job_(job),
           left_(left),
           count_(right - left),
-          source_(job, MaskWindow{1, 3}, left, right),
+          source_(job, Window{}, left, right),
           buffer_(RowRing<Key>::bytesFor(source_.count) + RowRing<Key>::bytesFor(count_)),
           keys_(buffer_, source_.count),
           bests_(buffer_, count_) {}
@@ -105,6 +106,11 @@ public:
     }
 
 private:
+    struct Window {
+        std::ptrdiff_t before = 1;
+        std::ptrdiff_t size = 3;
+    };
+
     /// The source row at output row y. Pixels that are their own keys are taken from where they are, others are turned
     /// into keys once.
     const Key* keysOf(std::ptrdiff_t y) const {
@@ -139,16 +145,17 @@ void forEachStrip(const FilterJob<typename Order::Pixel>& job, const FilterStrip
 
 }  // namespace detail
 
-/// Output rows [begin, end) by the square of 3 by 3 pixels.
+/// Filters a region by an element of radius 1.
 template <typename Order>
-void filterSquareRows(const FilterJob<typename Order::Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
-    detail::forEachStrip<Order>(job, [&](const auto& strip) { strip.filterBySquare(begin, end); });
-}
-
-/// Output rows [begin, end) by a pixel and its four neighbours.
-template <typename Order>
-void filterCrossRows(const FilterJob<typename Order::Pixel>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
-    detail::forEachStrip<Order>(job, [&](const auto& strip) { strip.filterByCross(begin, end); });
+void filter3x3(const FilterJob<typename Order::Pixel>& job, Element3x3 element) {
+    dealRows(job, 3, [&](auto begin, auto end) {
+        detail::forEachStrip<Order>(job, [&](const auto& strip) {
+            if (element == Element3x3::square)
+                strip.filterBySquare(begin, end);
+            else
+                strip.filterByCross(begin, end);
+        });
+    });
 }
 
 }  // namespace zel::host

@@ -5,6 +5,8 @@
 namespace zel::host {
 namespace {
 
+constexpr MaskWindow window3{1, 3};
+
 /// Offsets from `low` to `high`, and 0.
 MaskWindow windowWithCentre(std::ptrdiff_t low, std::ptrdiff_t high) {
     const std::ptrdiff_t before = std::max<std::ptrdiff_t>(-low, 0);
@@ -53,8 +55,10 @@ bool StructuringElement::fillsWindows() const {
     });
 }
 
-bool StructuringElement::isCross3x3() const {
-    return runs_ == std::vector<MaskRun>{{0, -1, 1}, {-1, 0, 3}, {0, 1, 1}};
+std::optional<Element3x3> StructuringElement::as3x3() const {
+    if (isRectangle_ && windowX_ == window3 && windowY_ == window3) return Element3x3::square;
+    if (runs_ == std::vector<MaskRun>{{0, -1, 1}, {-1, 0, 3}, {0, 1, 1}}) return Element3x3::cross;
+    return std::nullopt;
 }
 
 }  // namespace zel::host

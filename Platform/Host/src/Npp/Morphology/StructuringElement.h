@@ -3,7 +3,10 @@
 #include <nppdefs.h>
 
 #include <cstddef>
+#include <optional>
 #include <vector>
+
+#include "Npp/Morphology/Element3x3.h"
 
 namespace zel::host {
 
@@ -39,7 +42,8 @@ public:
     const MaskWindow& windowX() const { return windowX_; }
     const MaskWindow& windowY() const { return windowY_; }
 
-    bool isCross3x3() const;
+    /// The element of radius 1 that this is, if it is one.
+    std::optional<Element3x3> as3x3() const;
     /// Whether the windows are selected throughout.
     bool isRectangle() const { return isRectangle_; }
 

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+#include "Npp/Common/WorkBuffer.h"
+#include "Npp/Morphology/Slabs.h"
+#include "Npp/Morphology/SweepLines.h"
+
+namespace zel::host {
+
+/// Passes by the cross, of a slab.
+///
+/// The best of a diamond is the best of four diamonds that are smaller by up to half, their centres moved along the
+/// axes by the difference. So levels of radius 1, 2, 4, ... lead to any number of passes; the last two levels are those
+/// that passes one by one would leave in memory. A row goes through all levels as soon as the rows are there that it
+/// needs: of each level just these are kept, so that they stay in the second-level cache.
+template <typename Order>
+class DiamondSweep {
+public:
+    using Key = typename Order::Key;
+    using Pixel = typename Order::Pixel;
+
+    DiamondSweep(const SweepImages& images, const Slab& slab, std::ptrdiff_t passes)
+        : images_(images),
+          slab_(slab),
+          margin_(passes),
+          radii_(radiiUpTo(passes)),
+          stripWidth_(widthOfStrips()),
+          stride_(strideOf(stripWidth_ + 2 * margin_)),
+          buffer_(SweepLines<Order>::bytesFor(slab, margin_) + WorkBuffer::bytesFor<Key>(keys())),
+          lines_(buffer_, images, slab, margin_) {
+        Key* rows = buffer_.take<Key>(keys());
+        for (std::size_t level = 0; level != last(); rows += rowsOf(level++) * stride_) levels_.push_back(rows);
+    }
+
+    void run() const {
+        lines_.forEachStrip(stripWidth_, [this](auto left, auto right) { sweepStrip(left, right); });
+    }
+
+private:
+    /// 0, 1, 2, 4, ... and the last two.
+    static std::vector<std::ptrdiff_t> radiiUpTo(std::ptrdiff_t passes) {
+        std::vector<std::ptrdiff_t> radii{0};
+        while (radii.back() != passes - 1) {
+            radii.push_back(std::min(std::max<std::ptrdiff_t>(2 * radii.back(), 1), passes - 1));
+        }
+        radii.push_back(passes);
+        return radii;
+    }
+
+    std::size_t last() const { return radii_.size() - 1; }
+    /// Rows of a level that the next one needs.
+    std::ptrdiff_t rowsOf(std::size_t level) const { return 2 * (radii_[level + 1] - radii_[level]) + 1; }
+    std::ptrdiff_t rowsKept() const { return 2 * margin_ + static_cast<std::ptrdiff_t>(last()); }
+    std::ptrdiff_t widthOfStrips() const {
+        constexpr std::ptrdiff_t usual = 8192 / sizeof(Key);
+        return std::min<std::ptrdiff_t>(std::max(usual, 4 * margin_), images_.size.width);
+    }
+    static std::ptrdiff_t strideOf(std::ptrdiff_t keys) {
+        constexpr std::ptrdiff_t unit = WorkBuffer::alignment / sizeof(Key);
+        return (keys + unit - 1) / unit * unit;
+    }
+    std::size_t keys() const { return static_cast<std::size_t>(rowsKept() * stride_); }
+
+    Key* row(std::size_t level, std::ptrdiff_t y) const {
+        return levels_[level] + (y - slab_.top + margin_) % rowsOf(level) * stride_;
+    }
+
+    void sweepStrip(std::ptrdiff_t left, std::ptrdiff_t right) const {
+        const std::ptrdiff_t width = right - left, first = slab_.top - margin_;
+        for (std::ptrdiff_t y = first; y < slab_.bottom + margin_; ++y) {
+            lines_.load(y, left, right, row(0, y));
+            // The row of each level for which all rows that it needs are there now.
+            for (std::size_t level = 1; level != last() && y - first >= 2 * radii_[level]; ++level) {
+                Key* __restrict const bests = row(level, y - radii_[level]);
+                fromLevelBefore(level, y - radii_[level], width, [=](auto x, Key best) { bests[x] = best; });
+            }
+            if (const auto done = y - margin_ + 1; done >= slab_.top && done < slab_.bottom) {
+                const Key* const bests = row(last() - 1, done) + margin_;
+                std::transform(bests, bests + width, images_.beforeLast.row<Pixel>(done) + left, Order::pixelOf);
+            }
+            if (const auto done = y - margin_; done >= slab_.top) {
+                Pixel* __restrict const pixels = images_.last.row<Pixel>(done) + left;
+                fromLevelBefore(last(), done, width,
+                                [=, margin = margin_](auto x, Key best) { pixels[x - margin] = Order::pixelOf(best); });
+            }
+        }
+    }
+
+    /// store(x, best) for all columns of a level's row that later levels need.
+    template <typename Store>
+    [[gnu::always_inline]] void fromLevelBefore(std::size_t level, std::ptrdiff_t y, std::ptrdiff_t width,
+                                                Store store) const {
+        const std::ptrdiff_t distance = radii_[level] - radii_[level - 1];
+        const std::ptrdiff_t begin = radii_[level], end = width + 2 * margin_ - radii_[level];
+        const Key* const above = row(level - 1, y - distance);
+        const Key* const here = row(level - 1, y);
+        const Key* const below = row(level - 1, y + distance);
+        // At radius 1 the pixel itself comes in; later it is in each of the four.
+        const std::ptrdiff_t fifth = level == 1 ? 0 : distance;
+#pragma omp simd
+        for (std::ptrdiff_t x = begin; x < end; ++x) {
+            const Key vertical = Order::best(above[x], below[x]);
+            const Key horizontal = Order::best(here[x - distance], here[x + distance]);
+            store(x, Order::best(Order::best(vertical, horizontal), here[x + fifth]));
+        }
+    }
+
+    const SweepImages& images_;
+    Slab slab_;
+    std::ptrdiff_t margin_;
+    std::vector<std::ptrdiff_t> radii_;
+    std::ptrdiff_t stripWidth_;
+    std::ptrdiff_t stride_;
+    WorkBuffer buffer_;
+    SweepLines<Order> lines_;
+    std::vector<Key*> levels_;
+};
+
+}  // namespace zel::host

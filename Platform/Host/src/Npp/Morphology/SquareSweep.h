@@ -1,0 +1,126 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include "Npp/Common/WorkBuffer.h"
+#include "Npp/Morphology/Slabs.h"
+#include "Npp/Morphology/SweepLines.h"
+#include "Npp/Morphology/WindowBests.h"
+
+namespace zel::host {
+
+/// Passes by the square, of a slab.
+///
+/// All but the last one come to a window of columns and one of rows. The window of rows is made of two parts, by van
+/// Herk, Gil and Werman: rows are taken in blocks of the window's size, and each window is the end of one block and the
+/// beginning of the next. The bests of all ends are worked out when a block is complete, those of the beginnings as
+/// rows come: a few operations a pixel, whatever the size. The last pass takes four squares around each pixel.
+template <typename Order>
+class SquareSweep {
+public:
+    using Key = typename Order::Key;
+    using Pixel = typename Order::Pixel;
+
+    SquareSweep(const SweepImages& images, const Slab& slab, std::ptrdiff_t passes)
+        : images_(images),
+          slab_(slab),
+          margin_(passes),
+          window_(2 * passes - 1),
+          stripWidth_(widthOfStrips()),
+          stride_(strideOf(stripWidth_ + 2 * margin_)),
+          buffer_(SweepLines<Order>::bytesFor(slab, margin_) + WorkBuffer::bytesFor<Key>(keys())),
+          lines_(buffer_, images, slab, margin_),
+          line_(buffer_.take<Key>(keys())) {}
+
+    void run() const {
+        lines_.forEachStrip(stripWidth_, [this](auto left, auto right) { sweepStrip(left, right); });
+    }
+
+private:
+    std::ptrdiff_t widthOfStrips() const {
+        constexpr std::ptrdiff_t usual = 8192 / sizeof(Key);
+        return std::min<std::ptrdiff_t>(std::max(usual, 4 * margin_), images_.size.width);
+    }
+    static std::ptrdiff_t strideOf(std::ptrdiff_t keys) {
+        constexpr std::ptrdiff_t unit = WorkBuffer::alignment / sizeof(Key);
+        return (keys + unit - 1) / unit * unit;
+    }
+    std::size_t keys() const { return static_cast<std::size_t>((window_ + 5) * stride_); }
+
+    // What the arrays hold of a row begins one column before the strip and ends one behind it.
+    Key* beginning() const { return line_ + stride_; }
+    Key* bests(std::ptrdiff_t y) const { return line_ + (2 + (y + 3 - slab_.top) % 3) * stride_; }  // y from top - 1 on
+    Key* block(std::ptrdiff_t row) const { return line_ + (5 + row) * stride_; }
+
+    void sweepStrip(std::ptrdiff_t left, std::ptrdiff_t right) const {
+        const std::ptrdiff_t width = right - left, first = slab_.top - margin_;
+        for (std::ptrdiff_t y = first; y < slab_.bottom + margin_; ++y) {
+            lines_.load(y, left, right, line_);
+            windowBests<Order>(line_, width + 2, 1, window_);
+            const std::ptrdiff_t done = y - margin_ + 1;
+            addRow((y - first) % window_, bests(std::max(done, slab_.top - 1)), width + 2);
+            if (done >= slab_.top && done < slab_.bottom) {
+                const Key* const row = bests(done) + 1;
+                std::transform(row, row + width, images_.beforeLast.row<Pixel>(done) + left, Order::pixelOf);
+            }
+            if (done > slab_.top)
+                lastPass(bests(done - 2), bests(done), images_.last.row<Pixel>(done - 1) + left, width);
+        }
+    }
+
+    /// Takes a row of a block, and gives the bests of the window that ends with it. In the first block nothing is done
+    /// with them but in the last row.
+    void addRow(std::ptrdiff_t row, Key* __restrict bests, std::ptrdiff_t width) const {
+        const Key* const line = line_;
+        Key* __restrict const beginning = this->beginning();
+        Key* __restrict const kept = block(row);
+        if (row == window_ - 1) {
+#pragma omp simd
+            for (std::ptrdiff_t x = 0; x < width; ++x) {
+                kept[x] = line[x];
+                bests[x] = Order::best(beginning[x], line[x]);
+            }
+            for (std::ptrdiff_t above = row - 1; above > 0; --above) bestsOfEnd(above, width);
+            return;
+        }
+        const Key* const end = block(row + 1);
+        if (row == 0) std::fill_n(beginning, width, Order::none);
+#pragma omp simd
+        for (std::ptrdiff_t x = 0; x < width; ++x) {
+            const Key best = Order::best(beginning[x], line[x]);
+            beginning[x] = best;
+            bests[x] = Order::best(end[x], best);
+            kept[x] = line[x];
+        }
+    }
+
+    void bestsOfEnd(std::ptrdiff_t row, std::ptrdiff_t width) const {
+        Key* __restrict const from = block(row);
+        const Key* const below = block(row + 1);
+#pragma omp simd
+        for (std::ptrdiff_t x = 0; x < width; ++x) from[x] = Order::best(from[x], below[x]);
+    }
+
+    static void lastPass(const Key* above, const Key* below, Pixel* __restrict dst, std::ptrdiff_t width) {
+#pragma omp simd
+        for (std::ptrdiff_t x = 0; x < width; ++x) {
+            const Key upper = Order::best(above[x], above[x + 2]);
+            const Key lower = Order::best(below[x], below[x + 2]);
+            dst[x] = Order::pixelOf(Order::best(upper, lower));
+        }
+    }
+
+    const SweepImages& images_;
+    Slab slab_;
+    std::ptrdiff_t margin_;
+    std::ptrdiff_t window_;
+    std::ptrdiff_t stripWidth_;
+    std::ptrdiff_t stride_;
+    WorkBuffer buffer_;
+    SweepLines<Order> lines_;
+    Key* line_;
+};
+
+}  // namespace zel::host
