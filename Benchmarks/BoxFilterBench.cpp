@@ -1,6 +1,8 @@
 #include <nppi_filtering_functions.h>
 
+#include <cmath>
 #include <memory>
+#include <span>
 
 #include "BoxFilterRun.h"
 #include "Comparison.h"
@@ -43,8 +45,7 @@ std::function<void()> callAlone(const std::shared_ptr<test::BoxFilterRun>& run, 
 }
 
 template <typename T>
-Comparison boxFilter(const Kernel& kernel, FilterCall<T> filter) {
-    const auto image = std::make_shared<HostImage>(test::randomImage<T>({side, side}, 1));
+Comparison boxFilter(const std::shared_ptr<HostImage>& image, const Kernel& kernel, FilterCall<T> filter) {
     const auto runOn = [&](bool device) {
         return std::make_shared<test::BoxFilterRun>(*image, kernel.x, kernel.y, test::Placement{device, device});
     };
@@ -67,6 +68,21 @@ Comparison boxFilter(const Kernel& kernel, FilterCall<T> filter) {
 }
 
 template <typename T>
+Comparison boxFilter(const Kernel& kernel, FilterCall<T> filter) {
+    return boxFilter<T>(std::make_shared<HostImage>(test::randomImage<T>({side, side}, 1)), kernel, filter);
+}
+
+/// Noise whose exponents are so far apart that sums take several doubles.
+Comparison boxFilterOfDecades(const Kernel& kernel, int decades) {
+    const auto image = std::make_shared<HostImage>(test::randomImage<float>({side, side}, 1));
+    for (float& pixel : std::span(static_cast<float*>(image->data()), std::size_t{side} * side)) {
+        pixel = std::pow(
+            10.0f, static_cast<float>(-decades) * std::fabs(pixel) / 500);  // of 500 are the largest ones of the noise
+    }
+    return boxFilter<float>(image, kernel, nppiFilterBoxBorder_32f_C1R_Ctx);
+}
+
+template <typename T>
 void addType(Comparisons& comparisons, const std::string& type, FilterCall<T> filter) {
     for (const Kernel& kernel : kernels) {
         comparisons.add("box " + type + ' ' + std::to_string(kernel.x) + 'x' + std::to_string(kernel.y),
@@ -81,6 +97,11 @@ void addBoxFilterCases(Comparisons& comparisons) {
     addType<Npp16u>(comparisons, "u16", nppiFilterBoxBorder_16u_C1R_Ctx);
     addType<Npp16s>(comparisons, "s16", nppiFilterBoxBorder_16s_C1R_Ctx);
     addType<Npp32f>(comparisons, "float", nppiFilterBoxBorder_32f_C1R_Ctx);
+    for (const int decades : {15, 35}) {
+        comparisons.add("box float of " + std::to_string(decades) + " decades 15x15", [=] {
+            return boxFilterOfDecades({15, 15}, decades);
+        });
+    }
 }
 
 }  // namespace zel::bench

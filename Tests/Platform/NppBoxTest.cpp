@@ -160,7 +160,7 @@ struct HardPixels {
 
 std::vector<HardPixels> hardPixels() {
     constexpr float infinity = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
-    const auto oneOf = [](std::vector<float> values) {
+    const auto oneOf = [](const std::vector<float>& values) {
         return [=](std::mt19937& random, int) { return values[random() % values.size()]; };
     };
     const auto bits = [](std::uint32_t kept, std::uint32_t set) {

@@ -28,9 +28,8 @@ public:
     /// The nearest float, the even one of two.
     float rounded() const {
         if (special_ != 0) return special_;
-        auto [digits, rest] = carried(digits_, 1);
-        const bool negative = rest < 0;
-        if (negative) digits = carried(digits_, -1).digits;
+        const bool negative = carried(digits_, 1).rest < 0;
+        const Digits digits = carried(digits_, negative ? -1 : 1).digits;
         const auto bit = [&](int i) { return static_cast<std::uint32_t>(digits[i / 32U] >> i % 32U) & 1; };
         int top = 32 * static_cast<int>(digits.size()) - 1;
         while (top > 0 && bit(top) == 0) --top;

@@ -44,6 +44,11 @@ struct BoxJob : FilterJob<T> {
           windowY(call.mask.height, call.anchor.y, call.srcSize.height),
           maskHeight(static_cast<std::uint64_t>(call.mask.height)),
           area(static_cast<std::uint64_t>(call.mask.width) * maskHeight) {}
+
+    /// Number of the image's row that is the first one under the windows of output row y.
+    std::ptrdiff_t srcRowUnder(std::ptrdiff_t y) const {
+        return std::clamp<std::ptrdiff_t>(this->offset.y + y - windowY.before, 0, this->size.height - 1);
+    }
 };
 
 /// Filters output rows [begin, end). Which rows a call takes changes no result.

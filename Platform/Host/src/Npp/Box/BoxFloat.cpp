@@ -1,7 +1,13 @@
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <limits>
+
 #include "Npp/Box/Box.h"
 #include "Npp/Box/ColumnSums.h"
 #include "Npp/Box/FloatParts.h"
-#include "Npp/Box/PrefixSum.h"
+#include "Npp/Box/SlidingSums.h"
 #include "Npp/Box/WideSum.h"
 #include "Npp/Common/WorkBuffer.h"
 
@@ -21,178 +27,159 @@ bool isFinite(float pixel) {
     return (std::bit_cast<std::uint32_t>(pixel) & 0x7F800000) != 0x7F800000;
 }
 
-/// Window sums of a block's rows, row after row, of each part that `split` makes of a pixel.
-template <typename Sum, std::size_t parts>
-class RunningWindows {
-public:
-    RunningWindows(const BoxJob<float>& job, const SourceColumns& source, std::ptrdiff_t width)
-        : job_(job),
-          source_(source),
-          width_(static_cast<std::size_t>(width)),
-          padded_(static_cast<std::size_t>(source.padded())),
-          buffer_(parts * (WorkBuffer::bytesFor<Sum>(padded_) + WorkBuffer::bytesFor<Sum>(width_ + 1))) {
-        for (Sum*& columns : columns_) columns = buffer_.take<Sum>(padded_);
-        for (Sum*& sums : sums_) sums = buffer_.take<Sum>(width_ + 1);
+/// Stores the values that belong before `end`.
+void storeUpTo(const float* end, float* dst, Floats values) {
+    if (end - dst >= static_cast<std::ptrdiff_t>(Vector<float>::lanes)) {
+        std::memcpy(dst, &values, sizeof values);
+    } else {
+        const Floats last = values;  // which has an address, so that the others can stay in registers
+        std::memcpy(dst, &last, static_cast<std::size_t>(end - dst) * sizeof(float));
     }
+}
 
-    /// use(y, sums) for output rows [top, bottom).
-    template <typename Split, typename Use>
-    void forEachRow(std::ptrdiff_t top, std::ptrdiff_t bottom, const Split& split, const Use& use) {
-        Columns<Sum, parts> sourceColumns = columns_;
-        for (Sum*& columns : sourceColumns) columns += source_.padLeft;
-        for (std::ptrdiff_t y = top; y < bottom; ++y) {
-            if (y == top) {
-                startColumns(job_, y, source_.first, sourceColumns, source_.count, split);
-            } else {
-                slideColumns(job_, y, source_.first, sourceColumns, source_.count, split);
-            }
-            for (std::size_t i = 0; i < parts; ++i) {
-                source_.pad(columns_[i]);
-                slidingSums(columns_[i], sums_[i], width_, static_cast<std::size_t>(job_.windowX.size),
-                            repeatedColumns<Sum>(job_.windowX, columns_[i], source_.padded()));
-            }
-            use(y, sums_);
-        }
-    }
-
-private:
-    const BoxJob<float>& job_;
-    const SourceColumns& source_;
-    std::size_t width_;
-    std::size_t padded_;
-    WorkBuffer buffer_;
-    Columns<Sum, parts> columns_;
-    Columns<Sum, parts> sums_;
-};
-
-/// A block of output pixels: all of its means are worked out in the same way.
-class FloatBlock {
+/// Columns [left, right) of output rows [begin, end), in blocks of rows: all means of a block are worked out alike.
+class FloatStrip {
 public:
-    FloatBlock(const BoxJob<float>& job, std::ptrdiff_t top, std::ptrdiff_t bottom, std::ptrdiff_t left,
+    FloatStrip(const BoxJob<float>& job, std::ptrdiff_t begin, std::ptrdiff_t end, std::ptrdiff_t left,
                std::ptrdiff_t right)
         : job_(job),
-          top_(top),
-          bottom_(bottom),
+          begin_(begin),
+          end_(end),
           left_(left),
           width_(right - left),
           area_(static_cast<float>(job.area)),
-          source_(job, job.windowX, left, right) {}
+          source_(job, job.windowX, left, right),
+          rowSpreads_(job, source_, begin, end) {}
 
-    void filter() const {
-        const FloatSpread spread = spreadOfPixels();
+    void filter() {
+        const std::ptrdiff_t rows = std::max(blockRows, 4 * job_.windowY.size);
+        for (std::ptrdiff_t top = begin_; top < end_; top += rows) filterBlock({top, std::min(top + rows, end_)});
+    }
+
+private:
+    struct Rows {
+        std::ptrdiff_t top;
+        std::ptrdiff_t bottom;
+    };
+
+    void filterBlock(const Rows& rows) {
+        const FloatSpread spread = rowSpreads_.under(rows.top, rows.bottom);
         const FloatUnits units(spread, job_.area);
         const std::ptrdiff_t columns = std::max(hardBlockColumns, 4 * job_.windowX.size);
         if ((units.parts() > 1 || !spread.allFinite()) && width_ > columns) {
             for (std::ptrdiff_t x = 0; x < width_; x += columns) {
-                FloatBlock(job_, top_, bottom_, left_ + x, left_ + std::min(x + columns, width_)).filter();
+                FloatStrip(job_, rows.top, rows.bottom, left_ + x, left_ + std::min(x + columns, width_)).filter();
             }
         } else if (spread.allFinite()) {
-            filter(units, [](float pixel) { return pixel; });
+            filterRows(rows, units, [](float pixel) { return pixel; });
         } else {
-            filter(units, [](float pixel) { return isFinite(pixel) ? pixel : 0.0f; });
-            markWindowsWithoutSum();
+            filterRows(rows, units, [](float pixel) { return isFinite(pixel) ? pixel : 0.0f; });
+            markWindowsWithoutSum(rows);
         }
     }
 
-private:
-    /// Reads the block. The row below is asked for ahead: the machine reads ahead by itself within a page only.
-    FloatSpread spreadOfPixels() const {
-        constexpr std::ptrdiff_t ahead = 256, cacheLine = 16;
-        const std::ptrdiff_t top = job_.offset.y + top_ - job_.windowY.before;
-        const std::ptrdiff_t end = top + bottom_ - top_ + job_.windowY.size - 1;
-        FloatSpread spread;
-        for (auto y = std::max<std::ptrdiff_t>(top, 0); y < std::min<std::ptrdiff_t>(end, job_.size.height); ++y) {
-            const float* const row = job_.srcRow(y) + source_.first;
-            const float* const below = job_.srcRow(y + 1) + source_.first;
-            for (std::ptrdiff_t x = 0; x < source_.count; x += ahead) {
-                const std::ptrdiff_t count = std::min(ahead, source_.count - x);
-                for (std::ptrdiff_t i = 0; i < count; i += cacheLine) __builtin_prefetch(below + x + i);
-                spread.add(row + x, count);
-            }
-        }
-        return spread;
-    }
-
-    /// @param clean  takes the infinities and NaN out of the block's pixels.
+    /// @param clean  takes infinities and NaN out of the block's pixels.
     template <typename Clean>
-    void filter(const FloatUnits& units, const Clean& clean) const {
+    void filterRows(const Rows& rows, const FloatUnits& units, const Clean& clean) {
         if (units.parts() == 1) {
-            filterInParts<1>(units, clean);
+            filterInParts<1>(rows, units, clean);
         } else if (units.parts() == 2) {
-            filterInParts<2>(units, clean);
+            filterInParts<2>(rows, units, clean);
         } else if (units.parts() <= 4) {
-            filterInParts<4>(units, clean);
+            filterInParts<4>(rows, units, clean);
         } else if (units.parts() <= FloatUnits::maxParts) {
-            filterInParts<FloatUnits::maxParts>(units, clean);
+            filterInParts<FloatUnits::maxParts>(rows, units, clean);
         } else {
-            filterRows<WideSum, 1>([=](float pixel) { return std::array{WideSum(clean(pixel))}; },
-                                   [](const std::array<WideSum, 1>& sum) { return static_cast<float>(sum[0]); });
+            filterInIntegers(rows, clean);
         }
     }
 
     template <std::size_t parts, typename Clean>
-    void filterInParts(const FloatUnits& units, const Clean& clean) const {
-        filterRows<double, parts>([=, of = FloatParts<parts>(units)](float pixel) { return of.split(clean(pixel)); },
-                                  [of = FloatParts<parts>(units)](const auto& sums) { return of.round(sums); });
+    void filterInParts(const Rows& rows, const FloatUnits& units, const Clean& clean) {
+        const FloatParts<parts> of(units);
+        const auto split = [=](float pixel) { return of.split(clean(pixel)); };
+        forEachRow<double, parts>(rows, split, [&](float* dst, SlidingSums<double, parts> sums) {
+            sums.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
+                storeUpTo(dst + width_, dst + x, roundedToFloat(of.sum(low), of.sum(high)) / area_);
+            });
+        });
     }
 
-    template <typename Sum, std::size_t parts, typename Split, typename Round>
-    void filterRows(const Split& split, const Round& round) const {
-        forEachRow<Sum, parts>(split, [=, width = width_, area = area_](float* dst, const Columns<Sum, parts>& sums) {
-            const auto mean = [=]<std::size_t... i>(std::ptrdiff_t x, std::index_sequence<i...>) {
-                return round(std::array<Sum, parts>{sums[i][x]...}) / area;
-            };
-#pragma omp simd
-            for (std::ptrdiff_t x = 0; x < width; ++x) dst[x] = mean(x, std::make_index_sequence<parts>());
+    template <typename Clean>
+    void filterInIntegers(const Rows& rows, const Clean& clean) {
+        const std::ptrdiff_t size = job_.windowX.size;
+        const auto split = [=](float pixel) { return std::array{WideSum(clean(pixel))}; };
+        WorkBuffer buffer(WorkBuffer::bytesFor<WideSum>(static_cast<std::size_t>(source_.padded())));
+        WideSum* const columns = buffer.take<WideSum>(static_cast<std::size_t>(source_.padded()));
+        const RunningColumns<float, WideSum, 1> running(job_, source_, {columns});
+        running.forEachRow(rows.top, rows.bottom, split, [&](std::ptrdiff_t y) {
+            float* const dst = job_.dstRow(y) + left_;
+            auto sum = repeatedColumns<WideSum>(job_.windowX, columns, source_.padded());
+            for (std::ptrdiff_t x = 0; x < size; ++x) sum = sum + columns[x];
+            dst[0] = static_cast<float>(sum) / area_;
+            for (std::ptrdiff_t x = 1; x < width_; ++x) {
+                sum = sum + columns[x + size - 1] - columns[x - 1];
+                dst[x] = static_cast<float>(sum) / area_;
+            }
         });
     }
 
     /// What plain addition gives where infinities or NaN are in a window, in place of the mean of its finite pixels.
-    void markWindowsWithoutSum() const {
+    void markWindowsWithoutSum(const Rows& rows) {
+        using Count = std::uint64_t;
         // NaN counts as infinities of both signs, whose sum it is.
         const auto split = [](float pixel) {
-            const std::uint64_t counts = isFinite(pixel) ? 0 : 1;
+            const Count counts = isFinite(pixel) ? 0 : 1;
             return std::array{pixel < 0 ? 0 : counts, pixel > 0 ? 0 : counts};
         };
-        forEachRow<std::uint64_t, 2>(split, [&](float* dst, const Columns<std::uint64_t, 2>& sums) {
-            constexpr float infinity = std::numeric_limits<float>::infinity();
-            const auto& [rising, falling] = sums;
-#pragma omp simd
-            for (std::ptrdiff_t x = 0; x < width_; ++x) {
-                const float up = falling[x] == 0 ? infinity : std::numeric_limits<float>::quiet_NaN();
-                const float marked = rising[x] == 0 ? -infinity : up;
-                dst[x] = (rising[x] | falling[x]) == 0 ? dst[x] : marked;
-            }
+        constexpr float infinity = std::numeric_limits<float>::infinity();
+        forEachRow<Count, 2>(rows, split, [&](float* dst, SlidingSums<Count, 2> counts) {
+            const auto mark = [&](std::ptrdiff_t first, const auto& infinities) {
+                const auto& [rising, falling] = infinities;
+                for (std::ptrdiff_t i = 0; i < std::min(counts.lanes, width_ - first); ++i) {
+                    if (rising[i] == 0 && falling[i] == 0) continue;
+                    const float up = falling[i] == 0 ? infinity : std::numeric_limits<float>::quiet_NaN();
+                    dst[first + i] = rising[i] == 0 ? -infinity : up;
+                }
+            };
+            counts.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
+                mark(x, low);
+                mark(x + counts.lanes, high);
+            });
         });
     }
 
     /// use(output row, sums of the parts under its windows).
     template <typename Sum, std::size_t parts, typename Split, typename Use>
-    void forEachRow(const Split& split, const Use& use) const {
-        RunningWindows<Sum, parts>(job_, source_, width_)
-            .forEachRow(top_, bottom_, split,
-                        [&](std::ptrdiff_t y, const Columns<Sum, parts>& sums) { use(job_.dstRow(y) + left_, sums); });
+    void forEachRow(const Rows& rows, const Split& split, const Use& use) {
+        using Sums = SlidingSums<Sum, parts>;
+        const auto items = static_cast<std::size_t>(source_.padded() + Sums::slack);
+        WorkBuffer buffer(parts * WorkBuffer::bytesFor<Sum>(items));
+        Columns<Sum, parts> columns;
+        for (Sum*& part : columns) part = buffer.take<Sum>(items);
+        const RunningColumns<float, Sum, parts> running(job_, source_, columns);
+        running.forEachRow(rows.top, rows.bottom, split, [&](std::ptrdiff_t y) {
+            use(job_.dstRow(y) + left_, Sums(columns, job_.windowX, source_.padded()));
+            rowSpreads_.lookAtNextRow();
+        });
     }
 
     const BoxJob<float>& job_;
-    std::ptrdiff_t top_;
-    std::ptrdiff_t bottom_;
+    std::ptrdiff_t begin_;
+    std::ptrdiff_t end_;
     std::ptrdiff_t left_;
     std::ptrdiff_t width_;
     float area_;
     SourceColumns source_;
+    RowSpreads rowSpreads_;
 };
 
 }  // namespace
 
 void filterBoxRows(const BoxJob<Npp32f>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
-    const std::ptrdiff_t rows = std::max(blockRows, 4 * job.windowY.size);
     const std::ptrdiff_t columns = std::max(blockColumns, 4 * job.windowX.size);
     for (std::ptrdiff_t left = 0; left < job.roi.width; left += columns) {
-        const std::ptrdiff_t right = std::min<std::ptrdiff_t>(left + columns, job.roi.width);
-        for (std::ptrdiff_t top = begin; top < end; top += rows) {
-            FloatBlock(job, top, std::min(top + rows, end), left, right).filter();
-        }
+        FloatStrip(job, begin, end, left, std::min<std::ptrdiff_t>(left + columns, job.roi.width)).filter();
     }
 }
 

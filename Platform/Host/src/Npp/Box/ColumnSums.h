@@ -41,25 +41,56 @@ void slideRow(Columns<Column, parts> columns, const Pixel* entering, const Pixel
     for (std::ptrdiff_t x = 0; x < count; ++x) slide(x, std::make_index_sequence<parts>());
 }
 
-/// columns[x] = sum of source column first + x under the window of output row y.
-template <typename Column, std::size_t parts, typename Pixel, typename Split>
-void startColumns(const BoxJob<Pixel>& job, std::ptrdiff_t y, std::ptrdiff_t first,
-                  const Columns<Column, parts>& columns, std::ptrdiff_t count, const Split& split) {
-    const WindowAxis& window = job.windowY;
-    for (Column* const part : columns) std::fill_n(part, count, Column{});
-    addRow(columns, job.srcRow(0) + first, count, window.firstTimes, split);
-    addRow(columns, job.srcRow(job.size.height - 1) + first, count, window.lastTimes, split);
-    const std::ptrdiff_t top = job.offset.y + y - window.before;
-    for (std::ptrdiff_t j = 0; j < window.size; ++j) addRow(columns, job.srcRow(top + j) + first, count, 1, split);
-}
+/// The columns under the windows of a strip of output columns, padded as the image's rows are.
+template <typename Pixel, typename Column, std::size_t parts>
+class RunningColumns {
+public:
+    /// @param columns  arrays of source.padded() items, for their use alone.
+    RunningColumns(const BoxJob<Pixel>& job, const SourceColumns& source, const Columns<Column, parts>& columns)
+        : job_(job), source_(source), columns_(columns), inside_(columns) {
+        for (Column*& inside : inside_) inside += source.padLeft;
+    }
 
-/// Takes the columns from the window of output row y - 1 to that of y.
-template <typename Column, std::size_t parts, typename Pixel, typename Split>
-void slideColumns(const BoxJob<Pixel>& job, std::ptrdiff_t y, std::ptrdiff_t first,
-                  const Columns<Column, parts>& columns, std::ptrdiff_t count, const Split& split) {
-    const std::ptrdiff_t top = job.offset.y + y - job.windowY.before;
-    slideRow(columns, job.srcRow(top + job.windowY.size - 1) + first, job.srcRow(top - 1) + first, count, split);
-}
+    /// use(y) for output rows [top, bottom), with the columns summed under the windows of that row.
+    template <typename Split, typename Use>
+    void forEachRow(std::ptrdiff_t top, std::ptrdiff_t bottom, const Split& split, const Use& use) const {
+        for (std::ptrdiff_t y = top; y < bottom; ++y) {
+            if (y == top) {
+                start(y, split);
+            } else {
+                slide(y, split);
+            }
+            for (Column* const columns : columns_) source_.pad(columns);
+            use(y);
+        }
+    }
+
+private:
+    template <typename Split>
+    void start(std::ptrdiff_t y, const Split& split) const {
+        const WindowAxis& window = job_.windowY;
+        const auto add = [&](std::ptrdiff_t row, std::uint64_t times) {
+            addRow(inside_, job_.srcRow(row) + source_.first, source_.count, times, split);
+        };
+        for (Column* const inside : inside_) std::fill_n(inside, source_.count, Column{});
+        add(0, window.firstTimes);
+        add(job_.size.height - 1, window.lastTimes);
+        const std::ptrdiff_t top = job_.offset.y + y - window.before;
+        for (std::ptrdiff_t j = 0; j < window.size; ++j) add(top + j, 1);
+    }
+
+    template <typename Split>
+    void slide(std::ptrdiff_t y, const Split& split) const {
+        const std::ptrdiff_t top = job_.offset.y + y - job_.windowY.before;
+        slideRow(inside_, job_.srcRow(top + job_.windowY.size - 1) + source_.first,
+                 job_.srcRow(top - 1) + source_.first, source_.count, split);
+    }
+
+    const BoxJob<Pixel>& job_;
+    const SourceColumns& source_;
+    Columns<Column, parts> columns_;
+    Columns<Column, parts> inside_;
+};
 
 /// What the pixels add that count beside the window along x, from the padded column sums of one row. The image's border
 /// columns are among them whenever such pixels exist: the window then reaches both ends or more.

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstring>
-#include <type_traits>
 #include <utility>
 
 namespace zel::host {
@@ -60,35 +59,6 @@ void prefixSum(const Value* values, Sum* sums, std::size_t count) {
             // Off the local sums, so that register follows register by one addition.
             before += detail::lastInAll(local, std::make_index_sequence<lanes>());
         }
-    }
-}
-
-/// sums[i] = start + values[i] + ... + values[i + size - 1]. All that is added up on the way are differences of two
-/// such sums, so that in floating point nothing rounds where these are exact. In registers both arrays may be touched
-/// up to one register beyond their last item.
-template <typename Sum>
-void slidingSums(const Sum* values, Sum* sums, std::size_t count, std::size_t size, Sum start) {
-    Sum sum = start;
-    if constexpr (std::is_arithmetic_v<Sum>) {
-#pragma omp simd reduction(+ : sum)
-        for (std::size_t i = 0; i < size; ++i) sum += values[i];
-        sums[0] = sum;
-        constexpr std::size_t lanes = Vector<Sum>::lanes;
-        using Sums = typename Vector<Sum>::Type;
-        Sums before = sum - Sums{};
-        for (std::size_t i = 0; i + 1 < count; i += lanes) {
-            Sums leaving, entering;
-            std::memcpy(&leaving, values + i, sizeof leaving);
-            std::memcpy(&entering, values + i + size, sizeof entering);
-            const Sums local = detail::scanned<1, lanes>(entering - leaving);
-            const Sums all = before + local;
-            std::memcpy(sums + i + 1, &all, sizeof all);
-            before += detail::lastInAll(local, std::make_index_sequence<lanes>());
-        }
-    } else {
-        for (std::size_t i = 0; i < size; ++i) sum = sum + values[i];
-        sums[0] = sum;
-        for (std::size_t i = 0; i + 1 < count; ++i) sums[i + 1] = sum = sum + values[i + size] - values[i];
     }
 }
 
