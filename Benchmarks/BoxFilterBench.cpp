@@ -2,11 +2,13 @@
 
 #include <cmath>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <span>
 
 #include "BoxFilterRun.h"
 #include "Comparison.h"
 #include "FilterPeers.h"
+#include "PythonPeers.h"
 #include "TestImages.h"
 #include "Utilities_CUDA/DeviceResidentImage_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
@@ -52,6 +54,7 @@ Comparison boxFilter(const std::shared_ptr<HostImage>& image, const Kernel& kern
     const auto onDevice = runOn(true);
     const auto fromHost = runOn(false);
     Comparison result{blurPeers(image, kernel.x, kernel.y), 2.0 * side * side * sizeof(T), {}, {}};
+    addPythonPeers(result, "box", {image}, {{"x", kernel.x}, {"y", kernel.y}});
     // Means of integers are truncated, the peer's are rounded.
     result.agreement = {[fromHost, image]() -> const ImageModel& {
                             fromHost->filter.run();

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <numeric>
 
 #include "CaseSizes.h"
@@ -6,6 +7,7 @@
 #include "FftwCorrelation.h"
 #include "FilterPeers.h"
 #include "ImageFiltering/FftUtilities_CUDA.h"
+#include "PythonPeers.h"
 #include "StageClock.h"
 
 namespace zel::bench {
@@ -76,6 +78,7 @@ Comparison crossCorrelation(std::size_t size, std::size_t templateSize, bool rem
         for (const int threads : {1, 2})
             result.peers.push_back(fftwCorrelation(image, pattern, padded, padded, threads));
     }
+    addPythonPeers(result, "correlation", {image, pattern}, {{"removesMean", removesMeans}});
     result.bytes = (sizeof(T) + sizeof(float)) * static_cast<double>(size) * static_cast<double>(size);
     for (const int threads : {1, 2}) {
         const std::string suffix = ", " + std::to_string(threads) + "T";

@@ -1,6 +1,9 @@
+#include <nlohmann/json.hpp>
+
 #include "CaseSizes.h"
 #include "FilterPeers.h"
 #include "GaussianFilterRun.h"
+#include "PythonPeers.h"
 
 namespace zel::bench {
 
@@ -23,6 +26,7 @@ Comparison gaussianFilter(double sigma) {
     const auto fromHost = runOn(false, false);
     const auto kernelSize = static_cast<unsigned>(2 * kernelSizeFactor * sigma) + 1;
     Comparison result{gaussianPeers(image, sigma, kernelSize), 2 * voxelCount(size) * sizeof(T), {}, {}};
+    addPythonPeers(result, "gaussian", {image}, {{"sigma", sigma}, {"kernelSize", kernelSize}});
     // Ours truncates; the peers round, one of them twice.
     result.agreement = {[fromHost, image]() -> const ImageModel& {
                             fromHost->filter.run();

@@ -1,5 +1,8 @@
+#include <nlohmann/json.hpp>
+
 #include "MedianFilterRun.h"
 #include "MedianPeers.h"
+#include "PythonPeers.h"
 #include "TestImages.h"
 
 namespace zel::bench {
@@ -21,7 +24,12 @@ Comparison medianFilter(unsigned radius) {
     const auto image = std::make_shared<HostImage>(test::randomImage<T>({side, side}, 1));
     Comparison result{openCvMedianPeers(image, radius), 2.0 * side * side * sizeof(T), {}, {}};
     for (const Peer& peer : cimgMedianPeers(image, radius)) result.peers.push_back(peer);
+    addPythonPeers(result, "median", {image}, {{"radius", radius}});
     const MedianRun onDevice = runOn<T>(image, radius, true), fromHost = runOn<T>(image, radius, false);
+    result.agreement.result = [fromHost, image]() -> const ImageModel& {
+        fromHost->filter.run();
+        return fromHost->hostOutput;
+    };
     for (const int threads : {1, 2}) {
         const std::string suffix = ", " + std::to_string(threads) + "T";
         result.ours.push_back({"device" + suffix, [onDevice] { onDevice->filter.run(); }, threads});

@@ -1,6 +1,9 @@
+#include <nlohmann/json.hpp>
+
 #include "FilterPeers.h"
 #include "ImageFiltering/MorphologyPasses_CUDA.h"
 #include "MorphologyRun.h"
+#include "PythonPeers.h"
 #include "Utilities_CUDA/DeviceImage.h"
 #include "Utilities_CUDA/DeviceResidentImage_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
@@ -55,6 +58,10 @@ Comparison morphology(const Element& element) {
                       2.0 * side * side * sizeof(T),
                       {},
                       {}};
+    addPythonPeers(result, "morphology", {image},
+                   {{"operation", element.operation == MorphologyOperation::erosion ? "erosion" : "opening"},
+                    {"radius", element.radius},
+                    {"square", element.square}});
     result.agreement.result = [fromHost, image]() -> const ImageModel& {
         fromHost->filter.run();
         return fromHost->hostOutput;

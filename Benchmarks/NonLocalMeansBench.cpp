@@ -1,10 +1,12 @@
 #include <cstdio>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
 #include "CaseSizes.h"
 #include "FilterPeers.h"
 #include "NoisyPhantom.h"
 #include "NonLocalMeansStages.h"
+#include "PythonPeers.h"
 #include "zel/algorithms/CudaAdaptiveManifoldNlmFilter.h"
 
 namespace zel::bench {
@@ -29,6 +31,7 @@ Comparison nonLocalMeans(const ImageSize& size, double spatialSigma) {
     };
     Comparison result;
     if (std::is_same_v<T, std::uint8_t>) result.peers = nonLocalMeansPeers(image, 22);
+    addPythonPeers(result, "nlm", {image}, nlohmann::json::object());
     result.bytes = 2 * voxelCount(size) * sizeof(T);
     for (const int threads : {1, 2})
         result.ours.push_back({"host images, " + std::to_string(threads) + "T", run, threads});
@@ -42,7 +45,7 @@ Comparison nonLocalMeans(const ImageSize& size, double spatialSigma) {
         for (const Peer& peer : peers) {
             peer.run();
             HostImage filtered(image->getDataType(), size);
-            test::copyRows(*peer.result, filtered);
+            test::copyRows(*peer.result(), filtered);
             std::snprintf(ratios, sizeof ratios, ", %s %.1f", peer.name.c_str(), test::psnrOf<T>(filtered, *clean, 1));
             text += ratios;
         }

@@ -1,10 +1,12 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <random>
 
 #include "Comparison.h"
 #include "MatchingRun.h"
+#include "PythonPeers.h"
 
 namespace zel::bench {
 
@@ -79,6 +81,13 @@ std::shared_ptr<const tarnway::DataFrameView> randomRotations(std::size_t rows) 
     return test::tableOf(columns);
 }
 
+nlohmann::json anglesOf(const tarnway::DataFrameView& rotations) {
+    nlohmann::json rows = nlohmann::json::array();
+    for (std::size_t row = 0; row < rotations.shape()[1]; ++row)
+        rows.push_back({rotations.at(row, 0), rotations.at(row, 1), rotations.at(row, 2)});
+    return rows;
+}
+
 /// 1 in a ball that the template's cube holds, 0 outside.
 HostImage ballMask() {
     HostImage mask(VoxelTypes::float32, {templateLength, templateLength, templateLength});
@@ -102,6 +111,13 @@ Comparison matching(std::size_t size, std::size_t rows, bool follows) {
     run->filter.transformationTable = randomRotations(rows);
 
     Comparison result;
+    addPythonPeers(result, "matching", {image, pattern, mask},
+                   {{"rows", anglesOf(*run->filter.transformationTable.get())}, {"follows", follows}});
+    result.agreement = {[run, image, pattern, mask]() -> const ImageModel& {
+                            run->filter.run();
+                            return run->hostScore;
+                        },
+                        1e-5};
     result.bytes = 10 * static_cast<double>(size * size * size);
     for (const int threads : {1, 2}) {
         result.ours.push_back({"host images, " + std::to_string(threads) + "T",

@@ -5,8 +5,10 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
+#include <string_view>
 
 #include "Comparison.h"
+#include "FirstRun.h"
 #include "TableReporter.h"
 
 namespace {
@@ -16,6 +18,7 @@ using namespace zel::bench;
 /// @param json  gets all measurements, if it is open.
 int measureCases(const std::string& filter, std::ostream& json) {
     Comparisons comparisons;
+    addFirstRunCases(comparisons);
     addBoxFilterCases(comparisons);
     addMedianFilterCases(comparisons);
     addMorphologyCases(comparisons);
@@ -40,6 +43,7 @@ int measureCases(const std::string& filter, std::ostream& json) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 3 && std::string_view(argv[1]) == firstRunCommand) return printFirstRun(argv[2]);
     benchmark::Initialize(&argc, argv);
     std::ofstream json;
     if (argc == 2) json.open(argv[1]);

@@ -13,7 +13,7 @@ Peer peerOf(const std::shared_ptr<HostImage>& image, unsigned radius) {
                height = static_cast<unsigned>(image->getDimension(1));
     const auto source =
         std::make_shared<cimg_library::CImg<T>>(static_cast<const T*>(image->data()), width, height, 1, 1, true);
-    return {"CImg", [=] { source->get_blur_median(2 * radius + 1); }, nullptr};
+    return {"CImg", [=] { source->get_blur_median(2 * radius + 1); }, {}};
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <host_device.h>
 #include <tbb/global_control.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "PeerCheck.h"
@@ -20,17 +21,26 @@ void measure(benchmark::State& state, const Contender& contender, double bytes) 
     contender.run();  // what only a first run has to do is not measured
     host::resetPeakBytes();
     const std::uint64_t bytesBefore = host::deviceUse().liveBytes;
-    for ([[maybe_unused]] const auto iteration : state) contender.run();
+    for ([[maybe_unused]] const auto iteration : state) state.SetIterationTime(contender.run());
     state.counters[deviceBytesCounter] = static_cast<double>(host::deviceUse().peakBytes - bytesBefore);
     state.counters[bytesCounter] = bytes;
 }
 
-void enlist(const std::string& caseName, const Contender& contender, double bytes) {
-    benchmark::RegisterBenchmark((caseName + '/' + contender.name).c_str(),
-                                 [=](benchmark::State& state) { measure(state, contender, bytes); })
-        ->UseRealTime()
-        ->MeasureProcessCPUTime()
-        ->Unit(benchmark::kMillisecond);
+void enlist(const std::string& caseName, const Contender& contender, const Comparison& comparison) {
+    auto* const enlisted = benchmark::RegisterBenchmark((caseName + '/' + contender.name).c_str(),
+                                                        [=, bytes = comparison.bytes](benchmark::State& state) {
+                                                            measure(state, contender, bytes);
+                                                        })
+                               ->UseManualTime()
+                               ->MeasureProcessCPUTime()
+                               ->Unit(benchmark::kMillisecond);
+    if (comparison.onceARepetition) enlisted->Iterations(1);
+}
+
+/// Whether a peer need not run again for the table: it is slow, and another one is much faster.
+bool isOutOfTheRace(double seconds, const std::vector<double>& secondsOfAll) {
+    constexpr double slow = 0.3, farBehind = 3;
+    return seconds > slow && seconds > farBehind * *std::min_element(secondsOfAll.begin(), secondsOfAll.end());
 }
 
 }  // namespace
@@ -40,11 +50,18 @@ std::size_t Comparisons::run(const std::regex& filter, TableReporter& reporter) 
     for (const auto& [name, make] : cases_) {
         if (!std::regex_search(name, filter)) continue;
         const Comparison comparison = make();
-        checkPeers(name, comparison);
-        for (const Contender& contender : comparison.ours) enlist(name, contender, comparison.bytes);
-        for (const Peer& peer : comparison.peers) enlist(name, {peerMark + peer.name, peer.run}, comparison.bytes);
+        const std::vector<double> firstSeconds = runPeersOnce(name, comparison);
         if (!comparison.ours.empty()) {
             reporter.begin(name);
+            for (const Contender& contender : comparison.ours) enlist(name, contender, comparison);
+            for (std::size_t i = 0; i < firstSeconds.size(); ++i) {
+                const Peer& peer = comparison.peers[i];
+                if (isOutOfTheRace(firstSeconds[i], firstSeconds)) {
+                    reporter.tellSingleRun(peer.name, firstSeconds[i]);
+                } else {
+                    enlist(name, {peerMark + peer.name, peer.run}, comparison);
+                }
+            }
             benchmark::RunSpecifiedBenchmarks(&reporter, ".");
             benchmark::ClearRegisteredBenchmarks();
         }

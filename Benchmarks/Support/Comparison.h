@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -13,18 +15,42 @@ namespace zel::bench {
 
 class TableReporter;
 
+/// Does a case's work once, and tells the seconds that it took.
+class Work {
+public:
+    /// @param run  returns when the work is done. What it returns are the seconds, if that is a number: those of
+    ///             another process, for example. Else they are those of the call.
+    template <typename Run>
+    requires(!std::same_as<Run, Work>) Work(Run run) : run_(clocked(std::move(run))) {}
+
+    double operator()() const { return run_(); }
+
+private:
+    template <typename Run>
+    static std::function<double()> clocked(Run run) {
+        if constexpr (std::same_as<decltype(run()), double>) return run;
+        return [run = std::move(run)] {
+            const auto start = std::chrono::steady_clock::now();
+            run();
+            return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        };
+    }
+
+    std::function<double()> run_;
+};
+
 /// One of our ways to do a case's work.
 struct Contender {
-    std::string name;           ///< without a slash
-    std::function<void()> run;  ///< returns when the work is done
-    int threads = 2;            ///< of the host device
+    std::string name;  ///< without a slash
+    Work run;
+    int threads = 2;  ///< of the host device
 };
 
 /// Somebody else's way to do it.
 struct Peer {
     std::string name;
-    std::function<void()> run;
-    std::shared_ptr<const HostImage> result;  ///< where runs leave it; null when there is nothing to compare
+    Work run;
+    std::function<std::shared_ptr<const HostImage>()> result;  ///< of the last run; empty when it cannot be compared
 };
 
 /// That the peers did the same work as we.
@@ -40,6 +66,7 @@ struct Comparison {
     std::vector<Contender> ours;  ///< none where the remark is all
     Agreement agreement = {};
     std::function<std::string()> remark = {};  ///< a line for the table, measured last; may be empty
+    bool onceARepetition = false;              ///< each run is slow to prepare
 };
 
 /// The cases of the program. A case's images live only while it is measured.
@@ -52,7 +79,8 @@ public:
     }
 
     /// Measures each case whose name holds a match of the filter. Repetitions of a case's contenders and its peers are
-    /// interleaved, so that all see the same machine.
+    /// interleaved, so that all see the same machine. Of peers that are far from being the fastest and slow, one run
+    /// has to do.
     /// @returns how many cases there were.
     /// @throws std::runtime_error when a peer's result is another than ours.
     std::size_t run(const std::regex& filter, TableReporter& reporter) const;
@@ -65,6 +93,7 @@ private:
     std::vector<Case> cases_;
 };
 
+void addFirstRunCases(Comparisons& comparisons);
 void addBoxFilterCases(Comparisons& comparisons);
 void addMedianFilterCases(Comparisons& comparisons);
 void addMorphologyCases(Comparisons& comparisons);

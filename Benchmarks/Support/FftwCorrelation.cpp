@@ -100,7 +100,7 @@ Peer fftwCorrelation(const std::shared_ptr<HostImage>& image, const std::shared_
                      int threads) {
     const auto correlation =
         std::make_shared<FftwCorrelation>(static_cast<std::size_t>(nx), static_cast<std::size_t>(ny), threads);
-    return {"FFTW " + std::to_string(threads) + "T", [=] { correlation->run(*image, *pattern); }, nullptr};
+    return {"FFTW " + std::to_string(threads) + "T", [=] { correlation->run(*image, *pattern); }, {}};
 }
 
 }  // namespace zel::bench

@@ -43,7 +43,7 @@ Peer peerOn(const std::shared_ptr<HostImage>& image, const std::string& name, co
     cv::setNumThreads(2);
     const auto result = std::make_shared<HostImage>(
         image->getDataType(), ImageSize{image->getDimension(0), image->getDimension(1), image->getDimension(2)});
-    return {name, [=] { work(*image, *result); }, result};
+    return {name, [=] { work(*image, *result); }, [=] { return result; }};
 }
 
 cv::Mat diamondMask(int radius) {
@@ -73,6 +73,7 @@ Peers openCvMedianPeers(const std::shared_ptr<HostImage>& image, unsigned radius
         cv::Mat target = sliceOf(result, 0);
         cv::medianBlur(sliceOf(source, 0), target, static_cast<int>(2 * radius + 1));
     });
+    peer.result = {};  // repeats the edge's pixels
     return {peer};
 }
 
@@ -126,7 +127,7 @@ Peers matchTemplatePeers(const std::shared_ptr<HostImage>& image, const std::sha
                  cv::matchTemplate(sliceOf(*image, 0), sliceOf(*pattern, 0), *scores,
                                    removesMean ? cv::TM_CCOEFF : cv::TM_CCORR);
              },
-             nullptr}};
+             {}}};
 }
 
 Peers nonLocalMeansPeers(const std::shared_ptr<HostImage>& image, float h) {

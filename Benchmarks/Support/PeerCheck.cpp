@@ -33,16 +33,18 @@ double largestDifference(const ImageModel& one, const ImageModel& other) {
 
 }  // namespace
 
-void checkPeers(const std::string& caseName, const Comparison& comparison) {
-    if (!comparison.agreement.result) return;
-    const ImageModel& ours = comparison.agreement.result();
+std::vector<double> runPeersOnce(const std::string& caseName, const Comparison& comparison) {
+    const ImageModel* const ours = comparison.agreement.result ? &comparison.agreement.result() : nullptr;
+    std::vector<double> seconds;
     for (const Peer& peer : comparison.peers) {
-        peer.run();
-        const double difference = largestDifference(ours, *peer.result);
+        seconds.push_back(peer.run());
+        if (ours == nullptr || !peer.result) continue;
+        const double difference = largestDifference(*ours, *peer.result());
         if (difference <= comparison.agreement.tolerance) continue;
         throw std::runtime_error(caseName + ": the result of " + peer.name + " differs from ours by " +
                                  std::to_string(difference));
     }
+    return seconds;
 }
 
 }  // namespace zel::bench

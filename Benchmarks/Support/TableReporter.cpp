@@ -25,8 +25,8 @@ std::string ratioText(const std::vector<double>& ours, const std::vector<double>
     return text;
 }
 
-constexpr char heading[] = "%-36s %-20s %9s %9s %-14s %6s %16s %7s %8s\n";
-constexpr char line[] = "%-36s %-20s %9.3f %9s %-14s %23s %7.1f %8.1f\n";
+constexpr char heading[] = "%-36s %-20s %9s %9s %-16s %6s %16s %7s %8s\n";
+constexpr char line[] = "%-36s %-20s %9.3f %9s %-16s %23s %7.1f %8.1f\n";
 
 }  // namespace
 
@@ -36,6 +36,13 @@ TableReporter::TableReporter(std::ostream& json) {
 
 void TableReporter::begin(const std::string& caseName) {
     caseName_ = caseName;
+    singleRuns_.clear();
+}
+
+void TableReporter::tellSingleRun(const std::string& peer, double seconds) {
+    char time[64];
+    std::snprintf(time, sizeof time, " %.0f (one run)", 1000 * seconds);
+    singleRuns_ += (singleRuns_.empty() ? "" : ", ") + peer + time;
 }
 
 void TableReporter::finish() {
@@ -89,15 +96,16 @@ void TableReporter::Finalize() {
 }
 
 void TableReporter::printPeers() const {
-    if (std::count_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.isPeer(); }) < 2) return;
+    const auto peers = std::count_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.isPeer(); });
+    if (peers < 2 && singleRuns_.empty()) return;
     std::string text;
     for (const Row& row : rows_) {
         if (!row.isPeer()) continue;
         char time[32];
         std::snprintf(time, sizeof time, " %.3f", median(row.milliseconds));
-        text += (text.empty() ? "  peers: " : ", ") + row.name.substr(peerMark.size()) + time;
+        text += (text.empty() ? "" : ", ") + row.name.substr(peerMark.size()) + time;
     }
-    std::puts(text.c_str());
+    std::printf("  peers: %s%s%s\n", text.c_str(), singleRuns_.empty() ? "" : ", ", singleRuns_.c_str());
 }
 
 void TableReporter::printRow(const Row& row, const Row* peer) const {

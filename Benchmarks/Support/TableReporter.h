@@ -23,6 +23,8 @@ public:
 
     /// The comparison that is measured next.
     void begin(const std::string& caseName);
+    /// A peer of this comparison that is too slow to be measured with it.
+    void tellSingleRun(const std::string& peer, double seconds);
     /// After the last comparison.
     void finish();
 
@@ -50,6 +52,7 @@ private:
     bool started_ = false;
     std::string caseName_;
     std::vector<Row> rows_;
+    std::string singleRuns_;
 };
 
 }  // namespace zel::bench

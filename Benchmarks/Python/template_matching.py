@@ -1,23 +1,13 @@
-#!/usr/bin/env python3
-"""Times template matching with scipy.fft on what the "matching" cases of ./bench search: float volumes of 96, 100 and
-160 voxels along each axis, a template of 21 with a ball as its mask, rows of random rotations; the mask fixed, or turned
-with the template.
+"""Template matching with SciPy, by the formula of Docs/template-matching.md: real transforms in single precision of a
+fast size, two workers, what does not depend on the row computed once.
 
-scipy_matching.py [REPETITIONS [ROWS]]
-
-The formula is the one of Docs/template-matching.md: real transforms in single precision of a fast size, two workers,
-what does not depend on the row computed once. With a fixed mask the scores are those of zel to 1e-7; with a turned one
-they differ by up to 0.02, for a cause that was not looked for. Needs NumPy and SciPy (Debian: python3-scipy).
-Take the figures on the same machine as those of ./bench, one right after the other, while nothing else runs.
+With a turned mask the scores differ from ours by up to 0.02, for a cause that was not looked for.
 """
-import sys
-import time
-
 import numpy as np
 import scipy.fft
 from scipy.ndimage import affine_transform
 
-WORKERS = 2
+from filters import THREADS, Peer
 
 
 def rotation(phi, theta, psi):
@@ -57,10 +47,10 @@ class Matcher:
         self.statistics = None
 
     def forward(self, volume):
-        return scipy.fft.rfftn(volume, self.shape, workers=WORKERS)
+        return scipy.fft.rfftn(volume, self.shape, workers=THREADS)
 
     def inverse(self, spectrum):
-        return scipy.fft.irfftn(spectrum, self.shape, workers=WORKERS, overwrite_x=True)
+        return scipy.fft.irfftn(spectrum, self.shape, workers=THREADS, overwrite_x=True)
 
     def window(self, volume, start):
         return volume[tuple(slice(s, s + n) for s, n in zip(start, self.image.shape))]
@@ -109,28 +99,5 @@ def match(image, template, mask, rows, follows):
     return score, index
 
 
-def main():
-    repetitions = int(sys.argv[1]) if len(sys.argv) > 1 else 3
-    counts = [int(sys.argv[2])] if len(sys.argv) > 2 else [8, 64]
-    random = np.random.default_rng(1)
-    template = random.normal(0, 100, (21, 21, 21)).astype(np.float32)
-    mask = (np.sum((np.mgrid[:21, :21, :21] - 10) ** 2, axis=0) <= 100).astype(np.float32)
-    print(f"{'case':<36} {'best s':>8} {'a row, ms':>10}")
-    for size in (96, 100, 160):
-        image = random.normal(0, 100, (size, size, size)).astype(np.float32)
-        for count in counts:
-            angles = (random.uniform(0, 6.28, count), np.arccos(random.uniform(-1, 1, count)),
-                      random.uniform(0, 6.28, count))
-            rows = np.stack(angles, axis=1)
-            for follows in (False, True):
-                seconds = []
-                for _ in range(repetitions):
-                    start = time.perf_counter()
-                    match(image, template, mask, rows, follows)
-                    seconds.append(time.perf_counter() - start)
-                name = f"matching {size} rows {count} {'turning' if follows else 'fixed'} mask"
-                print(f"{name:<36} {min(seconds):>8.2f} {1000 * min(seconds) / count:>10.1f}", flush=True)
-
-
-if __name__ == "__main__":
-    main()
+def matching(image, template, mask, rows, follows):
+    yield Peer("SciPy", lambda: match(image, template, mask, rows, follows)[0], not follows)
