@@ -89,9 +89,15 @@ TEST_F(CopyTest, DirectionsAreChecked) {
     const auto copy = [](void* dst, const void* src, int kind, std::size_t bytes = 16) {
         return cudaMemcpy(dst, src, bytes, static_cast<cudaMemcpyKind>(kind));
     };
+    {
+        const ScopedTestModes separate({.separateMemory = true});
+        EXPECT_THAT(Statuses({copy(device.get(), host, cudaMemcpyDeviceToHost),
+                              copy(host, device.get(), cudaMemcpyDeviceToDevice),
+                              copy(device.get(), host, cudaMemcpyDeviceToDevice)}),
+                    Each(cudaErrorInvalidValue));
+    }
     EXPECT_THAT(
-        Statuses({copy(host, device.get(), cudaMemcpyHostToDevice), copy(device.get(), host, cudaMemcpyDeviceToHost),
-                  copy(device.get(), host, cudaMemcpyDeviceToDevice), copy(device.get(), host, cudaMemcpyHostToHost),
+        Statuses({copy(host, device.get(), cudaMemcpyHostToDevice), copy(device.get(), host, cudaMemcpyHostToHost),
                   copy(nullptr, host, cudaMemcpyDefault), copy(device.get(), host, cudaMemcpyDefault, 17)}),
         Each(cudaErrorInvalidValue));
     EXPECT_EQ(copy(device.get(), host, 5), cudaErrorInvalidMemcpyDirection);

@@ -75,9 +75,12 @@ TEST_F(NppArgumentsTest, FaultyOnesGiveTheVendorsCodesAndWriteNothing) {
     expectStatus(-34, withMaskSize, [](Call& c) { c.anchor.x = 3; });
     expectStatus(-34, withMaskSize, [](Call& c) { c.anchor.y = -1; });
     expectStatus(-9999, all, [](Call& c) { c.border = NPP_BORDER_MIRROR; });
-    expectStatus(-1031, all, [&](Call& c) { c.src = onHost; });
+    {
+        const host::ScopedTestModes separate({.separateMemory = true});
+        expectStatus(-1031, all, [&](Call& c) { c.src = onHost; });
+        expectStatus(-1031, withMask, [&](Call& c) { c.mask = reinterpret_cast<const Npp8u*>(onHost); });
+    }
     expectStatus(-1031, all, [](Call& c) { c.dst += 7; });
-    expectStatus(-1031, withMask, [&](Call& c) { c.mask = reinterpret_cast<const Npp8u*>(onHost); });
     expectStatus(-1031, withMask, [](Call& c) { c.maskSize = {4, 3}; });
     expectStatus(-1031, withMask, [](Call& c) { c.maskSize = {2147483647, 2147483647}; });
     EXPECT_EQ(pixel(), 2);

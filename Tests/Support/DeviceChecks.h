@@ -10,7 +10,7 @@ namespace zel::test {
 /// Each of them brings out other faults.
 inline const host::TestModes everyTestMode[]{{.deferredStreams = true},
                                              {.protectedMemory = true},
-                                             {.poison = true, .redZones = true},
+                                             {.poison = true, .redZones = true, .separateMemory = true},
                                              {.deferredStreams = true, .redZones = true, .blockShuffleSeed = 17}};
 
 /// Bytes on the device that a run needs at most, and gives back.

@@ -62,6 +62,7 @@ struct TestModes {
     bool redZones = false;               ///< a written byte beside an allocation ends the process with a message
     std::uint64_t blockShuffleSeed = 0;  ///< not 0: blocks run in an order drawn from it
     bool strictReleases = false;         ///< giving back what a reset has ended leaves a pending error, as on a GPU
+    bool separateMemory = false;         ///< the device cannot use the host's memory in place, as most GPUs cannot
 
     bool operator==(const TestModes&) const = default;
 };

@@ -50,6 +50,7 @@ enum cudaMemcpyKind {
 enum cudaDeviceAttr {
     cudaDevAttrComputeCapabilityMajor = 75,
     cudaDevAttrComputeCapabilityMinor = 76,
+    cudaDevAttrPageableMemoryAccess = 88,
 };
 
 inline constexpr unsigned int cudaStreamDefault = 0;

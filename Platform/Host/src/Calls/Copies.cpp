@@ -74,12 +74,13 @@ void Copy::run() const {
 
 enum class Place { host, device, any };
 
-/// Whether a side lies where the copy's kind says. Host memory is taken on trust, unless it is a device's.
+/// Whether a side lies where the copy's kind says. Host memory is taken on trust, unless it is a device's; where the
+/// device uses it in place, it is as good as the device's own.
 bool isAt(Place place, const Side& side, const CopyShape& shape) {
     if (side.first == nullptr) return false;
     const bool startsOnDevice = isDeviceRange(side.first, 1);
     if (place == Place::host || (place == Place::any && !startsOnDevice)) return !startsOnDevice;
-    return isDeviceRange(side.first, shape.span(side));
+    return isReachable(side.first, shape.span(side));
 }
 
 cudaError_t checkCopy(const Copy& copy, cudaMemcpyKind kind, cudaStream_t stream) {
@@ -176,7 +177,7 @@ cudaError_t cudaMemsetAsync(void* address, int value, std::size_t bytes, cudaStr
     return deviceCall("cudaMemsetAsync", [&] {
         if (!isStream(stream)) return cudaErrorInvalidResourceHandle;
         if (bytes == 0) return cudaSuccess;
-        if (!isDeviceRange(address, bytes)) return cudaErrorInvalidValue;
+        if (!isReachable(address, bytes)) return cudaErrorInvalidValue;
         submit(stream, [=] { fill(static_cast<std::byte*>(address), value, bytes); });
         return cudaSuccess;
     });

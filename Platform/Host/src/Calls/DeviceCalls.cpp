@@ -3,6 +3,7 @@
 #include "Calls/RuntimeCall.h"
 #include "Device/Allocations.h"
 #include "Device/BlockStore.h"
+#include "Device/Modes.h"
 #include "Device/Plans.h"
 #include "Device/Streams.h"
 
@@ -82,6 +83,9 @@ cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr attribute, int dev
                 return cudaSuccess;
             case cudaDevAttrComputeCapabilityMinor:
                 *value = deviceProperties().minor;
+                return cudaSuccess;
+            case cudaDevAttrPageableMemoryAccess:
+                *value = modes.separateMemory ? 0 : 1;
                 return cudaSuccess;
         }
         return cudaErrorInvalidValue;

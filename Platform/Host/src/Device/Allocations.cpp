@@ -1,9 +1,12 @@
 #include "Device/Allocations.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <mutex>
 
@@ -35,6 +38,12 @@ std::int64_t changedByte(const std::byte* first, const std::byte* begin, const s
     std::abort();
 }
 
+bool isMapped(const void* address) {
+    const std::uintptr_t page = reinterpret_cast<std::uintptr_t>(address) / pageBytes * pageBytes;
+    unsigned char isInMemory = 0;
+    return mincore(reinterpret_cast<void*>(page), pageBytes, &isInMemory) == 0;
+}
+
 std::uintptr_t keyOf(const void* address) {
     return reinterpret_cast<std::uintptr_t>(address);
 }
@@ -48,6 +57,14 @@ Allocations& allocations() {
 
 bool isDeviceRange(const void* address, std::size_t bytes) {
     return allocations().contains(address, bytes);
+}
+
+bool isReachable(const void* address, std::size_t bytes) {
+    if (allocations().contains(address, bytes)) return true;
+    if (address == nullptr || modes.separateMemory || bytes == 0) return false;
+    const bool wasDevices =
+        allocations().touches(address, bytes) || allocations().isRetired(address) || isInKeptBlock(address);
+    return !wasDevices && isMapped(address) && isMapped(static_cast<const std::byte*>(address) + bytes - 1);
 }
 
 void Allocations::Allocation::checkRedZones() const {
@@ -147,6 +164,17 @@ bool Allocations::contains(const void* address, std::uint64_t bytes) const {
     const auto& [start, allocation] = *--next;
     const std::uint64_t offset = key - start;
     return offset <= allocation.extent && bytes <= allocation.extent - offset;
+}
+
+bool Allocations::touches(const void* address, std::uint64_t bytes) const {
+    const std::shared_lock lock(mutex_);
+    const std::uintptr_t key = keyOf(address);
+    std::uintptr_t end = 0;
+    if (__builtin_add_overflow(key, bytes, &end)) return true;
+    const auto next = live_.lower_bound(end);
+    if (next == live_.begin()) return false;
+    const Block& last = std::prev(next)->second.block;
+    return keyOf(last.base) + last.bytes > key;
 }
 
 bool Allocations::isRetired(const void* address) const {

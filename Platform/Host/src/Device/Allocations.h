@@ -33,6 +33,8 @@ public:
 
     /// Whether all of [address, address + bytes) lies in one live allocation.
     bool contains(const void* address, std::uint64_t bytes) const;
+    /// Whether a byte of [address, address + bytes) belongs to the block of a live allocation.
+    bool touches(const void* address, std::uint64_t bytes) const;
     /// Whether the address was one of an allocation that a reset has ended.
     bool isRetired(const void* address) const;
     /// Ends the process with a message when a byte of a red zone has changed.
@@ -96,5 +98,10 @@ private:
 
 /// Whether all of [address, address + bytes) lies in one live device allocation.
 bool isDeviceRange(const void* address, std::size_t bytes);
+
+/// Whether the device can use all of [address, address + bytes): in one live device allocation, or in the host's own
+/// memory. Of that the first and the last page are looked at; a pointer to freed device memory is found out while the
+/// memory waits for its next use.
+bool isReachable(const void* address, std::size_t bytes);
 
 }  // namespace zel::host

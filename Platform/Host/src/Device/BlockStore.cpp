@@ -76,6 +76,12 @@ public:
         shrinkTo(bound_);
     }
 
+    bool contain(const std::byte* address) {
+        const std::lock_guard lock(mutex_);
+        return std::ranges::any_of(
+            blocks_, [=](const Block& block) { return address >= block.base && address < block.base + block.bytes; });
+    }
+
     void drop() {
         const std::lock_guard lock(mutex_);
         shrinkTo(0);
@@ -146,6 +152,10 @@ void releaseBlock(const Block& block) {
         keptBlocks().keep(block);
     else
         giveToMachine(block);
+}
+
+bool isInKeptBlock(const void* address) {
+    return keptBlocks().contain(static_cast<const std::byte*>(address));
 }
 
 void dropKeptBlocks() {

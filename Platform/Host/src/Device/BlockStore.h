@@ -26,6 +26,8 @@ inline constexpr std::size_t pageBytes = 4096;
 Block acquireBlock(std::size_t bytes);
 /// Takes a block back, for later calls of acquireBlock() or for the machine.
 void releaseBlock(const Block& block);
+/// Whether an address lies in a block that waits for later calls of acquireBlock().
+bool isInKeptBlock(const void* address);
 /// Gives all blocks that wait for later calls of acquireBlock() to the machine.
 void dropKeptBlocks();
 /// Gives a block's memory up as far as possible, but keeps its addresses from ever being given out again.

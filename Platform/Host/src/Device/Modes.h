@@ -20,6 +20,7 @@ struct Modes {
     std::atomic<bool> redZones = alwaysRedZones;
     std::atomic<std::uint64_t> blockShuffleSeed = 0;
     std::atomic<bool> strictReleases = false;
+    std::atomic<bool> separateMemory = false;
 };
 
 extern constinit Modes modes;

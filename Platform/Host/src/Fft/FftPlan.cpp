@@ -84,9 +84,9 @@ cufftResult FftPlan::execute(cufftType type, R* real, std::complex<R>* spectrum)
     if (workArea_ == nullptr) return CUFFT_NO_WORKSPACE;
     const std::size_t realBytes = shape_.reals() * sizeof(R);
     const std::size_t spectrumBytes = shape_.spectrumElements() * sizeof(std::complex<R>);
-    if (!isDeviceRange(real, realBytes) || !isDeviceRange(spectrum, spectrumBytes)) return CUFFT_INVALID_VALUE;
+    if (!isReachable(real, realBytes) || !isReachable(spectrum, spectrumBytes)) return CUFFT_INVALID_VALUE;
     if (overlap(real, realBytes, spectrum, spectrumBytes)) return CUFFT_NOT_SUPPORTED;
-    if (!isDeviceRange(workArea_, spectrumBytes)) return CUFFT_EXEC_FAILED;
+    if (!isReachable(workArea_, spectrumBytes)) return CUFFT_EXEC_FAILED;
     enqueue(stream_, [kept = *transform, forward = isForward(type), real, spectrum] {
         if (forward)
             kept->forward(real, spectrum);

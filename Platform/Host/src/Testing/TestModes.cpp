@@ -17,13 +17,14 @@ void setModes(const TestModes& wanted) {
     modes.redZones = wanted.redZones || alwaysRedZones;
     modes.blockShuffleSeed = wanted.blockShuffleSeed;
     modes.strictReleases = wanted.strictReleases;
+    modes.separateMemory = wanted.separateMemory;
 }
 
 }  // namespace
 
 TestModes testModes() {
-    return {modes.deferredStreams, modes.protectedMemory,  modes.poison,
-            modes.redZones,        modes.blockShuffleSeed, modes.strictReleases};
+    return {modes.deferredStreams,  modes.protectedMemory, modes.poison,        modes.redZones,
+            modes.blockShuffleSeed, modes.strictReleases,  modes.separateMemory};
 }
 
 ScopedTestModes::ScopedTestModes(const TestModes& wanted) : previous_(testModes()) {

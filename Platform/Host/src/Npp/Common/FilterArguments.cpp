@@ -25,7 +25,7 @@ NppStatus checkImage(const void* pixels, int step, NppiSize size, std::size_t pi
 
 bool liesOnDevice(const void* pixels, int step, NppiSize size, std::size_t pixelBytes) {
     const std::size_t lastRow = static_cast<std::size_t>(size.height - 1) * static_cast<std::size_t>(step);
-    return isDeviceRange(pixels, lastRow + static_cast<std::size_t>(size.width) * pixelBytes);
+    return isReachable(pixels, lastRow + static_cast<std::size_t>(size.width) * pixelBytes);
 }
 
 }  // namespace

@@ -137,7 +137,7 @@ NppStatus filterMedianBorder(const char* name, const FilterArguments& arguments,
         if (const NppStatus status = findBufferBytes<Pixel>(arguments.roi, arguments.mask, bytes)) return status;
         if (bytes != 0) {
             if (buffer == nullptr) return NPP_NULL_POINTER_ERROR;
-            if (!isDeviceRange(buffer, bytes)) return NPP_INVALID_DEVICE_POINTER_ERROR;
+            if (!isReachable(buffer, bytes)) return NPP_INVALID_DEVICE_POINTER_ERROR;
             if (reinterpret_cast<std::uintptr_t>(buffer) % sizeof(Pixel) != 0) return NPP_ALIGNMENT_ERROR;
         }
         enqueue(stream, [job = MedianJob<Pixel>(arguments, bytes == 0 ? nullptr : buffer)] { filterMedian(job); });

@@ -77,7 +77,7 @@ NppStatus filterMask(const char* name, const FilterArguments& arguments, const N
         if (status != NPP_SUCCESS) return status;
         const NppiSize size = arguments.mask;
         const auto bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
-        if (!isDeviceRange(mask, bytes)) return NPP_INVALID_DEVICE_POINTER_ERROR;
+        if (!isReachable(mask, bytes)) return NPP_INVALID_DEVICE_POINTER_ERROR;
         const FilterJob<Pixel> job(arguments);
         // What is held is known only once the mask has been read, which other work may have to write first.
         if (bytes == 9 && PassChain<Order>::takes(job)) {
