@@ -43,6 +43,16 @@ std::size_t rowCount(const ImageInfoProperty& info, std::size_t rowPitchBytes) {
     return rows;
 }
 
+/// Of a slice or a volume.
+ImageInfoProperty infoOf(tarnway::ElementType type, std::size_t width, std::size_t height, std::size_t depth) {
+    const bool flat = depth == 1;
+    VectorX<std::size_t> sizes(flat ? 2 : 3);
+    sizes[0] = width;
+    sizes[1] = height;
+    if (!flat) sizes[2] = depth;
+    return {type, flat ? tarnway::ImageType{} : tarnway::ImageType{ImageDimension::z}, sizes};
+}
+
 VectorX<std::size_t> packedRowsStride(const ImageInfoProperty& info, std::size_t rowPitchBytes) {
     VectorX<std::size_t> stride(info.sizes().size());
     stride[0] = elementSize(info.elementType());
@@ -67,12 +77,7 @@ CudaImageView::~CudaImageView() = default;
 
 std::shared_ptr<CudaImageView> CudaImageView::allocate(tarnway::ElementType type, std::size_t width, std::size_t height,
                                                        std::size_t depth) {
-    const bool flat = depth == 1;
-    VectorX<std::size_t> sizes(flat ? 2 : 3);
-    sizes[0] = width;
-    sizes[1] = height;
-    if (!flat) sizes[2] = depth;
-    return allocate({type, flat ? tarnway::ImageType{} : tarnway::ImageType{ImageDimension::z}, sizes});
+    return allocate(infoOf(type, width, height, depth));
 }
 
 std::shared_ptr<CudaImageView> CudaImageView::allocate(const ImageInfoProperty& info) {
@@ -98,6 +103,12 @@ std::shared_ptr<CudaImageView> CudaImageView::wrap(const ImageInfoProperty& info
     rowCount(info, rowPitchBytes);
     std::shared_ptr<void> borrowed(deviceAddress, [](void*) {});
     return std::shared_ptr<CudaImageView>(new CudaImageView(info, std::move(borrowed), rowPitchBytes));
+}
+
+std::shared_ptr<CudaImageView> CudaImageView::wrap(tarnway::ElementType type, std::size_t width, std::size_t height,
+                                                   std::size_t depth, void* deviceAddress) {
+    const ImageInfoProperty info = infoOf(type, width, height, depth);
+    return wrap(info, deviceAddress, rowBytes(info));
 }
 
 bool CudaImageView::contains(std::size_t count, const VectorX<std::size_t>& index) const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cuda_runtime.h>
+
 #include <memory>
 
 #include "TestImages.h"
@@ -16,7 +18,8 @@ template <typename Tile>
 struct PlacementOf {
     bool inputOnDevice = false;
     bool outputOnDevice = false;
-    Tile tile{};  ///< all 0 for none
+    Tile tile{};           ///< all 0 for none
+    bool inPlace = false;  ///< what lies on the device is the host's memory, shown to it
 
     bool tiled() const { return tile != Tile{}; }
 };
@@ -32,6 +35,22 @@ inline std::unique_ptr<ImageModel> onDevice(const HostImage& image) {
     return result;
 }
 
+/// Whether the current device uses the host's memory in place.
+inline bool deviceReadsHostMemory() {
+    int device = 0, answer = 0;
+    EXPECT_EQ(cudaGetDevice(&device), cudaSuccess);
+    EXPECT_EQ(cudaDeviceGetAttribute(&answer, cudaDevAttrPageableMemoryAccess, device), cudaSuccess);
+    return answer != 0;
+}
+
+/// A copy of the image on the device, or the image itself shown to it.
+inline std::unique_ptr<ImageModel> onDevice(HostImage& image, bool inPlace) {
+    if (!inPlace) return onDevice(image);
+    return std::make_unique<TarnwayImage>(
+        tarnway_cuda::CudaImageView::wrap(static_cast<tarnway::ElementType>(image.getDataType()), image.getDimension(0),
+                                          image.getDimension(1), image.getDimension(2), image.data()));
+}
+
 /// A filter with its images and its tile in place. Run `filter` as often as you like.
 template <typename Filter>
 struct FilterRun {
@@ -39,8 +58,8 @@ struct FilterRun {
 
     FilterRun(HostImage& image, VoxelTypes outputType, const PlacementOf<Tile>& placement)
         : hostOutput(outputType, {image.getDimension(0), image.getDimension(1), image.getDimension(2)}) {
-        if (placement.inputOnDevice) deviceInput = onDevice(image);
-        if (placement.outputOnDevice) deviceOutput = onDevice(hostOutput);
+        if (placement.inputOnDevice) deviceInput = onDevice(image, placement.inPlace);
+        if (placement.outputOnDevice) deviceOutput = onDevice(hostOutput, placement.inPlace);
         filter.inputImage = placement.inputOnDevice ? deviceInput.get() : &image;
         filter.outputImage = placement.outputOnDevice ? deviceOutput.get() : &hostOutput;
         filter.tilingMode = placement.tiled() ? 1 : 0;

@@ -17,10 +17,10 @@ struct MatchingRun {
                 std::shared_ptr<const tarnway::DataFrameView> table = nullptr)
         : hostScore(VoxelTypes::float32, {image.getDimension(0), image.getDimension(1), image.getDimension(2)}),
           hostIndex(indexType, {image.getDimension(0), image.getDimension(1), image.getDimension(2)}) {
-        if (placement.inputOnDevice) deviceInput = onDevice(image);
+        if (placement.inputOnDevice) deviceInput = onDevice(image, placement.inPlace);
         if (placement.outputOnDevice) {
-            deviceScore = onDevice(hostScore);
-            deviceIndex = onDevice(hostIndex);
+            deviceScore = onDevice(hostScore, placement.inPlace);
+            deviceIndex = onDevice(hostIndex, placement.inPlace);
         }
         filter.inputImage = placement.inputOnDevice ? deviceInput.get() : &image;
         filter.inputTemplate = &templateImage;

@@ -30,11 +30,17 @@ std::uint64_t stepsOf(Run&& run) {
 /// check(placement) with the images in each place, for each tile.
 template <typename Tile, typename Check>
 void onAllPlacements(const std::vector<Tile>& tiles, const Check& check) {
+    using Placement = PlacementOf<Tile>;
+    std::vector<Placement> placements{{false, false}, {false, true}, {true, false}, {true, true}};
+    if (deviceReadsHostMemory()) placements.push_back({.inputOnDevice = true, .outputOnDevice = true, .inPlace = true});
     for (const Tile& tile : tiles) {
-        for (const auto& [input, output] : {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
-            SCOPED_TRACE(testing::Message() << "tile " << tile.x << " x " << tile.y << " ..., on the device: "
-                                            << (input ? "input " : "") << (output ? "output" : ""));
-            check(PlacementOf<Tile>{input, output, tile});
+        for (Placement placement : placements) {
+            placement.tile = tile;
+            SCOPED_TRACE(testing::Message()
+                         << "tile " << tile.x << " x " << tile.y
+                         << " ..., on the device: " << (placement.inputOnDevice ? "input " : "")
+                         << (placement.outputOnDevice ? "output" : "") << (placement.inPlace ? " in place" : ""));
+            check(placement);
         }
     }
 }

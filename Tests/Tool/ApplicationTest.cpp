@@ -17,7 +17,7 @@ TEST_F(ApplicationTest, FailuresAreOneLineAndLeaveNothing) {
         {"box-filter gone.npy out.npy --kernel 0,3", usage,
          "--kernel is '0,3', but takes one or two whole numbers from"},
         {"box-filter gone.npy out.npy --kernel 3,3 --tile 0,8", usage, "--tile is '0,8', but takes two or three whole"},
-        {"box-filter gone.npy out.npy --kernel 3,3 --placement moon", usage, "is 'moon', but takes host or device"},
+        {"box-filter gone.npy out.npy --kernel 3,3 --placement moon", usage, "is 'moon', but takes one of auto, host, device"},
         {"box-filter gone.npy out.npy --kernel 3,3 --device 7", usage, "--device is '7', but takes 0: this"},
         {"convert gone.npy out.npy --type float16", usage, "--type is 'float16', but takes one of uint8, "},
         {"opening gone.npy out.npy --radius 2", usage, "--neighborhood is required"},

@@ -107,9 +107,10 @@ void CrossCorrelationCommand::writeMeasurement(const nlohmann::ordered_json& fou
 void CrossCorrelationCommand::printResult(const Match& match, const TimedFiles& timed) const {
     const ImageSize size = imageSizeOf(match.scores);
     if (options_.isJson) {
-        nlohmann::ordered_json object{{"algorithm", name()},        {"input", input_},          {"template", template_},
-                                      {"output", output_},          {"size", sizeToJson(size)}, {"type", "float32"},
-                                      {"steps", match.report.steps}};
+        nlohmann::ordered_json object{{"algorithm", name()},         {"input", input_},
+                                      {"template", template_},       {"output", output_},
+                                      {"size", sizeToJson(size)},    {"type", "float32"},
+                                      {"steps", match.report.steps}, {"placement", placeName(match.report.place)}};
         object.update(timed.toJson(match.report.seconds));
         object.update(match.measurement);
         printJson(object);

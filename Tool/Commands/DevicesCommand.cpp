@@ -29,10 +29,12 @@ public:
                 devices.push_back({{"device", device},
                                    {"name", deviceName(device)},
                                    {"freeBytes", memory.free},
-                                   {"totalBytes", memory.total}});
+                                   {"totalBytes", memory.total},
+                                   {"readsHostMemory", readsHostMemory(device)}});
             } else {
                 printLine("device " + std::to_string(device) + ": " + deviceName(device) + ", " +
-                          bytesToText(memory.free) + " free of " + bytesToText(memory.total));
+                          bytesToText(memory.free) + " free of " + bytesToText(memory.total) +
+                          (readsHostMemory(device) ? "; uses images in the host's memory in place" : ""));
             }
         }
         if (isJson_) printJson({{"version", ZEL_VERSION}, {"build", buildName}, {"devices", devices}});

@@ -6,7 +6,7 @@
 #include "ImageFiles/Common/Rows.h"
 #include "ImageFiles/ImageFile.h"
 #include "ImageFiles/VoxelRounding.h"
-#include "Matching/DeviceImages.h"
+#include "Matching/PlacedImages.h"
 #include "Runs/CancelOnInterrupt.h"
 #include "Runs/CompressionOption.h"
 #include "Runs/Description.h"
@@ -128,7 +128,10 @@ MatchingResult TemplateMatchingCommand::search(const HostImage& input, const Hos
                                                const RunOptions& options) {
     MatchingResult result{makeImageLike(input, VoxelTypes::float32), makeImageLike(input, indexType), {}};
     algorithm_.inputTemplate = &pattern;
-    const PlacedImages placed(options.placement, input, result.score, result.index);
+    const Place place = choosePlace(options.placement, gainsByImagesInPlace(algorithm_, input.getDataType()),
+                                    {&input, &result.score, &result.index});
+    const PlacedImages placed(place, input, result.score, result.index);
+    result.report.place = place;
     algorithm_.inputImage = &placed.input();
     algorithm_.outputScoreImage = &placed.score();
     algorithm_.outputIndexImage = &placed.index();
@@ -149,9 +152,10 @@ MatchingResult TemplateMatchingCommand::search(const HostImage& input, const Hos
 void TemplateMatchingCommand::print(const MatchingResult& result, std::size_t rows, const TimedFiles& timed) const {
     const ImageSize size = imageSizeOf(result.score);
     if (options_.isJson) {
-        nlohmann::ordered_json object{{"algorithm", name()}, {"input", inputPath_},         {"template", templatePath_},
-                                      {"score", scorePath_}, {"index", indexPath_},         {"size", sizeToJson(size)},
-                                      {"rows", rows},        {"steps", result.report.steps}};
+        nlohmann::ordered_json object{
+            {"algorithm", name()}, {"input", inputPath_},          {"template", templatePath_},
+            {"score", scorePath_}, {"index", indexPath_},          {"size", sizeToJson(size)},
+            {"rows", rows},        {"steps", result.report.steps}, {"placement", placeName(result.report.place)}};
         object.update(timed.toJson(result.report.seconds));
         printJson(object);
     } else if (!options_.isQuiet) {

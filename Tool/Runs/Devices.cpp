@@ -48,6 +48,18 @@ std::string deviceName(int device) {
     return properties.name;
 }
 
+bool readsHostMemory(int device) {
+    int answer = 0;
+    requireDevice(cudaDeviceGetAttribute(&answer, cudaDevAttrPageableMemoryAccess, device));
+    return answer != 0;
+}
+
+int currentDevice() {
+    int device = 0;
+    requireDevice(cudaGetDevice(&device));
+    return device;
+}
+
 TarnwayImage makeDeviceImage(VoxelTypes type, const ImageSize& size) {
     try {
         return TarnwayImage(

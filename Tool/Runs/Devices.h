@@ -24,6 +24,9 @@ void selectDevice(int device);
 /// Of the current device. @throws std::runtime_error when it cannot be used.
 DeviceMemory deviceMemory();
 std::string deviceName(int device);
+/// Whether it can use images in the host's memory in place.
+bool readsHostMemory(int device);
+int currentDevice();
 
 /// An image in the memory of the current device. @throws std::runtime_error when it has not enough.
 TarnwayImage makeDeviceImage(VoxelTypes type, const ImageSize& size);

@@ -61,6 +61,22 @@ void reportLosses(const std::string& input, const std::string& output, const Fil
     if (!lost.empty()) printError("note: " + output + " does not hold what " + input + " says of " + lost);
 }
 
+namespace {
+
+std::string placeText(Place place) {
+    switch (place) {
+        case Place::inPlace:
+            return "images in the host's memory, in place";
+        case Place::device:
+            return "images in the device's memory";
+        case Place::host:
+            break;
+    }
+    return "images in the host's memory, copied";
+}
+
+}  // namespace
+
 void printPlan(const std::string& algorithm, const std::string& input, const RunReport& report,
                const RunOptions& options) {
     const auto& [steps, tiles, tileSize, runBytes] = report.plan;
@@ -74,12 +90,13 @@ void printPlan(const std::string& algorithm, const std::string& input, const Run
                    {"steps", allSteps},
                    {"tiles", tileCount},
                    {"tileSize", sizeToJson(size)},
+                   {"placement", placeName(report.place)},
                    {"peakBytes", bytes},
                    {"freeBytes", free}});
     } else {
         printLine(input + ": " + std::to_string(allSteps) + " steps, " + std::to_string(tileCount) +
                   (tileCount == 1 ? " tile of " : " tiles of up to ") + toText(size) + ", " + bytesToText(bytes) +
-                  " of device memory at the most, " + bytesToText(free) + " are free");
+                  " of device memory at the most, " + bytesToText(free) + " are free; " + placeText(report.place));
     }
 }
 
@@ -88,8 +105,13 @@ void printReport(const std::string& algorithm, const FilterFiles& files, const I
     const ImageSize size = imageSizeOf(output);
     const std::string type(voxelTypeName(output.getDataType()));
     if (options.isJson) {
-        nlohmann::ordered_json object{{"algorithm", algorithm},   {"input", files.input}, {"output", files.output},
-                                      {"size", sizeToJson(size)}, {"type", type},         {"steps", report.steps}};
+        nlohmann::ordered_json object{{"algorithm", algorithm},
+                                      {"input", files.input},
+                                      {"output", files.output},
+                                      {"size", sizeToJson(size)},
+                                      {"type", type},
+                                      {"steps", report.steps},
+                                      {"placement", placeName(report.place)}};
         object.update(times.toJson(report.seconds));
         printJson(object);
     } else if (!options.isQuiet) {

@@ -43,14 +43,15 @@ ImageModelSizeProxy partOf(Image& image, std::size_t depth, std::size_t part) {
 
 }  // namespace
 
-RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, const RunOptions& options,
+RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, Place place, const RunOptions& options,
                    const PartRun& run) {
     const ImageSize size = imageSizeOf(input);
     const std::size_t depth = part == RunPart::slice ? 1 : size.z;
     const std::size_t partCount = size.z / depth * size.i3 * size.i4;
     std::optional<DeviceParts> device;
     RunReport report;
-    if (options.placement == Placement::device) {
+    report.place = place;
+    if (place == Place::device) {
         const ImageSize partSize{size.x, size.y, depth};
         device.emplace(input.getDataType(), output.getDataType(), partSize);
         for (const VoxelTypes type : {input.getDataType(), output.getDataType()})
@@ -69,6 +70,9 @@ RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, co
         ImageModelSizeProxy result = partOf(output, depth, number);
         if (device) {
             device->run(source, result, timedRun);
+        } else if (place == Place::inPlace) {
+            TarnwayImage shownResult(viewInPlace(result));
+            timedRun(TarnwayImage(viewInPlace(source)), shownResult);
         } else {
             timedRun(source, result);
         }

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "Runs/CancelOnInterrupt.h"
+#include "Runs/Place.h"
 #include "Runs/RunOptions.h"
 #include "Runs/TileChoice.h"
 #include "zel/HostImage.h"
@@ -20,6 +21,7 @@ struct RunReport {
     std::uint64_t imageBytes = 0;  ///< of input and output of a part, where they lie on the device
     RunPlan plan{};                ///< of a part, without these images
     std::size_t parts = 1;
+    Place place = Place::host;  ///< of input and output
 };
 
 /// The part of an image that one run of an algorithm covers: (x, y) or (x, y, z).
@@ -28,10 +30,10 @@ enum class RunPart { slice, volume };
 /// One run of an algorithm on one part.
 using PartRun = std::function<void(const ImageModel& input, ImageModel& output, InteractionInterface* progress)>;
 
-/// Calls run for each part of input, with the same part of output; both images have the same size. Where the options
-/// say so, the parts are copied to the memory of the device for it.
+/// Calls run for each part of input, with the same part of output, both in their place: copied to the device's memory
+/// and back, or shown to the device. Both images have the same size.
 /// @throws Interrupted after a signal: before the next part, or behind the last one.
-RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, const RunOptions& options,
+RunReport runParts(RunPart part, const ImageModel& input, ImageModel& output, Place place, const RunOptions& options,
                    const PartRun& run);
 
 /// An algorithm's tile has as many dimensions as the images that it takes.
@@ -61,7 +63,9 @@ RunReport runFilter(Algorithm& algorithm, const ImageModel& input, ImageModel& o
                     const std::function<void(const ImageModel& part)>& prepare) {
     const CancelOnInterrupt cancelOnInterrupt(algorithm);
     std::optional<RunPlan> plan;
-    RunReport report = runParts(partOf(algorithm), input, output, options,
+    const Place place =
+        choosePlace(options.placement, gainsByImagesInPlace(algorithm, input.getDataType()), {&input, &output});
+    RunReport report = runParts(partOf(algorithm), input, output, place, options,
                                 [&](const ImageModel& source, ImageModel& result, InteractionInterface* progress) {
                                     prepare(source);
                                     algorithm.inputImage = &source;

@@ -47,8 +47,13 @@ void RunOptions::addTo(CLI::App& app, bool withTiles) {
     if (withTiles) addTileOption(app);
     addChoiceOption<Placement>(
         app,
-        {.name = "--placement", .description = "Memory for input and output during the run", .defaultText = "host"},
-        {{"host", Placement::host}, {"device", Placement::device}}, [this](Placement chosen) { placement = chosen; })
+        {.name = "--placement",
+         .description = "Memory for input and output during the run: the host's, from where parts are copied to the "
+                        "device's, or the device's. auto takes the host's, and without copies where the device can "
+                        "use it in place",
+         .defaultText = "auto"},
+        {{"auto", Placement::automatic}, {"host", Placement::host}, {"device", Placement::device}},
+        [this](Placement chosen) { placement = chosen; })
         ->group(group);
     addNumberOption(app,
                     {.name = "--device",

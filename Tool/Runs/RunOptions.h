@@ -5,8 +5,8 @@
 
 namespace zel::tool {
 
-/// The memory for an algorithm's input and output.
-enum class Placement { host, device };
+/// The memory for an algorithm's input and output, as the options say it.
+enum class Placement { automatic, host, device };
 
 /// The size of tiles, in voxels.
 struct TileOption {
@@ -19,7 +19,7 @@ struct TileOption {
 struct RunOptions {
     std::optional<TileOption> tile;  ///< without it, the image is one tile
     bool isTileAuto = false;         ///< or, where the device's memory asks for it, as many as fit
-    Placement placement = Placement::host;
+    Placement placement = Placement::automatic;
     std::optional<unsigned> device;
     bool isPlan = false;  ///< the run is planned and not made
     bool isQuiet = false;

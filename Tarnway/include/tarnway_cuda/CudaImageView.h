@@ -19,14 +19,18 @@ public:
     /// The same with any dimensions.
     static std::shared_ptr<CudaImageView> allocate(const tarnway::ImageInfoProperty& info);
 
-    /// Shows memory of the caller, which has to outlive the view.
+    /// Shows memory of the caller, which has to outlive the view. Where the GPU reads the host's memory
+    /// (cudaDevAttrPageableMemoryAccess), that can be the host's.
     /// @param deviceAddress  of the first element, a multiple of the element's size.
     /// @param rowPitchBytes  from row to row: a multiple of the element's size, at least a row. Slices follow after
-    /// height
-    ///                       rows.
+    ///                       height rows.
     /// @throws std::invalid_argument for any other address or pitch, or when the bytes cannot be counted.
     static std::shared_ptr<CudaImageView> wrap(const tarnway::ImageInfoProperty& info, void* deviceAddress,
                                                std::size_t rowPitchBytes);
+
+    /// The same for elements without gaps; a depth of 1 gives a view of two dimensions.
+    static std::shared_ptr<CudaImageView> wrap(tarnway::ElementType type, std::size_t width, std::size_t height,
+                                               std::size_t depth, void* deviceAddress);
 
     ~CudaImageView() override;
 

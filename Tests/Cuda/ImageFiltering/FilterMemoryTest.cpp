@@ -33,9 +33,15 @@ void expectPlanned(RunnerAlgorithm& filter) {
 /// The plan of a run made from image, further arguments and each placement.
 template <typename Run, typename Tile>
 void expectPlannedEverywhere(HostImage image, const Tile& tile, const auto&... arguments) {
-    for (const PlacementOf<Tile>& placement :
-         {PlacementOf<Tile>{false, false}, {true, false}, {true, true}, {false, false, tile}, {true, true, tile}}) {
-        SCOPED_TRACE(testing::Message() << placement.inputOnDevice << placement.outputOnDevice << placement.tiled());
+    for (const PlacementOf<Tile>& placement : {PlacementOf<Tile>{false, false},
+                                               {true, false},
+                                               {true, true},
+                                               {true, true, {}, true},
+                                               {false, false, tile},
+                                               {true, true, tile},
+                                               {true, true, tile, true}}) {
+        SCOPED_TRACE(testing::Message() << placement.inputOnDevice << placement.outputOnDevice << placement.inPlace
+                                        << placement.tiled());
         Run run(image, arguments..., placement);
         expectPlanned(run.filter);
     }
@@ -105,8 +111,11 @@ TEST(RunPlanTest, HoldsForCorrelationAndMatching) {
         HostImage image = randomImage<T>({40, 30, 20}, 2);
         const HostImage pattern = randomImage<T>({8, 6, 5}, 3), ones = randomImage<std::uint8_t>({8, 6, 5}, 4);
         HostImage filter(VoxelTypes::float32, {12, 11, 6});
-        for (const Placement3d& placement :
-             {Placement3d{true, true}, {false, false}, {false, false, {20, 16, 14}}, {true, true, {20, 16, 14}}}) {
+        for (const Placement3d& placement : {Placement3d{true, true},
+                                             {true, true, {}, true},
+                                             {false, false},
+                                             {false, false, {20, 16, 14}},
+                                             {true, true, {20, 16, 14}}}) {
             MatchingRun run(image, pattern, VoxelTypes::uint16, placement);
             expectPlanned(run.filter);
             run.filter.inputMask = &ones;

@@ -33,11 +33,11 @@ protected:
         return readAll<T>(tool::readImageFile(folder / name));
     }
 
-    /// Runs the filter on in.npy, with its images in either memory, whole and in tiles.
+    /// Runs the filter on in.npy, with its images in each place, whole and in tiles.
     template <typename T>
     void expectResult(const std::string& command, const std::vector<T>& expected) const {
-        for (const char* const variant :
-             {"", "--placement device --threads 1", "--tile 3,4", "--tile=4,3,1 --placement=device"}) {
+        for (const char* const variant : {"", "--placement host", "--placement device --threads 1", "--tile 3,4",
+                                          "--tile 3,4 --placement host", "--tile=4,3,1 --placement=device"}) {
             SCOPED_TRACE(command + " " + variant);
             const ProgramResult result = zel(command + " in.npy out.npy --quiet " + variant);
             EXPECT_EQ(result.output + result.errors, "");
@@ -117,13 +117,16 @@ TEST_F(FilterCommandTest, JsonReportsWhatWasDone) {
     const auto report = [this](const std::string& options) {
         return nlohmann::json::parse(zel("box-filter in.npy out.npy --kernel 3,3 --json " + options).output);
     };
-    auto json = report("");
+    auto json = report("--placement host");
     for (const char* const key : {"seconds", "readSeconds", "writeSeconds"}) EXPECT_GT(json[key], 0) << key;
-    EXPECT_GT(report("--tile 4,4")["steps"], json["steps"]);
+    EXPECT_GT(report("--tile 4,4 --placement host")["steps"], json["steps"]);
     for (const char* const key : {"seconds", "readSeconds", "writeSeconds"}) json.erase(key);
-    EXPECT_EQ(json.dump(), R"({"algorithm":"box-filter","input":"in.npy","output":"out.npy","size":[7,5,2],)"
-                           R"("steps":6,"type":"uint8"})")
+    EXPECT_EQ(json.dump(), R"({"algorithm":"box-filter","input":"in.npy","output":"out.npy","placement":"host",)"
+                           R"("size":[7,5,2],"steps":6,"type":"uint8"})")
         << "three steps for each slice";
+    EXPECT_EQ(report("")["placement"], "in-place");
+    EXPECT_EQ(report("")["steps"], 2) << "without copies";
+    EXPECT_EQ(report("--placement device")["placement"], "device");
     EXPECT_THAT(zel("box-filter in.npy out.npy --kernel 3").output,
                 testing::ContainsRegex("^out.npy: 7 x 5 x 2, uint8; read [^ ]+ s, ran [^ ]+ s, wrote [^ ]+ s\n$"));
 }
@@ -131,7 +134,8 @@ TEST_F(FilterCommandTest, JsonReportsWhatWasDone) {
 // Two images of 1.5 MiB do not fit in 2 MiB; tiles of 1000 x 768 do.
 TEST_F(FilterCommandTest, TilesAreChosenForTheDevicesMemory) {
     folder.write("large.npy", npyBytes("|u1", "(1536, 1000)", std::string(1536 * 1000, 'v')));
-    const std::string filter = "box-filter large.npy out.npy --kernel 3 ", small = "export ZEL_HOST_DEVICE_MIB=2; ";
+    const std::string anywhere = "box-filter large.npy out.npy --kernel 3 ", filter = anywhere + "--placement host ",
+                      small = "export ZEL_HOST_DEVICE_MIB=2; ";
     expectOneErrorLine(zel(filter, small), 1,
                        "the run needs 2.93 MiB of device memory, and 2 MiB of 2 MiB are free; --tile 1000,768 fits");
     const auto plan = nlohmann::json::parse(zel(filter + "--tile auto --plan --json", small).output);
@@ -139,8 +143,10 @@ TEST_F(FilterCommandTest, TilesAreChosenForTheDevicesMemory) {
     EXPECT_EQ(plan["peakBytes"], 2 * 1000 * 768);
     EXPECT_THAT(folder.names(), ElementsAre("in.npy", "large.npy"));
     EXPECT_EQ(nlohmann::json::parse(zel(filter + "--tile auto --json", small).output)["steps"], plan["steps"]);
-    expectOneErrorLine(zel(filter + "--placement device", small), 1, "needs 1.46 MiB of device memory");
-    EXPECT_THAT(zel("devices", small).output, HasSubstr("2 MiB free of 2 MiB"));
+    expectOneErrorLine(zel(anywhere + "--placement device", small), 1, "needs 1.46 MiB of device memory");
+    EXPECT_THAT(zel(anywhere + "--plan", small).output, HasSubstr(" 0 bytes of device memory at the most"));
+    EXPECT_EQ(zel(anywhere + "--quiet", small).exitCode, 0) << "in place they need not fit";
+    EXPECT_THAT(zel("devices", small).output, HasSubstr("2 MiB free of 2 MiB; uses images in the host's memory in"));
     expectOneErrorLine(zel("devices", "export ZEL_HOST_DEVICES=0; "), 1, "there is no device for it; set");
 }
 
