@@ -48,11 +48,10 @@ std::function<void()> callAlone(const std::shared_ptr<test::BoxFilterRun>& run, 
 
 template <typename T>
 Comparison boxFilter(const std::shared_ptr<HostImage>& image, const Kernel& kernel, FilterCall<T> filter) {
-    const auto runOn = [&](bool device) {
-        return std::make_shared<test::BoxFilterRun>(*image, kernel.x, kernel.y, test::Placement{device, device});
+    const auto runOn = [&](const test::Placement& placement) {
+        return std::make_shared<test::BoxFilterRun>(*image, kernel.x, kernel.y, placement);
     };
-    const auto onDevice = runOn(true);
-    const auto fromHost = runOn(false);
+    const auto onDevice = runOn({true, true}), inPlace = runOn({true, true, {}, true}), fromHost = runOn({});
     Comparison result{blurPeers(image, kernel.x, kernel.y), 2.0 * side * side * sizeof(T), {}, {}};
     addPythonPeers(result, "box", {image}, {{"x", kernel.x}, {"y", kernel.y}});
     // Means of integers are truncated, the peer's are rounded.
@@ -64,6 +63,7 @@ Comparison boxFilter(const std::shared_ptr<HostImage>& image, const Kernel& kern
     for (const int threads : {1, 2}) {
         const std::string suffix = ", " + std::to_string(threads) + "T";
         result.ours.push_back({"device" + suffix, [onDevice] { onDevice->filter.run(); }, threads});
+        result.ours.push_back({"in place" + suffix, [inPlace, image] { inPlace->filter.run(); }, threads});
         result.ours.push_back({"NPP alone" + suffix, callAlone(onDevice, kernel, filter), threads});
         result.ours.push_back({"host images" + suffix, [fromHost, image] { fromHost->filter.run(); }, threads});
     }

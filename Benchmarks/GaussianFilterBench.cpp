@@ -17,13 +17,11 @@ constexpr double kernelSizeFactor = 4;
 template <typename T>
 Comparison gaussianFilter(double sigma) {
     const auto image = std::make_shared<HostImage>(test::randomImage<T>(size, 1));
-    const auto runOn = [&](bool device, bool voxelTypeIntermediate) {
+    const auto runOn = [&](const test::Placement3d& placement, bool voxelTypeIntermediate = false) {
         const test::GaussianParameters parameters{{sigma, sigma, sigma}, kernelSizeFactor, voxelTypeIntermediate};
-        return std::make_shared<test::GaussianFilterRun>(*image, image->getDataType(), parameters,
-                                                         test::Placement3d{device, device, {}});
+        return std::make_shared<test::GaussianFilterRun>(*image, image->getDataType(), parameters, placement);
     };
-    const auto onDevice = runOn(true, false);
-    const auto fromHost = runOn(false, false);
+    const auto onDevice = runOn({true, true}), inPlace = runOn({true, true, {}, true}), fromHost = runOn({});
     const auto kernelSize = static_cast<unsigned>(2 * kernelSizeFactor * sigma) + 1;
     Comparison result{gaussianPeers(image, sigma, kernelSize), 2 * voxelCount(size) * sizeof(T), {}, {}};
     addPythonPeers(result, "gaussian", {image}, {{"sigma", sigma}, {"kernelSize", kernelSize}});
@@ -37,8 +35,10 @@ Comparison gaussianFilter(double sigma) {
         const std::string suffix = ", " + std::to_string(threads) + "T";
         result.ours.push_back({"device" + suffix, [onDevice] { onDevice->filter.run(); }, threads});
         if (std::is_integral_v<T>) {
-            result.ours.push_back({"own type" + suffix, [run = runOn(true, true)] { run->filter.run(); }, threads});
+            result.ours.push_back(
+                {"own type" + suffix, [run = runOn({true, true}, true)] { run->filter.run(); }, threads});
         }
+        result.ours.push_back({"in place" + suffix, [inPlace, image] { inPlace->filter.run(); }, threads});
         result.ours.push_back({"host images" + suffix, [fromHost, image] { fromHost->filter.run(); }, threads});
     }
     return result;

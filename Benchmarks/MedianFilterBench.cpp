@@ -13,10 +13,8 @@ constexpr int side = 2048;
 
 using MedianRun = std::shared_ptr<test::MedianFilterRun>;
 
-/// @param device  where the images lie.
-template <typename T>
-MedianRun runOn(const std::shared_ptr<HostImage>& image, unsigned radius, bool device) {
-    return std::make_shared<test::MedianFilterRun>(*image, radius, test::Placement{device, device});
+MedianRun runOn(const std::shared_ptr<HostImage>& image, unsigned radius, const test::Placement& placement) {
+    return std::make_shared<test::MedianFilterRun>(*image, radius, placement);
 }
 
 template <typename T>
@@ -25,7 +23,8 @@ Comparison medianFilter(unsigned radius) {
     Comparison result{openCvMedianPeers(image, radius), 2.0 * side * side * sizeof(T), {}, {}};
     for (const Peer& peer : cimgMedianPeers(image, radius)) result.peers.push_back(peer);
     addPythonPeers(result, "median", {image}, {{"radius", radius}});
-    const MedianRun onDevice = runOn<T>(image, radius, true), fromHost = runOn<T>(image, radius, false);
+    const MedianRun onDevice = runOn(image, radius, {true, true}),
+                    inPlace = runOn(image, radius, {true, true, {}, true}), fromHost = runOn(image, radius, {});
     result.agreement.result = [fromHost, image]() -> const ImageModel& {
         fromHost->filter.run();
         return fromHost->hostOutput;
@@ -33,6 +32,7 @@ Comparison medianFilter(unsigned radius) {
     for (const int threads : {1, 2}) {
         const std::string suffix = ", " + std::to_string(threads) + "T";
         result.ours.push_back({"device" + suffix, [onDevice] { onDevice->filter.run(); }, threads});
+        result.ours.push_back({"in place" + suffix, [inPlace, image] { inPlace->filter.run(); }, threads});
         result.ours.push_back({"host images" + suffix, [fromHost, image] { fromHost->filter.run(); }, threads});
     }
     return result;
@@ -44,7 +44,7 @@ Comparison medianCost(unsigned radius) {
     const auto image = std::make_shared<HostImage>(test::randomImage<T>({side, side}, 1));
     Comparison result;
     result.bytes = 2.0 * side * side * sizeof(T);
-    result.ours.push_back({"device, 2T", [run = runOn<T>(image, radius, true)] { run->filter.run(); }, 2});
+    result.ours.push_back({"device, 2T", [run = runOn(image, radius, {true, true})] { run->filter.run(); }, 2});
     return result;
 }
 

@@ -48,12 +48,10 @@ std::function<void()> callsAlone(const std::shared_ptr<test::MorphologyRun<Algo>
 template <typename Algo, typename T>
 Comparison morphology(const Element& element) {
     const auto image = std::make_shared<HostImage>(test::randomImage<T>({side, side}, 1));
-    const auto runOn = [&](bool device) {
-        return std::make_shared<test::MorphologyRun<Algo>>(*image, element.radius, element.square,
-                                                           test::Placement{device, device});
+    const auto runOn = [&](const test::Placement& placement) {
+        return std::make_shared<test::MorphologyRun<Algo>>(*image, element.radius, element.square, placement);
     };
-    const auto onDevice = runOn(true);
-    const auto fromHost = runOn(false);
+    const auto onDevice = runOn({true, true}), inPlace = runOn({true, true, {}, true}), fromHost = runOn({});
     Comparison result{morphologyPeers(image, element.operation, element.radius, element.square),
                       2.0 * side * side * sizeof(T),
                       {},
@@ -74,6 +72,7 @@ Comparison morphology(const Element& element) {
             result.ours.push_back({"NPP passes" + suffix, callsAlone<T>(onDevice, element, true), threads});
         }
         result.ours.push_back({"NPP one call" + suffix, callsAlone<T>(onDevice, element, false), threads});
+        result.ours.push_back({"in place" + suffix, [inPlace, image] { inPlace->filter.run(); }, threads});
         result.ours.push_back({"host images" + suffix, [fromHost, image] { fromHost->filter.run(); }, threads});
     }
     return result;
