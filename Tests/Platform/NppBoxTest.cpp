@@ -181,6 +181,12 @@ std::vector<HardPixels> hardPixels() {
         {"denormal", bits(0x807FFFFF, 0)},
         {"of any bits", bits(0xFFFFFFFF, 0)},
         {"cancelling", oneOf({1e30f, -1e30f, 1.0f, -1.0f, 1e-30f})},
+        // Below 1 the unit of sums of 3 x 3 pixels is 2^-47.
+        {"cancelling across parts",
+         [=](std::mt19937& random, int x) {
+             const auto part = oneOf({0x1p-46f, -0x1p-46f, 0x1p-48f, -0x1p-48f, 0x1p-49f, -0x1p-49f, 0x1.234568p-100f});
+             return random() % 100 == 0 ? 1.0f : part(random, x);
+         }},
         {"next to ties of two parts", oneOf({1.0f, 0x1p-24f, -0x1p-24f, 0x1p-50f, -0x1p-50f, 0x1p-78f, -0x1p-78f})},
         {"next to ties of some", oneOf({1.0f, 0x1p-24f, -0x1p-24f, 0x1p-54f, -0x1p-90f, 0x1p-90f})},
         {"next to ties of many", oneOf({1.0f, 0x1p-24f, -0x1p-24f, 0x1p-54f, -0x1p-149f, 0x1p-149f})},

@@ -45,9 +45,15 @@ struct BoxJob : FilterJob<T> {
           maskHeight(static_cast<std::uint64_t>(call.mask.height)),
           area(static_cast<std::uint64_t>(call.mask.width) * maskHeight) {}
 
-    /// Number of the image's row that is the first one under the windows of output row y.
-    std::ptrdiff_t srcRowUnder(std::ptrdiff_t y) const {
-        return std::clamp<std::ptrdiff_t>(this->offset.y + y - windowY.before, 0, this->size.height - 1);
+    /// The image's rows under the windows of output row y.
+    std::ptrdiff_t firstSrcRowUnder(std::ptrdiff_t y) const { return nearestRow(this->offset.y + y - windowY.before); }
+    std::ptrdiff_t lastSrcRowUnder(std::ptrdiff_t y) const {
+        return nearestRow(this->offset.y + y - windowY.before + windowY.size - 1);
+    }
+
+private:
+    std::ptrdiff_t nearestRow(std::ptrdiff_t y) const {
+        return std::clamp<std::ptrdiff_t>(y, 0, this->size.height - 1);
     }
 };
 

@@ -6,6 +6,7 @@
 
 #include "Npp/Box/Box.h"
 #include "Npp/Box/ColumnSums.h"
+#include "Npp/Box/FewRests.h"
 #include "Npp/Box/FloatParts.h"
 #include "Npp/Box/SlidingSums.h"
 #include "Npp/Box/WideSum.h"
@@ -65,6 +66,7 @@ private:
     void filterBlock(const Rows& rows) {
         const FloatSpread spread = rowSpreads_.under(rows.top, rows.bottom);
         const FloatUnits units(spread, job_.area);
+        if (units.parts() == 2 && spread.allFinite() && filterWithFewRests(rows, units)) return;
         const std::ptrdiff_t columns = std::max(hardBlockColumns, 4 * job_.windowX.size);
         if ((units.parts() > 1 || !spread.allFinite()) && width_ > columns) {
             for (std::ptrdiff_t x = 0; x < width_; x += columns) {
@@ -98,11 +100,33 @@ private:
     void filterInParts(const Rows& rows, const FloatUnits& units, const Clean& clean) {
         const FloatParts<parts> of(units);
         const auto split = [=](float pixel) { return of.split(clean(pixel)); };
-        forEachRow<double, parts>(rows, split, [&](float* dst, SlidingSums<double, parts> sums) {
+        forEachRow<double, parts>(rows, split, [&](std::ptrdiff_t y, SlidingSums<double, parts> sums) {
+            float* const dst = job_.dstRow(y) + left_;
             sums.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
                 storeUpTo(dst + width_, dst + x, roundedToFloat(of.sum(low), of.sum(high)) / area_);
             });
         });
+    }
+
+    /// One part in running sums, and what is left of a few pixels beside them. @returns  whether they are so few.
+    bool filterWithFewRests(const Rows& rows, const FloatUnits& units) {
+        const FloatParts<2> of(units);
+        FewRests rests(job_, source_, width_);
+        if (!rests.find(of, units.unit(0), rowSpreads_, rows.top, rows.bottom)) return false;
+        const auto split = [=](float pixel) { return std::array{of.split(pixel)[0]}; };
+        forEachRow<double, 1>(rows, split, [&](std::ptrdiff_t y, SlidingSums<double, 1> sums) {
+            float* const dst = job_.dstRow(y) + left_;
+            rests.goTo(y);
+            sums.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
+                Doubles lowSums = low[0], highSums = high[0];
+                if (rests.areUnder(x)) {
+                    lowSums = addToOdd(lowSums, rests.sumsUnder(x));
+                    highSums = addToOdd(highSums, rests.sumsUnder(x + sums.lanes));
+                }
+                storeUpTo(dst + width_, dst + x, roundedToFloat(lowSums, highSums) / area_);
+            });
+        });
+        return true;
     }
 
     template <typename Clean>
@@ -133,7 +157,8 @@ private:
             return std::array{pixel < 0 ? 0 : counts, pixel > 0 ? 0 : counts};
         };
         constexpr float infinity = std::numeric_limits<float>::infinity();
-        forEachRow<Count, 2>(rows, split, [&](float* dst, SlidingSums<Count, 2> counts) {
+        forEachRow<Count, 2>(rows, split, [&](std::ptrdiff_t y, SlidingSums<Count, 2> counts) {
+            float* const dst = job_.dstRow(y) + left_;
             const auto mark = [&](std::ptrdiff_t first, const auto& infinities) {
                 const auto& [rising, falling] = infinities;
                 for (std::ptrdiff_t i = 0; i < std::min(counts.lanes, width_ - first); ++i) {
@@ -149,7 +174,7 @@ private:
         });
     }
 
-    /// use(output row, sums of the parts under its windows).
+    /// use(y, sums of the parts under the windows of output row y).
     template <typename Sum, std::size_t parts, typename Split, typename Use>
     void forEachRow(const Rows& rows, const Split& split, const Use& use) {
         using Sums = SlidingSums<Sum, parts>;
@@ -159,7 +184,7 @@ private:
         for (Sum*& part : columns) part = buffer.take<Sum>(items);
         const RunningColumns<float, Sum, parts> running(job_, source_, columns);
         running.forEachRow(rows.top, rows.bottom, split, [&](std::ptrdiff_t y) {
-            use(job_.dstRow(y) + left_, Sums(columns, job_.windowX, source_.padded()));
+            use(y, Sums(columns, job_.windowX, source_.padded()));
             rowSpreads_.lookAtNextRow();
         });
     }

@@ -76,10 +76,7 @@ private:
 class RowSpreads {
 public:
     RowSpreads(const BoxJob<float>& job, const SourceColumns& source, std::ptrdiff_t top, std::ptrdiff_t bottom)
-        : job_(job),
-          source_(source),
-          first_(job.srcRowUnder(top)),
-          last_(job.srcRowUnder(bottom - 1 + job.windowY.size - 1)) {
+        : job_(job), source_(source), first_(job.firstSrcRowUnder(top)), last_(job.lastSrcRowUnder(bottom - 1)) {
         spreads_.reserve(static_cast<std::size_t>(last_ - first_ + 1));
     }
 
@@ -99,13 +96,16 @@ public:
 
     /// Of the pixels under the windows of output rows [top, bottom).
     FloatSpread under(std::ptrdiff_t top, std::ptrdiff_t bottom) {
-        const std::ptrdiff_t from = job_.srcRowUnder(top) - first_;
-        const std::ptrdiff_t to = job_.srcRowUnder(bottom - 1 + job_.windowY.size - 1) - first_;
+        const std::ptrdiff_t from = job_.firstSrcRowUnder(top) - first_;
+        const std::ptrdiff_t to = job_.lastSrcRowUnder(bottom - 1) - first_;
         while (std::ssize(spreads_) <= to) lookAtNextRow();
         FloatSpread all;
         for (std::ptrdiff_t i = from; i <= to; ++i) all.add(spreads_[static_cast<std::size_t>(i)]);
         return all;
     }
+
+    /// Of a row of the image that was looked at.
+    const FloatSpread& ofRow(std::ptrdiff_t y) const { return spreads_[static_cast<std::size_t>(y - first_)]; }
 
 private:
     const BoxJob<float>& job_;
