@@ -30,7 +30,7 @@ Place choosePlace(Placement asked, bool gainsByIt, std::initializer_list<const I
 template <typename Algorithm>
 bool gainsByImagesInPlace(const Algorithm& algorithm, VoxelTypes type) {
     if constexpr (requires { algorithm.neighborhood; }) {
-        constexpr unsigned mostPasses = 8;  // of erosion, dilation and the like: one for each pixel of the radius
+        constexpr unsigned mostPasses = 3;  // of erosion, dilation and the like: one for each pixel of the radius
         if (algorithm.kernelRadius > mostPasses) return false;
     }
     return TakesTiles<Algorithm> && visitVoxelType(type, typename Algorithm::InstanceTypes{}, []<typename T>() {});
