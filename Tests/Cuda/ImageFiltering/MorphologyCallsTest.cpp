@@ -4,6 +4,7 @@
 #include "ImageFiltering/MorphologyPasses_CUDA.h"
 #include "MorphologyRun.h"
 #include "Utilities_CUDA/DeviceMemory_CUDA.h"
+#include "Utilities_CUDA/DeviceResidentImage_CUDA.h"
 #include "Utilities_CUDA/Gpu_CUDA.h"
 #include "zel/Exceptions.h"
 
@@ -99,4 +100,34 @@ TEST(MorphologyPassesTest, OfARunNeedNoLargeMask) {
     EXPECT_EQ(callsOfRun<CudaClosing2d>(2, true), (Calls{4, 0, 0, 0, 0, 3 + 2}));
     // Three calls of morphologyPasses, the second one of a single pass without a work area.
     EXPECT_EQ(callsOfRun<CudaClosing2d>(4, false), (Calls{0, 8, 3, 0, 3, 8 + 2}));
+}
+
+// Passes are held back on the host device, but not beyond a run or an error: a look by pointer finds all done.
+TEST(MorphologyPassesTest, LeaveNothingHeldBehindARun) {
+    HostImage image = randomImage<std::uint8_t>({40, 30}, 1);
+    for (const unsigned radius : {1U, 2U, 5U}) {
+        for (const bool square : {false, true}) {
+            MorphologyRun<CudaOpening2d> run(image, radius, square, {true, true});
+            std::size_t pitch = 0;
+            const auto* const output =
+                static_cast<const unsigned char*>(deviceDataPointer(run.deviceOutput.get(), pitch));
+            const std::size_t bytes = 29 * pitch + 40;
+            bool refused = true;
+            for (std::uint64_t nth = 1; refused; ++nth) {
+                SCOPED_TRACE(::testing::Message() << "radius " << radius << ", call " << nth << " refused");
+                host::injectFault({.call = "", .nth = nth});
+                try {
+                    run.filter.run();
+                } catch (const RuntimeError&) {
+                }
+                refused = host::faultFired();
+                host::clearFault();
+                const std::vector<unsigned char> seen(output, output + bytes);
+                std::vector<unsigned char> copied(bytes);
+                ASSERT_EQ(cudaMemcpy(copied.data(), output, bytes, cudaMemcpyDeviceToHost), cudaSuccess);
+                ASSERT_EQ(seen, copied);
+            }
+            cudaGetLastError();
+        }
+    }
 }

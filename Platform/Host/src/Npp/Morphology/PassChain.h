@@ -56,7 +56,8 @@ public:
 
     void run() const override {
         for (int done = 0, count = 0; done < passes_; done += count) {
-            count = std::min(passes_ - done, maxPassesPerSweep);
+            const int left = passes_ - done;
+            count = left < minPassesPerSweep ? 1 : std::min(left, maxPassesPerSweep);
             const Plane from = planeAfter(done), last = planeAfter(done + count);
             if (count == 1) {
                 filter3x3<Order>(FilterJob<Pixel>(from.first, from.step, last.first, last.step, size_), element_);

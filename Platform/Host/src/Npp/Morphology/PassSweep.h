@@ -13,9 +13,10 @@ namespace zel::host {
 // Many passes by an element of radius 1 in one sweep over the image. So many passes are one by the square or diamond of
 // that radius, if nothing beyond the image's edge counts.
 
+inline constexpr int minPassesPerSweep = 3;  // two are as quick one by one
 inline constexpr int maxPassesPerSweep = 64;
 
-/// @param passes  2 to maxPassesPerSweep.
+/// @param passes  minPassesPerSweep to maxPassesPerSweep.
 template <typename Order>
 void sweepPasses(const SweepImages& images, Element3x3 element, int passes) {
     const Slabs<typename Order::Pixel> slabs(images, passes);
