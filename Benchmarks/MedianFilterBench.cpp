@@ -38,7 +38,7 @@ Comparison medianFilter(unsigned radius) {
     return result;
 }
 
-/// For the plot of the cost against the radius, see median_cost.py.
+/// For the plot of the cost against the radius, see filter_cost.py.
 template <typename T>
 Comparison medianCost(unsigned radius) {
     const auto image = std::make_shared<HostImage>(test::randomImage<T>({side, side}, 1));

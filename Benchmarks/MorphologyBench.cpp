@@ -78,10 +78,26 @@ Comparison morphology(const Element& element) {
     return result;
 }
 
+/// Erosion on the device alone, for the plot of cost against radius.
+template <typename T>
+Comparison erosionCost(unsigned radius, bool square) {
+    HostImage image = test::randomImage<T>({side, side}, 1);
+    const auto run =
+        std::make_shared<test::MorphologyRun<cuda::CudaErosion2d>>(image, radius, square, test::Placement{true, true});
+    Comparison result{{}, 2.0 * side * side * sizeof(T), {}, {}};
+    result.ours.push_back({"device, 2T", [run] { run->filter.run(); }, 2});
+    return result;
+}
+
 template <typename T>
 void addType(Comparisons& comparisons, const std::string& type) {
     for (const bool square : {true, false}) {
         const std::string shape = square ? " square " : " diamond ";
+        for (const unsigned radius :
+             {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 10U, 12U, 14U, 16U, 18U, 20U, 25U, 30U, 35U, 40U, 45U, 50U}) {
+            comparisons.add("cost of erosion " + type + shape + std::to_string(radius),
+                            [=] { return erosionCost<T>(radius, square); });
+        }
         for (const unsigned radius : {1U, 7U, 25U}) {
             comparisons.add("erosion " + type + shape + std::to_string(radius), [=] {
                 return morphology<cuda::CudaErosion2d, T>({MorphologyOperation::erosion, radius, square});
