@@ -32,7 +32,7 @@ public:
           stride_(strideOf(stripWidth_ + 2 * margin_)),
           buffer_(SweepLines<Order>::bytesFor(slab, margin_) + WorkBuffer::bytesFor<Key>(keys())),
           lines_(buffer_, images, slab, margin_),
-          line_(buffer_.take<Key>(keys())) {}
+          arrays_(buffer_.take<Key>(keys())) {}
 
     void run() const {
         lines_.forEachStrip(stripWidth_, [this](auto left, auto right) { sweepStrip(left, right); });
@@ -47,52 +47,50 @@ private:
         constexpr std::ptrdiff_t unit = WorkBuffer::alignment / sizeof(Key);
         return (keys + unit - 1) / unit * unit;
     }
-    std::size_t keys() const { return static_cast<std::size_t>((window_ + 5) * stride_); }
+    std::size_t keys() const { return static_cast<std::size_t>((window_ + 4) * stride_); }
 
     // What the arrays hold of a row begins one column before the strip and ends one behind it.
-    Key* beginning() const { return line_ + stride_; }
-    Key* bests(std::ptrdiff_t y) const { return line_ + (2 + (y + 3 - slab_.top) % 3) * stride_; }  // y from top - 1 on
-    Key* block(std::ptrdiff_t row) const { return line_ + (5 + row) * stride_; }
+    Key* beginning() const { return arrays_; }
+    Key* bests(std::ptrdiff_t y) const {
+        return arrays_ + (1 + (y + 3 - slab_.top) % 3) * stride_;
+    }  // y from top - 1 on
+    Key* block(std::ptrdiff_t row) const { return arrays_ + (4 + row) * stride_; }
 
     void sweepStrip(std::ptrdiff_t left, std::ptrdiff_t right) const {
         const std::ptrdiff_t width = right - left, first = slab_.top - margin_;
         for (std::ptrdiff_t y = first; y < slab_.bottom + margin_; ++y) {
-            lines_.load(y, left, right, line_);
-            windowBests<Order>(line_, width + 2, 1, window_);
+            const std::ptrdiff_t row = (y - first) % window_;
+            lines_.load(y, left, right, block(row));
+            windowBests<Order>(block(row), width + 2, 1, window_);
             const std::ptrdiff_t done = y - margin_ + 1;
-            addRow((y - first) % window_, bests(std::max(done, slab_.top - 1)), width + 2);
+            addRow(row, bests(std::max(done, slab_.top - 1)), width + 2);
             if (done >= slab_.top && done < slab_.bottom) {
-                const Key* const row = bests(done) + 1;
-                std::transform(row, row + width, images_.beforeLast.row<Pixel>(done) + left, Order::pixelOf);
+                const Key* const keys = bests(done) + 1;
+                std::transform(keys, keys + width, images_.beforeLast.row<Pixel>(done) + left, Order::pixelOf);
             }
             if (done > slab_.top)
                 lastPass(bests(done - 2), bests(done), images_.last.row<Pixel>(done - 1) + left, width);
         }
     }
 
-    /// Takes a row of a block, and gives the bests of the window that ends with it. In the first block nothing is done
-    /// with them but in the last row.
+    /// Adds a row to its block, and gives the bests of the window that ends with it. In the first block there is none
+    /// before the last row.
     void addRow(std::ptrdiff_t row, Key* __restrict bests, std::ptrdiff_t width) const {
-        const Key* const line = line_;
+        const Key* const line = block(row);
         Key* __restrict const beginning = this->beginning();
-        Key* __restrict const kept = block(row);
+        if (row == 0) std::fill_n(beginning, width, Order::none);
         if (row == window_ - 1) {
 #pragma omp simd
-            for (std::ptrdiff_t x = 0; x < width; ++x) {
-                kept[x] = line[x];
-                bests[x] = Order::best(beginning[x], line[x]);
-            }
+            for (std::ptrdiff_t x = 0; x < width; ++x) bests[x] = Order::best(beginning[x], line[x]);
             for (std::ptrdiff_t above = row - 1; above > 0; --above) bestsOfEnd(above, width);
             return;
         }
         const Key* const end = block(row + 1);
-        if (row == 0) std::fill_n(beginning, width, Order::none);
 #pragma omp simd
         for (std::ptrdiff_t x = 0; x < width; ++x) {
             const Key best = Order::best(beginning[x], line[x]);
             beginning[x] = best;
             bests[x] = Order::best(end[x], best);
-            kept[x] = line[x];
         }
     }
 
@@ -120,7 +118,7 @@ private:
     std::ptrdiff_t stride_;
     WorkBuffer buffer_;
     SweepLines<Order> lines_;
-    Key* line_;
+    Key* arrays_;
 };
 
 }  // namespace zel::host
