@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -227,6 +228,21 @@ TEST_F(PassChainTest, WaitsAcrossOneSynchronisation) {
     EXPECT_TRUE(planes.bytes() == before);
     EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
     EXPECT_FALSE(planes.bytes() == before);
+}
+
+// What a program may look at, or change, as soon as it has synchronised.
+TEST_F(PassChainTest, RunsAtOnceFromAndIntoTheHostsMemory) {
+    Bytes host(4096, 1);
+    host[2080] = 9;
+    const Planes<Npp8u> planes({64, 64}, 64, 3 * 4096, 1);
+    Npp8u* const stops[] = {host.data(), planes.at(0), planes.at(4096), host.data()};
+    for (int pass = 0; pass != 3; ++pass) {
+        EXPECT_EQ(nppiDilate3x3Border_8u_C1R_Ctx(stops[pass], 64, {64, 64}, origin, stops[pass + 1], 64, {64, 64},
+                                                 NPP_BORDER_REPLICATE, {}),
+                  NPP_SUCCESS);
+        if (pass == 0) host[2080] = 1;  // read by then
+    }
+    EXPECT_EQ(std::ranges::count(host, 9), 49);
 }
 
 }  // namespace
