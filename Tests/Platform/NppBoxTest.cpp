@@ -252,6 +252,23 @@ TEST(NppBoxFloatTest, LimitsOfDoublesHold) {
     }
 }
 
+// Where the fields cancel, only the few pixels are left that one sum of doubles cannot hold beside them.
+TEST(NppBoxFloatTest, FewPixelsMayHaveLowDigits) {
+    NppImage<float> src({200, 160});
+    src.fillWith([](int x, int y) { return (x + y) % 2 == 0 ? 1.0f : -1.0f; });
+    for (const auto& [x, y] : {std::pair(0, 0), {0, 30}, {90, 0}, {91, 0}, {92, 31}, {199, 159}, {150, 159}, {199, 97}})
+        src.at(x, y) = 0x1.8p-60f, src.at(x, y ^ 1) = 0;
+    src.upload();
+    for (const Window& window : {centred(4, 4), centred(3, 3), centred(50, 50), centred(2, 300),
+                                 Window{{500, 2}, {9, 1}}, Window{{16, 8}, {15, 0}}, centred(900, 900)}) {
+        SCOPED_TRACE(::testing::Message() << window);
+        const NppiPoint offset{1, 2};
+        NppImage<float> dst({199, 155});
+        filter(src, offset, dst, window);
+        dst.expectEach([&](float mean, int x, int y) { ASSERT_EQ(mean, plainMean(src, x + 1, y + 2, window)); }, 29);
+    }
+}
+
 // Blocks of pixels are summed in different ways here, and parts of the image in other blocks.
 TEST(NppBoxFloatTest, BitsDoNotDependOnWhatElseIsInTheImage) {
     const auto kinds = hardPixels();

@@ -25,7 +25,8 @@ public:
     /// Looks for the pixels under the windows of output rows [top, bottom).
     /// @returns  false if they are too many for this to be worth while.
     bool find(const FloatParts<2>& of, int unit, RowSpreads& spreads, std::ptrdiff_t top, std::ptrdiff_t bottom) {
-        const std::ptrdiff_t most = (bottom - top) * width_ / job_.windowX.size;
+        // One takes some hundred steps and one for each column of a window; a pixel takes some.
+        const std::ptrdiff_t most = (bottom - top) * width_ / (8 * (job_.windowX.size + 64));
         const float below = std::ldexp(1.0f, unit + 23);  // larger floats have no place below the unit
         const std::ptrdiff_t last = job_.lastSrcRowUnder(bottom - 1);
         for (std::ptrdiff_t y = job_.firstSrcRowUnder(top); y <= last; ++y) {
@@ -88,8 +89,8 @@ private:
     void addRow(std::ptrdiff_t row, std::int64_t times) {
         if (times == 0) return;
         const std::ptrdiff_t y = std::clamp<std::ptrdiff_t>(row, 0, job_.size.height - 1);
-        const auto [begin, end] = std::ranges::equal_range(rests_, y, {}, &Rest::y);
-        for (auto rest = begin; rest != end; ++rest) addColumn(rest->x, rest->value, times);
+        auto rest = std::ranges::lower_bound(rests_, y, {}, &Rest::y);
+        for (; rest != rests_.end() && rest->y == y; ++rest) addColumn(rest->x, rest->value, times);
     }
 
     void addColumn(std::ptrdiff_t column, double value, std::int64_t times) {
