@@ -30,11 +30,10 @@ std::uint64_t stepsOf(Run&& run) {
 /// check(placement) with the images in each place, for each tile.
 template <typename Tile, typename Check>
 void onAllPlacements(const std::vector<Tile>& tiles, const Check& check) {
-    using Placement = PlacementOf<Tile>;
-    std::vector<Placement> placements{{false, false}, {false, true}, {true, false}, {true, true}};
+    std::vector<PlacementOf<Tile>> placements{{false, false}, {false, true}, {true, false}, {true, true}};
     if (deviceReadsHostMemory()) placements.push_back({.inputOnDevice = true, .outputOnDevice = true, .inPlace = true});
     for (const Tile& tile : tiles) {
-        for (Placement placement : placements) {
+        for (PlacementOf<Tile> placement : placements) {
             placement.tile = tile;
             SCOPED_TRACE(testing::Message()
                          << "tile " << tile.x << " x " << tile.y

@@ -27,8 +27,8 @@ public:
           slab_(slab),
           margin_(passes),
           radii_(radiiUpTo(passes)),
-          stripWidth_(widthOfStrips()),
-          stride_(strideOf(stripWidth_ + 2 * margin_)),
+          stripWidth_(SweepLines<Order>::usefulStripWidth(images, margin_)),
+          stride_(SweepLines<Order>::stride(stripWidth_, margin_)),
           buffer_(SweepLines<Order>::bytesFor(slab, margin_) + WorkBuffer::bytesFor<Key>(keys())),
           lines_(buffer_, images, slab, margin_) {
         Key* rows = buffer_.take<Key>(keys());
@@ -54,14 +54,6 @@ private:
     /// Rows of a level that the next one needs.
     std::ptrdiff_t rowsOf(std::size_t level) const { return 2 * (radii_[level + 1] - radii_[level]) + 1; }
     std::ptrdiff_t rowsKept() const { return 2 * margin_ + static_cast<std::ptrdiff_t>(last()); }
-    std::ptrdiff_t widthOfStrips() const {
-        constexpr std::ptrdiff_t usual = 8192 / sizeof(Key);
-        return std::min<std::ptrdiff_t>(std::max(usual, 4 * margin_), images_.size.width);
-    }
-    static std::ptrdiff_t strideOf(std::ptrdiff_t keys) {
-        constexpr std::ptrdiff_t unit = WorkBuffer::alignment / sizeof(Key);
-        return (keys + unit - 1) / unit * unit;
-    }
     std::size_t keys() const { return static_cast<std::size_t>(rowsKept() * stride_); }
 
     Key* row(std::size_t level, std::ptrdiff_t y) const {

@@ -28,8 +28,8 @@ public:
           slab_(slab),
           margin_(passes),
           window_(2 * passes - 1),
-          stripWidth_(widthOfStrips()),
-          stride_(strideOf(stripWidth_ + 2 * margin_)),
+          stripWidth_(SweepLines<Order>::usefulStripWidth(images, margin_)),
+          stride_(SweepLines<Order>::stride(stripWidth_, margin_)),
           buffer_(SweepLines<Order>::bytesFor(slab, margin_) + WorkBuffer::bytesFor<Key>(keys())),
           lines_(buffer_, images, slab, margin_),
           arrays_(buffer_.take<Key>(keys())) {}
@@ -39,14 +39,6 @@ public:
     }
 
 private:
-    std::ptrdiff_t widthOfStrips() const {
-        constexpr std::ptrdiff_t usual = 8192 / sizeof(Key);
-        return std::min<std::ptrdiff_t>(std::max(usual, 4 * margin_), images_.size.width);
-    }
-    static std::ptrdiff_t strideOf(std::ptrdiff_t keys) {
-        constexpr std::ptrdiff_t unit = WorkBuffer::alignment / sizeof(Key);
-        return (keys + unit - 1) / unit * unit;
-    }
     std::size_t keys() const { return static_cast<std::size_t>((window_ + 4) * stride_); }
 
     // What the arrays hold of a row begins one column before the strip and ends one behind it.

@@ -16,6 +16,17 @@ public:
     using Key = typename Order::Key;
     using Pixel = typename Order::Pixel;
 
+    /// Columns of a strip whose lines stay in the cache, but not so few that most of a line is margin.
+    static std::ptrdiff_t usefulStripWidth(const SweepImages& images, std::ptrdiff_t margin) {
+        constexpr std::ptrdiff_t usual = 8192 / sizeof(Key);
+        return std::min<std::ptrdiff_t>(std::max(usual, 4 * margin), images.size.width);
+    }
+    /// Keys from one line to the next.
+    static std::ptrdiff_t stride(std::ptrdiff_t stripWidth, std::ptrdiff_t margin) {
+        constexpr std::ptrdiff_t unit = WorkBuffer::alignment / sizeof(Key);
+        return (stripWidth + 2 * margin + unit - 1) / unit * unit;
+    }
+
     static std::size_t bytesFor(const Slab& slab, std::ptrdiff_t margin) {
         return WorkBuffer::bytesFor<Key>(besideKeys(slab, margin));
     }
