@@ -72,7 +72,9 @@ TEST_F(HostMemoryTest, IsNotWhatWasTheDevices) {
     ASSERT_EQ(cudaMalloc(&address, 4 << 20), cudaSuccess);
     EXPECT_FALSE(isRefused(address));
     ASSERT_EQ(cudaFree(address), cudaSuccess);
-    if (!test::ProcessMemory().isSanitized()) EXPECT_TRUE(isRefused(address)) << "waits for its next use";
+    if (!test::ProcessMemory().isSanitized()) {
+        EXPECT_TRUE(isRefused(address)) << "waits for its next use";
+    }
     ASSERT_EQ(cudaMalloc(&address, 4 << 20), cudaSuccess);
     ASSERT_EQ(cudaDeviceReset(), cudaSuccess);
     EXPECT_TRUE(isRefused(address)) << "ended by a reset";
