@@ -20,8 +20,8 @@ std::string_view placeName(Place place);
 std::shared_ptr<tarnway::ImageView> viewInPlace(const ImageModel& image);
 
 /// Where the options ask for it or leave it open.
-/// @param images      input and outputs.
-/// @param gainsByIt   whether the algorithm has no other use of the host's memory than a copy of its images.
+/// @param gainsByIt  whether the algorithm is faster with its images in place, where the device and they allow that.
+/// @param images     input and outputs.
 Place choosePlace(Placement asked, bool gainsByIt, std::initializer_list<const ImageModel*> images);
 
 /// An algorithm that cuts its images itself reads them row by row, and the core those that it has to convert: both find

@@ -43,9 +43,8 @@ private:
 
     // What the arrays hold of a row begins one column before the strip and ends one behind it.
     Key* beginning() const { return arrays_; }
-    Key* bests(std::ptrdiff_t y) const {
-        return arrays_ + (1 + (y + 3 - slab_.top) % 3) * stride_;
-    }  // y from top - 1 on
+    /// @param y  from slab_.top - 1 on.
+    Key* bests(std::ptrdiff_t y) const { return arrays_ + (1 + (y + 3 - slab_.top) % 3) * stride_; }
     Key* block(std::ptrdiff_t row) const { return arrays_ + (4 + row) * stride_; }
 
     void sweepStrip(std::ptrdiff_t left, std::ptrdiff_t right) const {
