@@ -190,32 +190,42 @@ TYPED_TEST(NppPassChainTest, ShowsWhatSinglePassesWould) {
     }
 }
 
-// Images that are cut into several slabs and strips.
-TYPED_TEST(NppPassChainTest, FillsBothBuffersOfLargeImages) {
-    constexpr NppiSize size{2600, 500};
-    constexpr std::size_t step = 2610 * sizeof(TypeParam), plane = step * 500;
-    const auto result = [&](bool square, int passes, std::size_t third) {
-        const Planes<TypeParam> planes(size, step, 3 * plane, 7);
-        for (int done = 0; done != passes; ++done) {
-            const std::size_t from = done % 2 == 1 ? plane : done == 0 ? 0 : third;
-            EXPECT_EQ(planes.pass(false, square, from, done % 2 == 0 ? plane : third), NPP_SUCCESS);
-        }
-        cudaFree(nullptr);
-        return planes.bytes();
-    };
+/// Both buffers after passes from the first of three planes to the second, and on to a third or back.
+template <typename T>
+Bytes afterPasses(NppiSize size, bool square, int passes, bool goBack) {
+    const std::size_t step = static_cast<std::size_t>(size.width + 10) * sizeof(T);
+    const std::size_t plane = step * static_cast<std::size_t>(size.height), third = goBack ? 0 : 2 * plane;
+    const Planes<T> planes(size, static_cast<int>(step), 3 * plane, 7);
+    for (int done = 0; done != passes; ++done) {
+        const std::size_t from = done % 2 == 1 ? plane : done == 0 ? 0 : third;
+        EXPECT_EQ(planes.pass(false, square, from, done % 2 == 0 ? plane : third), NPP_SUCCESS);
+    }
+    cudaFree(nullptr);
+    return planes.bytes();
+}
+
+template <typename T>
+void expectBuffersOfSinglePasses(NppiSize size, int passes) {
     for (const bool square : {false, true}) {
-        for (const int passes : {3, 7, 26}) {
-            for (const std::size_t third : {std::size_t{0}, 2 * plane}) {
-                SCOPED_TRACE(::testing::Message() << passes << " passes, " << square << ", third at " << third);
-                const Bytes together = result(square, passes, third);
-                const ScopedTestModes modes({.redZones = true});
-                ASSERT_TRUE(together == result(square, passes, third));
-            }
+        for (const bool goBack : {false, true}) {
+            SCOPED_TRACE(::testing::Message() << passes << " passes, square " << square << ", and back " << goBack);
+            const Bytes together = afterPasses<T>(size, square, passes, goBack);
+            const ScopedTestModes modes({.redZones = true});
+            ASSERT_TRUE(together == afterPasses<T>(size, square, passes, goBack));
         }
     }
 }
 
+// Images that are cut into several slabs and strips.
+TYPED_TEST(NppPassChainTest, FillsBothBuffersOfLargeImages) {
+    for (const int passes : {3, 7, 26}) expectBuffersOfSinglePasses<TypeParam>({2600, 500}, passes);
+}
+
 using PassChainTest = DeviceTest;
+
+TEST_F(PassChainTest, FillsBothBuffersOfImagesBeyondTheCaches) {
+    expectBuffersOfSinglePasses<Npp8u>({4100, 3000}, 3);
+}
 
 // Else the tests above compare nothing.
 TEST_F(PassChainTest, WaitsAcrossOneSynchronisation) {

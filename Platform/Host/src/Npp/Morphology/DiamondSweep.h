@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "Npp/Common/StoreLine.h"
 #include "Npp/Common/WorkBuffer.h"
 #include "Npp/Morphology/Slabs.h"
 #include "Npp/Morphology/SweepLines.h"
@@ -66,41 +67,39 @@ private:
             lines_.load(y, left, right, row(0, y));
             // The row of each level for which all rows that it needs are there now.
             for (std::size_t level = 1; level != last() && y - first >= 2 * radii_[level]; ++level) {
-                Key* __restrict const bests = row(level, y - radii_[level]);
-                fromLevelBefore(level, y - radii_[level], width, [=](auto x, Key best) { bests[x] = best; });
+                const std::ptrdiff_t begin = radii_[level], end = width + 2 * margin_ - radii_[level];
+                storeLine(Stores::cached, row(level, y - radii_[level]) + begin, end - begin,
+                          fromLevelBefore(level, y - radii_[level], begin));
             }
             if (const auto done = y - margin_ + 1; done >= slab_.top && done < slab_.bottom) {
-                const Key* const bests = row(last() - 1, done) + margin_;
-                std::transform(bests, bests + width, images_.beforeLast.row<Pixel>(done) + left, Order::pixelOf);
+                storeLine(storesBeforeLast_, images_.beforeLast.row<Pixel>(done) + left, width,
+                          [keys = row(last() - 1, done) + margin_](auto x) { return Order::pixelOf(keys[x]); });
             }
             if (const auto done = y - margin_; done >= slab_.top) {
-                Pixel* __restrict const pixels = images_.last.row<Pixel>(done) + left;
-                fromLevelBefore(last(), done, width,
-                                [=, margin = margin_](auto x, Key best) { pixels[x - margin] = Order::pixelOf(best); });
+                storeLine(storesLast_, images_.last.row<Pixel>(done) + left, width,
+                          [best = fromLevelBefore(last(), done, margin_)](auto x) { return Order::pixelOf(best(x)); });
             }
         }
     }
 
-    /// store(x, best) for all columns of a level's row that later levels need.
-    template <typename Store>
-    [[gnu::always_inline]] void fromLevelBefore(std::size_t level, std::ptrdiff_t y, std::ptrdiff_t width,
-                                                Store store) const {
+    /// The function that gives a row of a level from the one before, from a column on.
+    auto fromLevelBefore(std::size_t level, std::ptrdiff_t y, std::ptrdiff_t begin) const {
         const std::ptrdiff_t distance = radii_[level] - radii_[level - 1];
-        const std::ptrdiff_t begin = radii_[level], end = width + 2 * margin_ - radii_[level];
-        const Key* const above = row(level - 1, y - distance);
-        const Key* const here = row(level - 1, y);
-        const Key* const below = row(level - 1, y + distance);
+        const Key* const above = row(level - 1, y - distance) + begin;
+        const Key* const here = row(level - 1, y) + begin;
+        const Key* const below = row(level - 1, y + distance) + begin;
         // At radius 1 the pixel itself comes in; later it is in each of the four.
         const std::ptrdiff_t fifth = level == 1 ? 0 : distance;
-#pragma omp simd
-        for (std::ptrdiff_t x = begin; x < end; ++x) {
+        return [=](std::ptrdiff_t x) {
             const Key vertical = Order::best(above[x], below[x]);
             const Key horizontal = Order::best(here[x - distance], here[x + distance]);
-            store(x, Order::best(Order::best(vertical, horizontal), here[x + fifth]));
-        }
+            return Order::best(Order::best(vertical, horizontal), here[x + fifth]);
+        };
     }
 
     const SweepImages& images_;
+    Stores storesBeforeLast_ = images_.storesTo(images_.beforeLast, sizeof(Pixel));
+    Stores storesLast_ = images_.storesTo(images_.last, sizeof(Pixel));
     Slab slab_;
     std::ptrdiff_t margin_;
     std::vector<std::ptrdiff_t> radii_;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "Npp/Common/StoreLine.h"
 #include "Npp/Morphology/DiamondSweep.h"
 #include "Npp/Morphology/Element3x3.h"
 #include "Npp/Morphology/Slabs.h"
@@ -27,6 +28,7 @@ void sweepPasses(const SweepImages& images, Element3x3 element, int passes) {
             else
                 DiamondSweep<Order>(images, slabs[slab], passes).run();
         }
+        endStreaming();
     });
 }
 

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "Device/BlockStore.h"
+#include "Npp/Common/StoreLine.h"
 #include "Npp/Morphology/Plane.h"
 #include "Threads/Arena.h"
 #include "host_runtime/Parallel.h"
@@ -17,6 +18,12 @@ struct SweepImages {
     Plane beforeLast;  ///< takes what all passes but one give
     Plane last;
     NppiSize size;
+
+    /// Of a target: a source that is written over is in the caches already.
+    Stores storesTo(const Plane& target, std::size_t pixelBytes) const {
+        const auto pixels = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
+        return target == from ? Stores::cached : storesFor(3 * pixelBytes * pixels);
+    }
 };
 
 /// Rows of an image that are swept from top to bottom by one thread, and where those above and below them are read.

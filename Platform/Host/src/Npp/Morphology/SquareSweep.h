@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 
+#include "Npp/Common/StoreLine.h"
 #include "Npp/Common/WorkBuffer.h"
 #include "Npp/Morphology/Slabs.h"
 #include "Npp/Morphology/SweepLines.h"
@@ -56,8 +57,8 @@ private:
             const std::ptrdiff_t done = y - margin_ + 1;
             addRow(row, bests(std::max(done, slab_.top - 1)), width + 2);
             if (done >= slab_.top && done < slab_.bottom) {
-                const Key* const keys = bests(done) + 1;
-                std::transform(keys, keys + width, images_.beforeLast.row<Pixel>(done) + left, Order::pixelOf);
+                storeLine(storesBeforeLast_, images_.beforeLast.row<Pixel>(done) + left, width,
+                          [keys = bests(done) + 1](auto x) { return Order::pixelOf(keys[x]); });
             }
             if (done > slab_.top)
                 lastPass(bests(done - 2), bests(done), images_.last.row<Pixel>(done - 1) + left, width);
@@ -92,16 +93,17 @@ private:
         for (std::ptrdiff_t x = 0; x < width; ++x) from[x] = Order::best(from[x], below[x]);
     }
 
-    static void lastPass(const Key* above, const Key* below, Pixel* __restrict dst, std::ptrdiff_t width) {
-#pragma omp simd
-        for (std::ptrdiff_t x = 0; x < width; ++x) {
+    void lastPass(const Key* above, const Key* below, Pixel* dst, std::ptrdiff_t width) const {
+        storeLine(storesLast_, dst, width, [=](auto x) {
             const Key upper = Order::best(above[x], above[x + 2]);
             const Key lower = Order::best(below[x], below[x + 2]);
-            dst[x] = Order::pixelOf(Order::best(upper, lower));
-        }
+            return Order::pixelOf(Order::best(upper, lower));
+        });
     }
 
     const SweepImages& images_;
+    Stores storesBeforeLast_ = images_.storesTo(images_.beforeLast, sizeof(Pixel));
+    Stores storesLast_ = images_.storesTo(images_.last, sizeof(Pixel));
     Slab slab_;
     std::ptrdiff_t margin_;
     std::ptrdiff_t window_;

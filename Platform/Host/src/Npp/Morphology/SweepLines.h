@@ -54,14 +54,26 @@ public:
             std::copy_n(beside, margin_, line);
         const Pixel* const pixels = row(y);
         const std::ptrdiff_t readEnd = std::min<std::ptrdiff_t>(right + margin_, images_.size.width);
-        Key* const loadedEnd = std::transform(pixels + left, pixels + readEnd, line + margin_, Order::keyOf);
-        std::fill(loadedEnd, end, Order::none);
+        toKeys(pixels + left, readEnd - left, row(std::min(y + 2, slab_.bottom + margin_ - 1)) + left, line + margin_);
+        std::fill(line + margin_ + (readEnd - left), end, Order::none);
         if (right != images_.size.width) std::copy_n(line + (right - left), margin_, beside);
     }
 
 private:
     static std::size_t besideKeys(const Slab& slab, std::ptrdiff_t margin) {
         return static_cast<std::size_t>((slab.bottom - slab.top + 2 * margin) * margin);
+    }
+
+    /// @param next  pixels that are needed soon: the processor does not see beforehand where the next row's are.
+    static void toKeys(const Pixel* pixels, std::ptrdiff_t count, const Pixel* next, Key* __restrict keys) {
+        constexpr std::ptrdiff_t cacheLine = 64 / sizeof(Pixel);
+        std::ptrdiff_t x = 0;
+        for (; x + cacheLine <= count; x += cacheLine) {
+            __builtin_prefetch(next + x);
+#pragma omp simd
+            for (std::ptrdiff_t k = x; k < x + cacheLine; ++k) keys[k] = Order::keyOf(pixels[k]);
+        }
+        for (; x < count; ++x) keys[x] = Order::keyOf(pixels[x]);
     }
 
     const Pixel* row(std::ptrdiff_t y) const {
