@@ -39,6 +39,9 @@ struct FilterJob {
         return reinterpret_cast<const T*>(origin + row * srcStep);
     }
     T* dstRow(std::ptrdiff_t y) const { return reinterpret_cast<T*>(dst + y * dstStep); }
+    std::size_t roiBytes() const {
+        return sizeof(T) * static_cast<std::size_t>(roi.width) * static_cast<std::size_t>(roi.height);
+    }
 };
 
 /// The source columns under the windows of output columns [begin, end): `padLeft` times the image's first one, `count`

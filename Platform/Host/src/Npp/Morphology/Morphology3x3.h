@@ -7,6 +7,7 @@
 
 #include "Npp/Common/DealRows.h"
 #include "Npp/Common/FilterJob.h"
+#include "Npp/Common/StoreLine.h"
 #include "Npp/Common/WorkBuffer.h"
 #include "Npp/Morphology/Element3x3.h"
 
@@ -35,18 +36,16 @@ private:
     std::array<Key*, 3> rows_{};
 };
 
-/// Calls body(x, left, here, right) for output columns x = 0 ... count - 1 with the source columns under the pixel and
-/// its neighbours. At the image's edge the pixel stands for the neighbour beyond it. The body is a copy, as are the
-/// bounds: bytes that it writes could be part of anything that has an address.
-template <typename Body>
-[[gnu::always_inline]] inline void forEachWithNeighbours(const SourceColumns& source, std::ptrdiff_t count, Body body) {
-    const std::ptrdiff_t begin = source.padLeft;
-    const std::ptrdiff_t end = count - source.padRight;
-#pragma omp simd
-    for (std::ptrdiff_t x = begin; x < end; ++x) body(x, x - begin, x - begin + 1, x - begin + 2);
-    const std::ptrdiff_t last = source.count - 1;
-    if (source.padLeft == 1) body(0, 0, 0, std::min<std::ptrdiff_t>(1, last));
-    if (source.padRight == 1) body(count - 1, std::max<std::ptrdiff_t>(last - 1, 0), last, last);
+/// dst[x] = best(left, here, right) for output columns x = 0 ... count - 1, of the source columns under the pixel and
+/// its neighbours. At the image's edge the pixel stands for the neighbour beyond it. The function is a copy: bytes that
+/// are written could be part of anything that has an address.
+template <typename T, typename Best>
+[[gnu::always_inline]] inline void storeBests(Stores stores, T* dst, const SourceColumns& source, std::ptrdiff_t count,
+                                              Best best) {
+    const std::ptrdiff_t begin = source.padLeft, end = count - source.padRight, last = source.count - 1;
+    storeLine(stores, dst + begin, end - begin, [=](auto x) { return best(x, x + 1, x + 2); });
+    if (source.padLeft == 1) dst[0] = best(0, 0, std::min<std::ptrdiff_t>(1, last));
+    if (source.padRight == 1) dst[count - 1] = best(std::max<std::ptrdiff_t>(last - 1, 0), last, last);
 }
 
 /// A strip of an image's output columns, filtered from row to row.
@@ -68,9 +67,9 @@ public:
     void filterBySquare(std::ptrdiff_t top, std::ptrdiff_t bottom) const {
         const auto bestsOfThree = [&](std::ptrdiff_t y) {
             const Key* const row = keysOf(y);
-            Key* __restrict const bests = bests_.row(y);
-            forEachWithNeighbours(source_, count_, [=](auto x, auto left, auto here, auto right) {
-                bests[x] = Order::best(Order::best(row[left], row[right]), row[here]);
+            Key* const bests = bests_.row(y);
+            storeBests(Stores::cached, bests, source_, count_, [=](auto left, auto here, auto right) {
+                return Order::best(Order::best(row[left], row[right]), row[here]);
             });
             return static_cast<const Key*>(bests);
         };
@@ -78,12 +77,8 @@ public:
         const Key* here = bestsOfThree(top);
         for (std::ptrdiff_t y = top; y < bottom; ++y) {
             const Key* const below = bestsOfThree(y + 1);
-            auto* const dst = job_.dstRow(y) + left_;
-            const std::ptrdiff_t count = count_;
-#pragma omp simd
-            for (std::ptrdiff_t x = 0; x < count; ++x) {
-                dst[x] = Order::pixelOf(Order::best(Order::best(above[x], below[x]), here[x]));
-            }
+            storeLine(stores_, job_.dstRow(y) + left_, count_,
+                      [=](auto x) { return Order::pixelOf(Order::best(Order::best(above[x], below[x]), here[x])); });
             above = here;
             here = below;
         }
@@ -95,10 +90,10 @@ public:
         for (std::ptrdiff_t y = top; y < bottom; ++y) {
             const Key* const below = keysOf(y + 1);
             auto* const dst = job_.dstRow(y) + left_;
-            forEachWithNeighbours(source_, count_, [=](auto x, auto left, auto here, auto right) {
+            storeBests(stores_, dst, source_, count_, [=](auto left, auto here, auto right) {
                 const Key vertical = Order::best(above[here], below[here]);
                 const Key horizontal = Order::best(row[left], row[right]);
-                dst[x] = Order::pixelOf(Order::best(Order::best(vertical, horizontal), row[here]));
+                return Order::pixelOf(Order::best(Order::best(vertical, horizontal), row[here]));
             });
             above = row;
             row = below;
@@ -127,6 +122,7 @@ private:
     const FilterJob<typename Order::Pixel>& job_;
     std::ptrdiff_t left_;
     std::ptrdiff_t count_;
+    Stores stores_ = storesFor(2 * job_.roiBytes());
     SourceColumns source_;
     WorkBuffer buffer_;
     RowRing<Key> keys_;
@@ -155,6 +151,7 @@ void filter3x3(const FilterJob<typename Order::Pixel>& job, Element3x3 element) 
             else
                 strip.filterByCross(begin, end);
         });
+        endStreaming();
     });
 }
 
