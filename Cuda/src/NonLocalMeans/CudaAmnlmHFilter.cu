@@ -13,7 +13,8 @@ namespace {
 /// The sweeps of hFilter() along y and z.
 template <int axis>
 __device__ __forceinline__ void sweep(float* data, const SweepAxis<axis> along, float a) {
-    sweepBothWays(data, along, a, [](auto&, const auto&, int) {});
+    const auto nothing = [](const auto&...) {};
+    sweepBothWays(data, along, a, nothing, nothing);
 }
 
 }  // namespace
@@ -24,19 +25,19 @@ __global__ void kernHFilterX(const float* src, float* dst, int nz, int ny, int n
     forEachSweepLine(AlongX{nz, ny, nx, c}, [=](const auto lines) {
         auto value = lines.fill(0.0f);
         auto here = lines.fill(0.0f);
-        lines.each([&](unsigned int i) {
+        lines.each([&](const auto i) {
             here[i] = src[lines.at(nx - 2, i)];
             value[i] = blend(a, here[i], src[lines.at(nx - 1, i)]);
             dst[lines.at(nx - 1, i)] = value[i];
         });
         for (int p = nx - 2; p > 0; --p)
-            lines.each([&](unsigned int i) {
+            lines.each([&](const auto i) {
                 const float before = src[lines.at(p - 1, i)];
                 value[i] = blend(a, value[i], blend(a, before, here[i]));
                 here[i] = before;
                 dst[lines.at(p, i)] = value[i];
             });
-        lines.each([&](unsigned int i) { dst[lines.at(0, i)] = blend(a, value[i], dst[lines.at(0, i)]); });
+        lines.each([&](const auto i) { dst[lines.at(0, i)] = blend(a, value[i], dst[lines.at(0, i)]); });
     });
 }
 

@@ -38,11 +38,16 @@ __device__ __forceinline__ void stepLengths(float* distance, const float* joint,
     });
 }
 
+/// Makes the steps' lengths into their weights, which both sweeps and all channels take.
 template <int axis>
-__device__ __forceinline__ void sweep(float* data, const float* distance, const SweepAxis<axis> along, float a) {
+__device__ __forceinline__ void sweep(float* data, float* distance, const SweepAxis<axis> along, float a) {
     const FixedBasePower power(a);
-    sweepBothWays(data, along, 0.0f, [=](auto& weights, const auto& lines, int end) {
-        lines.eachLine([&](unsigned int line) { weights[line] = power(distance[lines.voxelAt(end, line)]); });
+    const auto weigh = [=](const auto& lines, int begin, int end) {
+        if (lines.firstChannel != 0) return;
+        lines.eachVoxel(begin, end, [&](std::uint64_t voxel) { distance[voxel] = power(distance[voxel]); });
+    };
+    sweepBothWays(data, along, 0.0f, weigh, [=](auto& weights, const auto& lines, int end) {
+        lines.eachLine([&](unsigned int line) { weights[line] = distance[lines.voxelAt(end, line)]; });
     });
 }
 
@@ -58,13 +63,13 @@ __global__ void kernRFDiffZ(float* distance, const float* joint, int nz, int ny,
     stepLengths(distance, joint, AlongZ{nz, ny, nx, c}, scale);
 }
 
-__global__ void kernRFDotX(float* data, const float* distance, int nz, int ny, int nx, int c, float a) {
+__global__ void kernRFDotX(float* data, float* distance, int nz, int ny, int nx, int c, float a) {
     sweep(data, distance, AlongX{nz, ny, nx, c}, a);
 }
-__global__ void kernRFDotY(float* data, const float* distance, int nz, int ny, int nx, int c, float a) {
+__global__ void kernRFDotY(float* data, float* distance, int nz, int ny, int nx, int c, float a) {
     sweep(data, distance, AlongY{nz, ny, nx, c}, a);
 }
-__global__ void kernRFDotZ(float* data, const float* distance, int nz, int ny, int nx, int c, float a) {
+__global__ void kernRFDotZ(float* data, float* distance, int nz, int ny, int nx, int c, float a) {
     sweep(data, distance, AlongZ{nz, ny, nx, c}, a);
 }
 

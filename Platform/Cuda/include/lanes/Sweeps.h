@@ -54,6 +54,10 @@ struct SweepLine {
     __device__ __forceinline__ void eachLine(Body body) const {
         body(0u);
     }
+    template <class Body>
+    __device__ __forceinline__ void eachVoxel(int begin, int end, Body body) const {
+        for (int position = begin; position < end; ++position) body(voxelAt(position, 0));
+    }
 };
 
 template <int axis, class Body>

@@ -20,25 +20,31 @@ namespace zel::cuda {
 template <unsigned int channelCount, unsigned int lineCount, bool elementsAdjacent>
 struct SweepLines {
     static constexpr unsigned int elements = channelCount * lineCount;
+    /// An element told so that the compiler sees which ones are neighbours in memory.
+    struct ChannelOfLine {
+        unsigned int line, channel;
+        __forceinline__ operator unsigned int() const { return line * channelCount + channel; }
+    };
+
     std::uint64_t first;  ///< number of the first line's first voxel
     std::uint64_t step;
     std::uint64_t lineStep;
     unsigned int firstChannel;
     unsigned int channels;  ///< of a voxel
 
-    /// Where element i has its value at a position, in an array of all channels.
+    /// Where an element has its value at a position, in an array of all channels.
     __forceinline__ std::uint64_t at(int position, unsigned int i) const {
-        const std::uint64_t voxel = first + static_cast<std::uint64_t>(position) * step;
-        if constexpr (elementsAdjacent)
-            return voxel * channelCount + i;
-        else
-            return (voxel + i / channelCount * lineStep) * channels + firstChannel + i % channelCount;
+        return (first + static_cast<std::uint64_t>(position) * step) * channelCount + i;
+    }
+    __forceinline__ std::uint64_t at(int position, ChannelOfLine i) const {
+        return voxelAt(position, i.line) * channels + firstChannel + i.channel;
     }
     /// Number of the voxel of a line at a position: the index in an array of one channel.
     __forceinline__ std::uint64_t voxelAt(int position, unsigned int line) const {
         return first + static_cast<std::uint64_t>(position) * step + line * lineStep;
     }
     __forceinline__ static constexpr unsigned int lineOf(unsigned int i) { return i / channelCount; }
+    __forceinline__ static constexpr unsigned int lineOf(ChannelOfLine i) { return i.line; }
 
     /// A value for each element, and one for each line, all equal to begin with.
     template <class T>
@@ -50,16 +56,22 @@ struct SweepLines {
         return WholeBundle<lineCount>{0}.fill(value);
     }
 
-    /// Calls body(i) for each element. Those of lines apart are taken one by one: their values stay in registers, and
-    /// each has its own place in memory.
+    /// Calls body(i) for each element, i being an integer or what converts to one. Of lines apart, the channels of one
+    /// line are a vector; single channels are taken one by one, their values in registers.
     template <class Body>
     __forceinline__ void each(Body body) const {
         if constexpr (elementsAdjacent) {
 #pragma omp simd
             for (unsigned int i = 0; i < elements; ++i) body(i);
+        } else if constexpr (channelCount == 1) {
+#pragma GCC unroll 64
+            for (unsigned int line = 0; line < lineCount; ++line) body(ChannelOfLine{line, 0});
         } else {
 #pragma GCC unroll 64
-            for (unsigned int i = 0; i < elements; ++i) body(i);
+            for (unsigned int line = 0; line < lineCount; ++line) {
+#pragma omp simd
+                for (unsigned int channel = 0; channel < channelCount; ++channel) body(ChannelOfLine{line, channel});
+            }
         }
     }
     /// Calls body(line) for each line.
@@ -68,21 +80,36 @@ struct SweepLines {
 #pragma omp simd
         for (unsigned int line = 0; line < lineCount; ++line) body(line);
     }
+    /// Calls body(voxel) for the number of each voxel at the positions begin ... end - 1, in any order.
+    template <class Body>
+    __forceinline__ void eachVoxel(int begin, int end, Body body) const {
+        if constexpr (elementsAdjacent) {
+            for (int position = begin; position < end; ++position)
+                eachLine([&](unsigned int line) { body(voxelAt(position, line)); });
+        } else {
+            for (unsigned int line = 0; line < lineCount; ++line) {
+#pragma omp simd
+                for (int position = begin; position < end; ++position) body(voxelAt(position, line));
+            }
+        }
+    }
 };
 
 namespace detail {
 
+/// How many neighbours are walked along together, so that a step takes whole cache lines out of each row of memory.
+inline constexpr unsigned int adjacentLines = 32;
+
 /// How many lines are walked along together where they lie a row of memory apart: enough to hide the latency from one
-/// step to the next, and so few that their cache lines, which an even length maps to one cache set, stay in the cache.
-inline constexpr unsigned int separateLines(unsigned int channels) {
-    return channels < 4 ? 8 : 4;
-}
+/// step to the next, and so few that their cache lines in two arrays, which an even length maps to one cache set, stay
+/// in the cache.
+inline constexpr unsigned int separateLines = 4;
 
 /// The launch's lines dealt to its calls in bundles of neighbours; those left over at the end of a layer go
 /// in smaller bundles, then one by one.
 template <unsigned int channelCount, bool adjacent, int axis, class Body>
 __forceinline__ void sweepChannels(const SweepAxis<axis>& along, unsigned int firstChannel, Body body) {
-    constexpr unsigned int large = adjacent ? largeBundle / channelCount : separateLines(channelCount);
+    constexpr unsigned int large = adjacent ? adjacentLines : separateLines;
     constexpr unsigned int small = adjacent ? PartBundle::capacity / channelCount : 1;
     const auto lines = static_cast<std::uint64_t>(along.lines());
     const auto channels = static_cast<unsigned int>(along.channels);
@@ -108,7 +135,8 @@ __forceinline__ void sweepChannels(const SweepAxis<axis>& along, unsigned int fi
 
 /// Calls body(lines) for all lines along an axis, each of which is walked along by one thread of the launch: thread x
 /// goes with the line, thread y with the layer, and those beyond do nothing. The body is generic and reaches data
-/// through lines.at() and lines.voxelAt() only. Channel counts other than 1, 2 and 4 come a channel after the other.
+/// through lines.at() and lines.voxelAt() only. Channel counts other than 1, 2 and 4 come a channel after the other,
+/// the first one first.
 template <int axis, class Body>
 __forceinline__ void forEachSweepLine(const SweepAxis<axis>& along, Body body) {
     constexpr bool adjacent = axis != 0;
