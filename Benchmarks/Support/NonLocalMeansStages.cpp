@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 #include "NonLocalMeans/CudaAmnlmBlocks.h"
@@ -51,13 +52,13 @@ public:
         return bestOf([&] {
             multiplyData(block_, block_, product);
             concatData(product, block_, both);
-            scaleData(both, splatted);
+            scaleData(std::move(both), splatted);
         });
     }
     double blur() const {
         RkCUDAAMNLMData splatted = coarse(2), eta = coarse(4), blurred = coarse(2);
         scaleData(patches_, eta);
-        return bestOf([&] { rfFilter(splatted, eta, rangeSigma_, coarseSigma_, blurred); });
+        return bestOf([&] { rfFilter(std::move(splatted), eta, rangeSigma_, coarseSigma_, blurred); });
     }
     double slice() const {
         const RkCUDAAMNLMData blurred = coarse(2);
@@ -65,9 +66,8 @@ public:
         return bestOf([&] {
             for (const int k : {0, 1}) {
                 extractData(blurred, k, k + 1, channel);
-                scaleData(channel, up);
-                multiplyData(block_, up, up);
-                addData(sum, up, sum);
+                scaleData(std::move(channel), up);
+                addProductData(block_, up, sum);
             }
         });
     }
@@ -77,10 +77,10 @@ public:
         RkCUDAAMNLMData top = coarse(4), topIn = coarse(4), masked = fine(1), bottom = coarse(1), bottomIn = coarse(1);
         return bestOf([&] {
             scaleData(patches_, top);
-            scaleData(top, topIn);
+            exchangeData(top, topIn);
             hFilter(topIn, coarseSigma_, top);
             maskData(block_, cluster, masked);
-            scaleData(masked, bottomIn);
+            scaleData(std::move(masked), bottomIn);
             hFilter(bottomIn, coarseSigma_, bottom);
         });
     }

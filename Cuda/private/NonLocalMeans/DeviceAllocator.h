@@ -61,4 +61,21 @@ public:
     }
 };
 
+/// The same for vectors whose elements begin with any value.
+template <typename T>
+class ScratchAllocator : public DeviceAllocator<T> {
+public:
+    template <typename U>
+    struct rebind {
+        using other = ScratchAllocator<U>;
+    };
+
+    ScratchAllocator() = default;
+    template <typename U>
+    ScratchAllocator(const ScratchAllocator<U>&) {}
+
+    template <typename U>
+    __host__ __device__ static void construct(U*) {}
+};
+
 }  // namespace amnlm

@@ -29,6 +29,13 @@ struct maskdata {
     __device__ T operator()(T x, bool mask) const { return keepIf(mask, x); }
 };
 
+__global__ void kernAddProduct(float* sum, const float* a, const float* b, int nx, int ny, int nz) {
+    forEachVoxel(nx, ny, nz, [=](int x, int y, int z) {
+        const std::int64_t v = (std::int64_t{z} * ny + y) * nx + x;
+        sum[v] += a[v] * b[v];
+    });
+}
+
 __global__ void kernConcat(float* out, const float* a, const float* b, int nx, int ny, int nz, int ca, int cb) {
     withChannels(ca, [=](const auto channelsA) {
         withChannels(cb, [=](const auto channelsB) {
@@ -181,6 +188,12 @@ void addData(const RkCUDAAMNLMData& a, const RkCUDAAMNLMData& b, RkCUDAAMNLMData
     transformData(a, elements(b), out, thrust::plus<float>());
 }
 
+void addProductData(const RkCUDAAMNLMData& a, const RkCUDAAMNLMData& b, RkCUDAAMNLMData& sum) {
+    const auto [nz, ny, nx, channels] = sum.dims;
+    const cudaLaunchConfig_t config = voxelLaunch(nx, ny, nz);
+    cudaLaunchKernelEx(&config, kernAddProduct, sum.data, a.data, b.data, nx * channels, ny, nz);
+}
+
 void divideData(const RkCUDAAMNLMData& a, const RkCUDAAMNLMData& b, RkCUDAAMNLMData& out) {
     transformData(a, elements(b), out, rdivides<float>());
 }
@@ -201,10 +214,21 @@ void extractData(const RkCUDAAMNLMData& in, std::int32_t first, std::int32_t las
     cudaLaunchKernelEx(&config, kernExtract, out.data, in.data, nx, ny, nz, in.dims[3], first, last);
 }
 
+void exchangeData(RkCUDAAMNLMData& a, RkCUDAAMNLMData& b) {
+    std::swap(a.data, b.data);
+}
+
+void scaleData(RkCUDAAMNLMData&& in, RkCUDAAMNLMData& out) {
+    if (haveEqualExtents(in, out))
+        exchangeData(in, out);
+    else
+        scaleData(std::as_const(in), out);
+}
+
 void scaleData(const RkCUDAAMNLMData& in, RkCUDAAMNLMData& out) {
     const int inx = in.dims[2], iny = in.dims[1], inz = in.dims[0];
     const int onx = out.dims[2], ony = out.dims[1], onz = out.dims[0];
-    if (inx == onx && iny == ony && inz == onz) {
+    if (haveEqualExtents(in, out)) {
         checkCudaFatal(cudaMemcpy(out.data, in.data, out.byteSize(), cudaMemcpyDeviceToDevice));
         return;
     }

@@ -1,8 +1,7 @@
 #include "CudaAmnlmEigenvec.h"
 
-#include <thrust/fill.h>
 #include <thrust/functional.h>
-#include <thrust/iterator/counting_iterator.h>
+#include <thrust/reduce.h>
 #include <thrust/transform.h>
 #include <thrust/transform_reduce.h>
 
@@ -16,25 +15,17 @@ namespace amnlm {
 
 using namespace zel::cuda;
 
-/// The value of one channel at a voxel.
-struct ChannelAt {
-    const float* values;
-    std::int64_t channels;
-    std::int64_t channel;
-
-    __host__ __device__ float operator()(std::int64_t voxel) const { return values[voxel * channels + channel]; }
-};
-
-/// Outside the cluster the sums get a 0.
+/// `scratch` holds one channel after the other, to be summed. Outside the cluster the sums get a 0.
 __global__ void multiplyXDots(float* scratch, const float* difference, const bool* cluster, const float* direction,
                               int nz, int ny, int nx, int channelCount) {
+    const std::int64_t voxels = std::int64_t{nz} * ny * nx;
     withChannels(channelCount, [=](const auto channels) {
         forEachVoxel(nx, ny, nz, [=](int x, int y, int z) {
             const std::int64_t v = (std::int64_t{z} * ny + y) * nx + x;
             float dot = 0;
             for (int k = 0; k < channels; ++k) dot += direction[k] * difference[v * channels + k];
             for (int k = 0; k < channels; ++k)
-                scratch[v * channels + k] = keepIf(cluster[v], dot * difference[v * channels + k]);
+                scratch[k * voxels + v] = keepIf(cluster[v], dot * difference[v * channels + k]);
         });
     });
 }
@@ -45,19 +36,16 @@ void computeDominantDirection(const RkCUDAAMNLMData& difference, const DeviceVec
     const std::int64_t voxels = std::int64_t{nz} * ny * nx;
     DeviceVector<float> start(static_cast<std::size_t>(channels));
     for (std::size_t k = 0; k < start.size(); ++k) start[k] = drawUnit() - 0.5f;
-    DeviceVector<float> scratch(static_cast<std::size_t>(voxels * channels));
+    ScratchVector<float> scratch(static_cast<std::size_t>(voxels * channels));
     const cudaLaunchConfig_t config = voxelLaunch(nx, ny, nz);
     for (std::int32_t pass = 0; pass < manifoldIterations; ++pass) {
-        thrust::fill(thrustPolicy, scratch.begin(), scratch.end(), 0.0f);
         cudaLaunchKernelEx(&config, multiplyXDots, thrust::raw_pointer_cast(scratch.data()), difference.data,
                            thrust::raw_pointer_cast(cluster.data()),
                            thrust::raw_pointer_cast(pass == 0 ? start.data() : direction.data()), nz, ny, nx, channels);
         std::vector<float> sums;
         for (std::int32_t k = 0; k < channels; ++k) {
-            const ChannelAt value{thrust::raw_pointer_cast(scratch.data()), channels, k};
-            sums.push_back(thrust::transform_reduce(thrustPolicy, thrust::counting_iterator<std::int64_t>(0),
-                                                    thrust::counting_iterator<std::int64_t>(voxels), value, 0.0f,
-                                                    thrust::plus<float>()));
+            const auto channel = scratch.begin() + k * voxels;
+            sums.push_back(thrust::reduce(thrustPolicy, channel, channel + voxels, 0.0f, thrust::plus<float>()));
         }
         for (std::size_t k = 0; k < sums.size(); ++k) direction[k] = sums[k];
     }

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include "CudaAmnlmDataOps.h"
 #include "CudaAmnlmEigenvec.h"
@@ -44,13 +45,21 @@ struct kernBuildClusterPlus {
     __host__ __device__ T operator()(T cluster, T minus) const { return cluster & !minus; }
 };
 
-__global__ void kernChannelsSquareSum(float* out, const float* in, int nx, int ny, int nz, int c) {
+/// Sums of squares, over the channels, of the difference between the patches and a manifold. The difference itself is
+/// stored where it is kept.
+template <bool keepsDifference>
+__global__ void kernChannelsSquareSum(float* squares, float* difference, const float* patches, const float* manifold,
+                                      int nx, int ny, int nz, int c) {
     withChannels(c, [=](const auto channels) {
         forEachVoxel(nx, ny, nz, [=](int x, int y, int z) {
             const std::int64_t v = (std::int64_t{z} * ny + y) * nx + x;
             float sum = 0;
-            for (int k = 0; k < channels; ++k) sum += in[v * channels + k] * in[v * channels + k];
-            out[v] = sum;
+            for (int k = 0; k < channels; ++k) {
+                const float d = patches[v * channels + k] - manifold[v * channels + k];
+                if constexpr (keepsDifference) difference[v * channels + k] = d;
+                sum += d * d;
+            }
+            squares[v] = sum;
         });
     });
 }
@@ -108,10 +117,6 @@ RkCUDAAMNLMData like(const RkCUDAAMNLMData& image, std::int32_t channels) {
     return {image.dims[0], image.dims[1], image.dims[2], channels};
 }
 
-bool haveEqualExtents(const RkCUDAAMNLMData& a, const RkCUDAAMNLMData& b) {
-    return std::equal(a.dims, a.dims + 3, b.dims);
-}
-
 /// Launches a kernel with a thread for each voxel of `shape`; its extents and channels end the arguments.
 template <typename... Parameters, typename... Arguments>
 void launchVoxels(const RkCUDAAMNLMData& shape, void (*kernel)(Parameters...), Arguments... arguments) {
@@ -145,11 +150,11 @@ public:
     RkCUDAAMNLMData& denominator() { return denominator_; }
 
 private:
-    void filterManifoldNode(const RkCUDAAMNLMData& eta, const Mask& cluster, int depth);
+    void filterManifoldNode(RkCUDAAMNLMData& eta, const Mask& cluster, int depth);
     void filterChildren(RkCUDAAMNLMData& theta, const Mask& cluster, int depth);
     Mask minusCluster(const Mask& cluster);
-    void processManifold(const RkCUDAAMNLMData& eta, RkCUDAAMNLMData& weights);
-    void weigh(RkCUDAAMNLMData& weights);
+    void processManifold(RkCUDAAMNLMData& eta, RkCUDAAMNLMData& weights, bool hasChildren);
+    void weigh(const RkCUDAAMNLMData& manifold, RkCUDAAMNLMData& weights, bool keepsDifference);
     void splat(RkCUDAAMNLMData& weights, RkCUDAAMNLMData& splatted) const;
     void slice(const RkCUDAAMNLMData& blurred, std::int32_t channel, const RkCUDAAMNLMData& weights,
                RkCUDAAMNLMData& sum) const;
@@ -170,7 +175,8 @@ private:
     const std::int32_t coarseX_, coarseY_, coarseZ_;
     RkCUDAAMNLMData numerator_;
     RkCUDAAMNLMData denominator_;
-    std::optional<RkCUDAAMNLMData> difference_;  ///< patches minus the current manifold, one buffer for all nodes
+    /// Patches minus the last manifold that has children: one buffer for all nodes.
+    std::optional<RkCUDAAMNLMData> difference_;
 };
 
 void ManifoldTree::filter() {
@@ -185,10 +191,11 @@ void ManifoldTree::filter() {
     difference_.reset();
 }
 
-void ManifoldTree::filterManifoldNode(const RkCUDAAMNLMData& eta, const Mask& cluster, int depth) {
+void ManifoldTree::filterManifoldNode(RkCUDAAMNLMData& eta, const Mask& cluster, int depth) {
     RkCUDAAMNLMData weights = like(block_, 1);
-    processManifold(eta, weights);
-    if (depth >= height_) return;
+    const bool hasChildren = depth < height_;
+    processManifold(eta, weights, hasChildren);
+    if (!hasChildren) return;
     thrust::transform(thrustPolicy, begin(weights), end(weights), begin(weights), one_minus<float>());
     filterChildren(weights, cluster, depth);
 }
@@ -210,7 +217,7 @@ Mask ManifoldTree::minusCluster(const Mask& cluster) {
     Mask minus(cluster.size(), false);
     DeviceVector<float> direction(static_cast<std::size_t>(channels()));
     computeDominantDirection(*difference_, cluster, manifoldIterations_, direction);
-    DeviceVector<float> dots(cluster.size());
+    ScratchVector<float> dots(cluster.size());
     launchVoxels(*difference_, kernXDot, thrust::raw_pointer_cast(dots.data()), difference_->data,
                  thrust::raw_pointer_cast(direction.data()));
     thrust::transform(thrustPolicy, dots.begin(), dots.end(), cluster.begin(), minus.begin(),
@@ -218,25 +225,31 @@ Mask ManifoldTree::minusCluster(const Mask& cluster) {
     return minus;
 }
 
-void ManifoldTree::processManifold(const RkCUDAAMNLMData& eta, RkCUDAAMNLMData& weights) {
+/// Uses up `eta`.
+void ManifoldTree::processManifold(RkCUDAAMNLMData& eta, RkCUDAAMNLMData& weights, bool hasChildren) {
     const bool isFine = haveEqualExtents(eta, block_);
     RkCUDAAMNLMData otherEta = isFine ? coarse(channels()) : like(block_, channels());
-    scaleData(eta, otherEta);
-    subtractData(patchImage_, isFine ? eta : otherEta, *difference_);
+    if (isFine) {
+        weigh(eta, weights, hasChildren);
+        scaleData(std::move(eta), otherEta);
+    } else {
+        scaleData(eta, otherEta);
+        weigh(otherEta, weights, hasChildren);
+    }
     const RkCUDAAMNLMData& coarseEta = isFine ? otherEta : eta;
-    weigh(weights);
     RkCUDAAMNLMData splatted = coarse(2);
     splat(weights, splatted);
     RkCUDAAMNLMData blurred = coarse(2);
-    rfFilter(splatted, coarseEta, sigma_, coarseSigma(), blurred);
+    rfFilter(std::move(splatted), coarseEta, sigma_, coarseSigma(), blurred);
     slice(blurred, 0, weights, numerator_);
     slice(blurred, 1, weights, denominator_);
 }
 
 /// Weights each voxel by its distance to the manifold, and keeps the smallest distance.
-void ManifoldTree::weigh(RkCUDAAMNLMData& weights) {
+void ManifoldTree::weigh(const RkCUDAAMNLMData& manifold, RkCUDAAMNLMData& weights, bool keepsDifference) {
     RkCUDAAMNLMData squares = like(block_, 1);
-    launchVoxels(*difference_, kernChannelsSquareSum, squares.data, difference_->data);
+    const auto kernel = keepsDifference ? kernChannelsSquareSum<true> : kernChannelsSquareSum<false>;
+    launchVoxels(patchImage_, kernel, squares.data, difference_->data, patchImage_.data, manifold.data);
     thrust::transform(thrustPolicy, begin(squares), end(squares), begin(weights), phi_op{sigma_ * sigma_});
     thrust::transform(thrustPolicy, begin(squares), end(squares), begin(result_), begin(result_),
                       thrust::minimum<float>());
@@ -248,7 +261,7 @@ void ManifoldTree::splat(RkCUDAAMNLMData& weights, RkCUDAAMNLMData& splatted) co
     multiplyData(weights, block_, product);
     RkCUDAAMNLMData both = like(block_, 2);
     concatData(product, weights, both);
-    scaleData(both, splatted);
+    scaleData(std::move(both), splatted);
 }
 
 void ManifoldTree::slice(const RkCUDAAMNLMData& blurred, std::int32_t channel, const RkCUDAAMNLMData& weights,
@@ -256,9 +269,8 @@ void ManifoldTree::slice(const RkCUDAAMNLMData& blurred, std::int32_t channel, c
     RkCUDAAMNLMData extracted = coarse(1);
     extractData(blurred, channel, channel + 1, extracted);
     RkCUDAAMNLMData fine = like(block_, 1);
-    scaleData(extracted, fine);
-    multiplyData(weights, fine, fine);
-    addData(sum, fine, sum);
+    scaleData(std::move(extracted), fine);
+    addProductData(weights, fine, sum);
 }
 
 void ManifoldTree::computeEta(const RkCUDAAMNLMData& theta, const Mask& cluster, RkCUDAAMNLMData& eta) const {
@@ -267,11 +279,11 @@ void ManifoldTree::computeEta(const RkCUDAAMNLMData& theta, const Mask& cluster,
         RkCUDAAMNLMData fine = like(patchImage_, channels());
         launchVoxels(patchImage_, kernThetaTimesPatches, fine.data, theta.data, patchImage_.data,
                      thrust::raw_pointer_cast(cluster.data()));
-        scaleData(fine, top);
+        scaleData(std::move(fine), top);
     }
     {
         RkCUDAAMNLMData topCopy = coarse(channels());
-        checkCudaFatal(cudaMemcpy(topCopy.data, top.data, top.byteSize(), cudaMemcpyDeviceToDevice));
+        exchangeData(top, topCopy);
         hFilter(topCopy, coarseSigma(), top);
     }
     RkCUDAAMNLMData bottom = coarse(1);
@@ -279,7 +291,7 @@ void ManifoldTree::computeEta(const RkCUDAAMNLMData& theta, const Mask& cluster,
         RkCUDAAMNLMData masked = like(theta, 1);
         maskData(theta, cluster, masked);
         RkCUDAAMNLMData bottomIn = coarse(1);
-        scaleData(masked, bottomIn);
+        scaleData(std::move(masked), bottomIn);
         hFilter(bottomIn, coarseSigma(), bottom);
     }
     launchVoxels(eta, kernComputeEta, eta.data, top.data, bottom.data);

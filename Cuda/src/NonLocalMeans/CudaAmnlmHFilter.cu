@@ -52,7 +52,9 @@ __global__ void kernHFilterZ(float* data, int nz, int ny, int nx, int c, float a
 void hFilter(const RkCUDAAMNLMData& in, float sigma, RkCUDAAMNLMData& out) {
     const auto [nz, ny, nx, c] = in.dims;
     const float a = feedbackOf(sigma);
-    checkCudaFatal(cudaMemcpy(out.data, in.data, out.byteSize(), cudaMemcpyDeviceToDevice));
+    const std::size_t voxelBytes = c * sizeof(float), lineBytes = nx * voxelBytes;
+    checkCudaFatal(cudaMemcpy2DAsync(out.data, lineBytes, in.data, lineBytes, voxelBytes, std::size_t{1} * ny * nz,
+                                     cudaMemcpyDeviceToDevice, nullptr));
     const cudaLaunchConfig_t x = lineLaunch(ny, nz), y = lineLaunch(nx, nz), z = lineLaunch(nx, ny);
     cudaLaunchKernelEx(&x, kernHFilterX, in.data, out.data, nz, ny, nx, c, a);
     cudaLaunchKernelEx(&y, kernHFilterY, out.data, nz, ny, nx, c, a);

@@ -1,5 +1,6 @@
 #include "CudaAmnlmRFFilter.h"
 
+#include "CudaAmnlmDataOps.h"
 #include "CudaUtils_CUDA.h"
 #include "NonLocalMeans/DeviceVector.h"
 #include "RecursiveSweep.h"
@@ -73,15 +74,16 @@ __global__ void kernRFDotZ(float* data, float* distance, int nz, int ny, int nx,
     sweep(data, distance, AlongZ{nz, ny, nx, c}, a);
 }
 
-void rfFilter(const RkCUDAAMNLMData& data, const RkCUDAAMNLMData& joint, float rangeSigma, float spatialSigma,
-              RkCUDAAMNLMData& out) {
+namespace {
+
+/// rfFilter() on what is in `out` already.
+void filterInPlace(const RkCUDAAMNLMData& joint, float rangeSigma, float spatialSigma, RkCUDAAMNLMData& out) {
     const int nz = out.dims[0], ny = out.dims[1], nx = out.dims[2], c = out.dims[3];
     const int jointChannels = joint.dims[3];
     const float a = feedbackOf(spatialSigma);
     const float ratio = spatialSigma / rangeSigma;
     const float scale = ratio * ratio;
-    checkCudaFatal(cudaMemcpy(out.data, data.data, out.byteSize(), cudaMemcpyDeviceToDevice));
-    DeviceVector<float> lengths(static_cast<std::size_t>(nx) * ny * nz);
+    ScratchVector<float> lengths(static_cast<std::size_t>(nx) * ny * nz);
     float* const distance = thrust::raw_pointer_cast(lengths.data());
     const cudaLaunchConfig_t voxels = voxelLaunch(nx, ny, nz);
     const auto pass = [&](auto diff, auto dot, const cudaLaunchConfig_t& lines) {
@@ -91,6 +93,20 @@ void rfFilter(const RkCUDAAMNLMData& data, const RkCUDAAMNLMData& joint, float r
     pass(kernRFDiffX, kernRFDotX, lineLaunch(ny, nz));
     pass(kernRFDiffY, kernRFDotY, lineLaunch(nx, nz));
     pass(kernRFDiffZ, kernRFDotZ, lineLaunch(nx, ny));
+}
+
+}  // namespace
+
+void rfFilter(const RkCUDAAMNLMData& data, const RkCUDAAMNLMData& joint, float rangeSigma, float spatialSigma,
+              RkCUDAAMNLMData& out) {
+    checkCudaFatal(cudaMemcpy(out.data, data.data, out.byteSize(), cudaMemcpyDeviceToDevice));
+    filterInPlace(joint, rangeSigma, spatialSigma, out);
+}
+
+void rfFilter(RkCUDAAMNLMData&& data, const RkCUDAAMNLMData& joint, float rangeSigma, float spatialSigma,
+              RkCUDAAMNLMData& out) {
+    exchangeData(data, out);
+    filterInPlace(joint, rangeSigma, spatialSigma, out);
 }
 
 }  // namespace amnlm

@@ -19,5 +19,8 @@ namespace amnlm {
 /// @throws thrust::system::system_error, thrust::system::detail::bad_alloc  when there is no scratch memory.
 void rfFilter(const RkCUDAAMNLMData& data, const RkCUDAAMNLMData& joint, float rangeSigma, float spatialSigma,
               RkCUDAAMNLMData& out);
+/// The same for data that nobody needs any more: it exchanges its memory with `out` instead of being copied.
+void rfFilter(RkCUDAAMNLMData&& data, const RkCUDAAMNLMData& joint, float rangeSigma, float spatialSigma,
+              RkCUDAAMNLMData& out);
 
 }  // namespace amnlm
