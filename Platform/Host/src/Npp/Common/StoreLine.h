@@ -30,7 +30,8 @@ inline Stores storesFor(std::size_t bytes) {
 
 /// dst[i] = item(i) for i below `count`.
 template <typename T, typename Item>
-[[gnu::always_inline]] inline void storeLine(Stores stores, T* __restrict dst, std::ptrdiff_t count, const Item& item) {
+[[gnu::always_inline]] inline void storeLine([[maybe_unused]] Stores stores, T* __restrict dst, std::ptrdiff_t count,
+                                             const Item& item) {
     std::ptrdiff_t i = 0;
 #ifdef __AVX__
     if (stores == Stores::streamed) {
