@@ -269,6 +269,29 @@ TEST(NppBoxFloatTest, FewPixelsMayHaveLowDigits) {
     }
 }
 
+// What the rows so far were summed by is not enough for the next one, or more than it needs.
+TEST(NppBoxFloatTest, RowsMayHaveOtherExponentsThanThoseAbove) {
+    const std::pair<const char*, int (*)(int y)> exponents[] = {{"rising", [](int y) { return y - 126; }},
+                                                                {"falling", [](int y) { return 120 - y; }},
+                                                                {"in steps", [](int y) { return y / 90 * 17; }},
+                                                                {"in waves", [](int y) { return (y / 9) % 2 * -40; }},
+                                                                {"denormal at last", [](int y) { return -y / 2; }}};
+    for (const auto& [name, exponentOfRow] : exponents) {
+        std::mt19937 random(7);
+        NppImage<float> src({90, 240}), dst(src.size());
+        src.fillWith([&, ofRow = exponentOfRow](int, int y) {
+            // The further down, the more pixels have lower digits than the others.
+            const int lower = static_cast<int>(random() % 20000) < y ? 35 : 0;
+            return y % 40 > 36 ? 0.0f : std::ldexp(std::normal_distribution<float>()(random), ofRow(y) - lower);
+        });
+        for (const Window& window : {centred(3, 3), centred(16, 16), Window{{7, 51}, {2, 50}}}) {
+            SCOPED_TRACE(::testing::Message() << "exponents " << name << ", " << window);
+            filter(src, {0, 0}, dst, window);
+            dst.expectEach([&](float mean, int x, int y) { ASSERT_EQ(mean, plainMean(src, x, y, window)); }, 7);
+        }
+    }
+}
+
 // Blocks of pixels are summed in different ways here, and parts of the image in other blocks.
 TEST(NppBoxFloatTest, BitsDoNotDependOnWhatElseIsInTheImage) {
     const auto kinds = hardPixels();

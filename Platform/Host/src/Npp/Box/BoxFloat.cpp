@@ -8,21 +8,21 @@
 #include "Npp/Box/ColumnSums.h"
 #include "Npp/Box/FewRests.h"
 #include "Npp/Box/FloatParts.h"
-#include "Npp/Box/SlidingSums.h"
 #include "Npp/Box/WideSum.h"
+#include "Npp/Box/WindowSums.h"
 #include "Npp/Common/WorkBuffer.h"
 
 namespace zel::host {
 namespace {
 
-// The mean of a window is the exact sum of its pixels, rounded once to float and divided. The exponents in a block of
-// pixels tell how to get there: in running sums of doubles, one or several for each window, or in integers of 384 bits.
-// Which of them it was cannot be seen in a result.
+// The mean of a window is the exact sum of its pixels, rounded once to float and divided. The exponents of the pixels
+// tell how to get there: in running sums of doubles, one or several for each window, or in integers of 384 bits. Which
+// of them it was cannot be seen in a result.
 
+constexpr std::ptrdiff_t stripColumns = 4096;
+// Of pixels that take several sums: an outlier is best left in few columns, and more sums fit a cache for fewer.
 constexpr std::ptrdiff_t blockRows = 64;
-constexpr std::ptrdiff_t blockColumns = 4096;
-// Of pixels that take more than one sum: an outlier is best left in few columns, and more sums fit a cache for fewer.
-constexpr std::ptrdiff_t hardBlockColumns = 512;
+constexpr std::ptrdiff_t blockColumns = 512;
 
 bool isFinite(float pixel) {
     return (std::bit_cast<std::uint32_t>(pixel) & 0x7F800000) != 0x7F800000;
@@ -38,7 +38,8 @@ void storeUpTo(const float* end, float* dst, Floats values) {
     }
 }
 
-/// Columns [left, right) of output rows [begin, end), in blocks of rows: all means of a block are worked out alike.
+/// Columns [left, right) of output rows [begin, end): row by row as far as one running sum and few rests do, and else
+/// in blocks whose means are all worked out alike.
 class FloatStrip {
 public:
     FloatStrip(const BoxJob<float>& job, std::ptrdiff_t begin, std::ptrdiff_t end, std::ptrdiff_t left,
@@ -54,21 +55,58 @@ public:
 
     void filter() {
         const std::ptrdiff_t rows = std::max(blockRows, 4 * job_.windowY.size);
-        for (std::ptrdiff_t top = begin_; top < end_; top += rows) filterBlock({top, std::min(top + rows, end_)});
+        for (std::ptrdiff_t y = begin_; y < end_;) {
+            const std::ptrdiff_t top = y;
+            y = filterWithFewRests(top);
+            if (y != top) continue;
+            y = std::min(top + rows, end_);
+            filterBlock({top, y});
+        }
     }
 
 private:
+    static constexpr std::ptrdiff_t lanes = Vector<double>::lanes;  // and of counts
+
     struct Rows {
         std::ptrdiff_t top;
         std::ptrdiff_t bottom;
     };
 
+    /// The usual case: one running sum, and beside it what it cannot hold of few pixels.
+    /// @returns  the first row from `top` on that it does not suffice for.
+    std::ptrdiff_t filterWithFewRests(std::ptrdiff_t top) {
+        // Units that suit some rows ahead: sums start anew in other ones.
+        const FloatUnits units(rowSpreads_.under(top, std::min(top + job_.windowY.size, end_)), job_.area);
+        const FloatParts<2> of(units);
+        FewRests rests(job_, source_, rowSpreads_, units, width_);
+        const auto whole = [](float pixel) { return std::array<double, 1>{pixel}; };
+        const auto withoutRest = [=](float pixel) { return std::array{of.split(pixel)[0]}; };
+        WindowSums<float, double, 1> sums(job_, source_);
+        std::ptrdiff_t y = top;
+        for (; y < end_ && rests.goTo(y); ++y) {
+            float* const dst = job_.dstRow(y) + left_;
+            const auto store = [&](std::ptrdiff_t x, Doubles low, Doubles high) {
+                storeUpTo(dst + width_, dst + x, roundedToFloat(low, high) / area_);
+            };
+            auto row = rests.haveChanged() ? sums.under(y, withoutRest) : sums.under(y, whole);
+            if (!rests.areUnderAny()) {
+                row.forEachTwo(width_,
+                               [&](std::ptrdiff_t x, const auto& low, const auto& high) { store(x, low[0], high[0]); });
+                continue;
+            }
+            row.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
+                if (!rests.areUnder(x)) return store(x, low[0], high[0]);
+                store(x, addToOdd(low[0], rests.sumsUnder(x)), addToOdd(high[0], rests.sumsUnder(x + lanes)));
+            });
+        }
+        return y;
+    }
+
     void filterBlock(const Rows& rows) {
         const FloatSpread spread = rowSpreads_.under(rows.top, rows.bottom);
         const FloatUnits units(spread, job_.area);
-        if (units.parts() == 2 && spread.allFinite() && filterWithFewRests(rows, units)) return;
-        const std::ptrdiff_t columns = std::max(hardBlockColumns, 4 * job_.windowX.size);
-        if ((units.parts() > 1 || !spread.allFinite()) && width_ > columns) {
+        const std::ptrdiff_t columns = std::max(blockColumns, 4 * job_.windowX.size);
+        if (width_ > columns) {
             for (std::ptrdiff_t x = 0; x < width_; x += columns) {
                 FloatStrip(job_, rows.top, rows.bottom, left_ + x, left_ + std::min(x + columns, width_)).filter();
             }
@@ -100,33 +138,13 @@ private:
     void filterInParts(const Rows& rows, const FloatUnits& units, const Clean& clean) {
         const FloatParts<parts> of(units);
         const auto split = [=](float pixel) { return of.split(clean(pixel)); };
-        forEachRow<double, parts>(rows, split, [&](std::ptrdiff_t y, SlidingSums<double, parts> sums) {
+        WindowSums<float, double, parts> sums(job_, source_);
+        for (std::ptrdiff_t y = rows.top; y < rows.bottom; ++y) {
             float* const dst = job_.dstRow(y) + left_;
-            sums.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
+            sums.under(y, split).forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
                 storeUpTo(dst + width_, dst + x, roundedToFloat(of.sum(low), of.sum(high)) / area_);
             });
-        });
-    }
-
-    /// One part in running sums, and what is left of a few pixels beside them. @returns  whether they are so few.
-    bool filterWithFewRests(const Rows& rows, const FloatUnits& units) {
-        const FloatParts<2> of(units);
-        FewRests rests(job_, source_, width_);
-        if (!rests.find(of, units.unit(0), rowSpreads_, rows.top, rows.bottom)) return false;
-        const auto split = [=](float pixel) { return std::array{of.split(pixel)[0]}; };
-        forEachRow<double, 1>(rows, split, [&](std::ptrdiff_t y, SlidingSums<double, 1> sums) {
-            float* const dst = job_.dstRow(y) + left_;
-            rests.goTo(y);
-            sums.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
-                Doubles lowSums = low[0], highSums = high[0];
-                if (rests.areUnder(x)) {
-                    lowSums = addToOdd(lowSums, rests.sumsUnder(x));
-                    highSums = addToOdd(highSums, rests.sumsUnder(x + sums.lanes));
-                }
-                storeUpTo(dst + width_, dst + x, roundedToFloat(lowSums, highSums) / area_);
-            });
-        });
-        return true;
+        }
     }
 
     template <typename Clean>
@@ -135,8 +153,9 @@ private:
         const auto split = [=](float pixel) { return std::array{WideSum(clean(pixel))}; };
         WorkBuffer buffer(WorkBuffer::bytesFor<WideSum>(static_cast<std::size_t>(source_.padded())));
         WideSum* const columns = buffer.take<WideSum>(static_cast<std::size_t>(source_.padded()));
-        const RunningColumns<float, WideSum, 1> running(job_, source_, {columns});
-        running.forEachRow(rows.top, rows.bottom, split, [&](std::ptrdiff_t y) {
+        RunningColumns<float, WideSum, 1> running(job_, source_, {columns});
+        for (std::ptrdiff_t y = rows.top; y < rows.bottom; ++y) {
+            running.goTo(y, split);
             float* const dst = job_.dstRow(y) + left_;
             auto sum = repeatedColumns<WideSum>(job_.windowX, columns, source_.padded());
             for (std::ptrdiff_t x = 0; x < size; ++x) sum = sum + columns[x];
@@ -145,7 +164,7 @@ private:
                 sum = sum + columns[x + size - 1] - columns[x - 1];
                 dst[x] = static_cast<float>(sum) / area_;
             }
-        });
+        }
     }
 
     /// What plain addition gives where infinities or NaN are in a window, in place of the mean of its finite pixels.
@@ -157,36 +176,22 @@ private:
             return std::array{pixel < 0 ? 0 : counts, pixel > 0 ? 0 : counts};
         };
         constexpr float infinity = std::numeric_limits<float>::infinity();
-        forEachRow<Count, 2>(rows, split, [&](std::ptrdiff_t y, SlidingSums<Count, 2> counts) {
+        WindowSums<float, Count, 2> counts(job_, source_);
+        for (std::ptrdiff_t y = rows.top; y < rows.bottom; ++y) {
             float* const dst = job_.dstRow(y) + left_;
             const auto mark = [&](std::ptrdiff_t first, const auto& infinities) {
                 const auto& [rising, falling] = infinities;
-                for (std::ptrdiff_t i = 0; i < std::min(counts.lanes, width_ - first); ++i) {
+                for (std::ptrdiff_t i = 0; i < std::min(lanes, width_ - first); ++i) {
                     if (rising[i] == 0 && falling[i] == 0) continue;
                     const float up = falling[i] == 0 ? infinity : std::numeric_limits<float>::quiet_NaN();
                     dst[first + i] = rising[i] == 0 ? -infinity : up;
                 }
             };
-            counts.forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
+            counts.under(y, split).forEachTwo(width_, [&](std::ptrdiff_t x, const auto& low, const auto& high) {
                 mark(x, low);
-                mark(x + counts.lanes, high);
+                mark(x + lanes, high);
             });
-        });
-    }
-
-    /// use(y, sums of the parts under the windows of output row y).
-    template <typename Sum, std::size_t parts, typename Split, typename Use>
-    void forEachRow(const Rows& rows, const Split& split, const Use& use) {
-        using Sums = SlidingSums<Sum, parts>;
-        const auto items = static_cast<std::size_t>(source_.padded() + Sums::slack);
-        WorkBuffer buffer(parts * WorkBuffer::bytesFor<Sum>(items));
-        Columns<Sum, parts> columns;
-        for (Sum*& part : columns) part = buffer.take<Sum>(items);
-        const RunningColumns<float, Sum, parts> running(job_, source_, columns);
-        running.forEachRow(rows.top, rows.bottom, split, [&](std::ptrdiff_t y) {
-            use(y, Sums(columns, job_.windowX, source_.padded()));
-            rowSpreads_.lookAtNextRow();
-        });
+        }
     }
 
     const BoxJob<float>& job_;
@@ -202,7 +207,7 @@ private:
 }  // namespace
 
 void filterBoxRows(const BoxJob<Npp32f>& job, std::ptrdiff_t begin, std::ptrdiff_t end) {
-    const std::ptrdiff_t columns = std::max(blockColumns, 4 * job.windowX.size);
+    const std::ptrdiff_t columns = std::max(stripColumns, 4 * job.windowX.size);
     for (std::ptrdiff_t left = 0; left < job.roi.width; left += columns) {
         FloatStrip(job, begin, end, left, std::min<std::ptrdiff_t>(left + columns, job.roi.width)).filter();
     }

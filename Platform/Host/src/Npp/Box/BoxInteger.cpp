@@ -36,11 +36,13 @@ void filterStrip(const BoxJob<Pixel>& job, std::ptrdiff_t top, std::ptrdiff_t bo
     Sum* const sums = buffer.take<Sum>(lead + padded) + lead;
     sums[-1] = 0;
     const auto split = [](Pixel pixel) { return std::array{static_cast<Column>(pixel)}; };
-    RunningColumns<Pixel, Column, 1>(job, source, {columns}).forEachRow(top, bottom, split, [&](std::ptrdiff_t y) {
+    RunningColumns<Pixel, Column, 1> running(job, source, {columns});
+    for (std::ptrdiff_t y = top; y < bottom; ++y) {
+        running.goTo(y, split);
         prefixSum(columns, sums, padded);
         const Sum repeated = repeatedColumns<Sum>(job.windowX, columns, source.padded());
         divideRow(sums, job.windowX.size, repeated, division, job.dstRow(y) + left, right - left);
-    });
+    }
 }
 
 /// Strips keep a row's sums in the first-level cache.

@@ -51,18 +51,15 @@ public:
         for (Column*& inside : inside_) inside += source.padLeft;
     }
 
-    /// use(y) for output rows [top, bottom), with the columns summed under the windows of that row.
-    template <typename Split, typename Use>
-    void forEachRow(std::ptrdiff_t top, std::ptrdiff_t bottom, const Split& split, const Use& use) const {
-        for (std::ptrdiff_t y = top; y < bottom; ++y) {
-            if (y == top) {
-                start(y, split);
-            } else {
-                slide(y, split);
-            }
-            for (Column* const columns : columns_) source_.pad(columns);
-            use(y);
-        }
+    /// Goes to the windows of output row y, the first one or the one below the last call's.
+    template <typename Split>
+    void goTo(std::ptrdiff_t y, const Split& split) {
+        if (started_)
+            slide(y, split);
+        else
+            start(y, split);
+        started_ = true;
+        for (Column* const columns : columns_) source_.pad(columns);
     }
 
 private:
@@ -90,6 +87,7 @@ private:
     const SourceColumns& source_;
     Columns<Column, parts> columns_;
     Columns<Column, parts> inside_;
+    bool started_ = false;
 };
 
 /// What the pixels add that count beside the window along x, from the padded column sums of one row. The image's border

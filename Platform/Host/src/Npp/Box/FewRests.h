@@ -18,32 +18,22 @@ namespace zel::host {
 /// noise around it: sums under windows that are worked out from these pixels alone.
 class FewRests {
 public:
+    /// @param units  the first part is for the pixels, the second one for their rests.
     /// @param width  output columns.
-    FewRests(const BoxJob<float>& job, const SourceColumns& source, std::ptrdiff_t width)
-        : job_(job), source_(source), width_(width) {}
+    FewRests(const BoxJob<float>& job, const SourceColumns& source, RowSpreads& spreads, const FloatUnits& units,
+             std::ptrdiff_t width)
+        : job_(job), source_(source), spreads_(spreads), units_(units), parts_(units), width_(width) {}
 
-    /// Looks for the pixels under the windows of output rows [top, bottom).
-    /// @returns  false if they are too many for this to be worth while.
-    bool find(const FloatParts<2>& of, int unit, RowSpreads& spreads, std::ptrdiff_t top, std::ptrdiff_t bottom) {
-        // One takes some hundred steps and one for each column of a window; a pixel takes some.
-        const std::ptrdiff_t most = (bottom - top) * width_ / (8 * (job_.windowX.size + 64));
-        const float below = std::ldexp(1.0f, unit + 23);  // larger floats have no place below the unit
-        const std::ptrdiff_t last = job_.lastSrcRowUnder(bottom - 1);
-        for (std::ptrdiff_t y = job_.firstSrcRowUnder(top); y <= last; ++y) {
-            if (spreads.ofRow(y).unit() >= unit) continue;
-            findInRow(of, below, y);
-            if (std::ssize(rests_) > most) return false;
-        }
-        sums_.resize(static_cast<std::size_t>(width_ + Sums::slack));
-        counts_.resize(sums_.size() / group + 1);
-        return true;
-    }
-
-    /// Goes to the windows of output row y, the first one or the one behind the last call's.
-    void goTo(std::ptrdiff_t y) {
+    /// Goes to the windows of output row y, the first one or the one below the last call's.
+    /// @returns  false if that takes pixels which the units do not hold, or too many rests.
+    bool goTo(std::ptrdiff_t y) {
+        if (!find(y)) return false;
+        haveChanged_ = false;
         const WindowAxis& window = job_.windowY;
         const std::ptrdiff_t top = job_.offset.y + y - window.before;
         if (!started_) {
+            sums_.resize(static_cast<std::size_t>(width_ + group));
+            counts_.resize(sums_.size() / group + 1);
             addRow(0, static_cast<std::int64_t>(window.firstTimes));
             addRow(job_.size.height - 1, static_cast<std::int64_t>(window.lastTimes));
             for (std::ptrdiff_t j = 0; j < window.size; ++j) addRow(top + j, 1);
@@ -52,9 +42,14 @@ public:
             addRow(top + window.size - 1, 1);
             addRow(top - 1, -1);
         }
+        return true;
     }
 
-    /// Whether there are rests under the two registers of windows from x on, as SlidingSums counts them.
+    /// Whether there are rests in the rows that came under the windows or went in the last call of goTo().
+    bool haveChanged() const { return haveChanged_; }
+    /// Whether there are any under the windows.
+    bool areUnderAny() const { return under_ != 0; }
+    /// Whether there are any under the two registers of windows from x on, as SlidingSums counts them.
     bool areUnder(std::ptrdiff_t x) const { return counts_[static_cast<std::size_t>(x / group)] != 0; }
     /// Sums under a register of windows.
     Doubles sumsUnder(std::ptrdiff_t x) const {
@@ -70,8 +65,25 @@ private:
         double value;
     };
 
-    void findInRow(const FloatParts<2>& of, float below, std::ptrdiff_t y) {
+    /// Looks for rests in the rows under the windows of output row y, as far as that has not been done.
+    bool find(std::ptrdiff_t y) {
+        if (!started_) first_ = next_ = job_.firstSrcRowUnder(y);
+        const std::ptrdiff_t last = job_.lastSrcRowUnder(y);
+        // A rest takes some hundred steps and one for each column of a window; a pixel takes some.
+        constexpr std::ptrdiff_t fewRows = 64;
+        const std::ptrdiff_t most = std::max(last + 1 - first_, fewRows) * width_ / (8 * (job_.windowX.size + 64));
+        for (; next_ <= last; ++next_) {
+            const FloatSpread& spread = spreads_.ofRow(next_);
+            if (!units_.hold(spread, 2)) return false;
+            if (spread.unit() < units_.unit(0)) findInRow(next_);
+            if (std::ssize(rests_) > most) return false;
+        }
+        return true;
+    }
+
+    void findInRow(std::ptrdiff_t y) {
         constexpr std::ptrdiff_t piece = 64;
+        const float below = std::ldexp(1.0f, units_.unit(0) + 23);  // larger floats have no place below the unit
         const float* const row = job_.srcRow(y) + source_.first;
         for (std::ptrdiff_t begin = 0; begin < source_.count; begin += piece) {
             const std::ptrdiff_t end = std::min(begin + piece, source_.count);
@@ -79,7 +91,7 @@ private:
 #pragma omp simd reduction(| : small)
             for (std::ptrdiff_t x = begin; x < end; ++x) small |= std::fabs(row[x]) < below ? 1 : 0;
             for (std::ptrdiff_t x = begin; small != 0 && x < end; ++x) {
-                const double rest = of.split(row[x])[1];
+                const double rest = parts_.split(row[x])[1];
                 if (rest != 0) rests_.push_back({y, x, rest});
             }
         }
@@ -90,7 +102,11 @@ private:
         if (times == 0) return;
         const std::ptrdiff_t y = std::clamp<std::ptrdiff_t>(row, 0, job_.size.height - 1);
         auto rest = std::ranges::lower_bound(rests_, y, {}, &Rest::y);
-        for (; rest != rests_.end() && rest->y == y; ++rest) addColumn(rest->x, rest->value, times);
+        for (; rest != rests_.end() && rest->y == y; ++rest) {
+            addColumn(rest->x, rest->value, times);
+            under_ += times;
+            haveChanged_ = true;
+        }
     }
 
     void addColumn(std::ptrdiff_t column, double value, std::int64_t times) {
@@ -120,15 +136,21 @@ private:
         for (std::ptrdiff_t i = begin / group; i * group < end; ++i) counts_[static_cast<std::size_t>(i)] += times;
     }
 
-    using Sums = SlidingSums<double, 1>;
-    static constexpr std::ptrdiff_t group = 2 * Sums::lanes;
+    static constexpr std::ptrdiff_t group = 2 * SlidingSum<double>::lanes;
 
     const BoxJob<float>& job_;
     const SourceColumns& source_;
+    RowSpreads& spreads_;
+    const FloatUnits& units_;
+    FloatParts<2> parts_;
     std::ptrdiff_t width_;
-    std::vector<Rest> rests_;  // by rows
+    std::ptrdiff_t first_ = 0;  // row of the image that was looked at
+    std::ptrdiff_t next_ = 0;   // to be looked at
+    std::vector<Rest> rests_;   // by rows
     std::vector<double> sums_;
     std::vector<std::int64_t> counts_;  // of rests under each group of windows
+    std::int64_t under_ = 0;
+    bool haveChanged_ = false;
     bool started_ = false;
 };
 

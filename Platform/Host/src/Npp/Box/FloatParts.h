@@ -23,22 +23,34 @@ namespace zel::host {
 class FloatUnits {
 public:
     FloatUnits(const FloatSpread& spread, std::uint64_t area)
-        : areaBits_(std::max(static_cast<int>(std::bit_width(area - 1)), 1)),
-          first_(spread.exponent() + 2 + areaBits_ - 53) {
-        while (parts_ <= maxParts && unit(parts_ - 1) > spread.unit()) ++parts_;
-    }
+        : exponent_(spread.exponent()),
+          areaBits_(std::max(static_cast<int>(std::bit_width(area - 1)), 1)),
+          parts_(partsFor(spread)) {}
 
     static constexpr std::size_t maxParts = 8;
 
     /// Above maxParts if not even these hold the pixels.
     std::size_t parts() const { return parts_; }
     /// Unit of a part, from the highest one on.
-    int unit(std::size_t part) const { return first_ - static_cast<int>(part) * (53 - areaBits_); }
+    int unit(std::size_t part) const {
+        return exponent_ + 2 + areaBits_ - 53 - static_cast<int>(part) * (53 - areaBits_);
+    }
+
+    /// Whether so many parts of these units hold other pixels.
+    bool hold(const FloatSpread& spread, std::size_t parts) const {
+        return spread.allFinite() && spread.exponent() <= exponent_ && partsFor(spread) <= parts;
+    }
 
 private:
+    std::size_t partsFor(const FloatSpread& spread) const {
+        std::size_t parts = 1;
+        while (parts <= maxParts && unit(parts - 1) > spread.unit()) ++parts;
+        return parts;
+    }
+
+    int exponent_;
     int areaBits_;
-    int first_;
-    std::size_t parts_ = 1;
+    std::size_t parts_;
 };
 
 using Doubles = Vector<double>::Type;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstring>
 #include <utility>
@@ -10,80 +11,105 @@
 
 namespace zel::host {
 
-/// Sums of columns under the windows of a row, in two registers of neighbouring windows at a time, of each part. What
-/// is added up on the way are window sums and differences of two, so that doubles do not round where these are exact.
-template <typename Sum, std::size_t parts>
-class SlidingSums {
+/// Sums of columns under the windows of a row, a register of neighbouring windows at a time. A window's sum is that of
+/// the window a register before it and what changed on the way there. So nothing is ever added up but sums of windows
+/// and differences of two, and doubles do not round where these are exact.
+template <typename Sum>
+class SlidingSum {
 public:
     using Register = typename Vector<Sum>::Type;
-    using Sums = std::array<Register, parts>;
     static constexpr std::ptrdiff_t lanes = Vector<Sum>::lanes;
-    static constexpr std::ptrdiff_t slack = 2 * lanes;  ///< columns that are read beyond the last one, of any value
+    /// Columns behind the last window's that are read, of any value.
+    static constexpr std::ptrdiff_t slack = (std::bit_width(Vector<Sum>::lanes) + 1) * lanes;
 
-    SlidingSums(const Columns<Sum, parts>& columns, const WindowAxis& window, std::ptrdiff_t padded)
-        : columns_(columns), size_(window.size) {
-        for (std::size_t i = 0; i < parts; ++i) {
-            Sum sum = repeatedColumns<Sum>(window, columns[i], padded);
-            const Sum* const column = columns[i];
+    SlidingSum() = default;
+    SlidingSum(const Sum* columns, const WindowAxis& window, std::ptrdiff_t padded)
+        : entering_(columns + window.size), leaving_(columns) {
+        Sum sum = repeatedColumns<Sum>(window, columns, padded);
 #pragma omp simd reduction(+ : sum)
-            for (std::ptrdiff_t x = 0; x < size_; ++x) sum += column[x];
-            first_[i] = sum;
+        for (std::ptrdiff_t x = 0; x < window.size; ++x) sum += columns[x];
+        for (std::ptrdiff_t i = 0; i < lanes; ++i) {
+            sums_[i] = sum;
+            sum += entering_[i] - leaving_[i];
+        }
+        for (std::size_t i = 0; i < levels; ++i) nextChange();
+    }
+
+    /// Of the first windows, and of those next to the last call's.
+    Register next() {
+        const Register sums = sums_;
+        sums_ += nextChange();
+        return sums;
+    }
+
+private:
+    static constexpr std::size_t levels = std::bit_width(Vector<Sum>::lanes) - 1;
+
+    /// What comes on top of some windows' sums on the way to the windows a register behind them, which takes as many
+    /// steps as there are lanes.
+    Register nextChange() {
+        Register leaving, entering;
+        std::memcpy(&leaving, leaving_, sizeof leaving);
+        std::memcpy(&entering, entering_, sizeof entering);
+        leaving_ += lanes;
+        entering_ += lanes;
+        return addedUp<0>(entering - leaving);
+    }
+
+    /// Sums of 2^level neighbouring steps come in, those of all lanes go out.
+    template <std::size_t level>
+    Register addedUp(Register steps) {
+        if constexpr (level == levels) {
+            return steps;
+        } else {
+            const Register before = std::exchange(before_[level], steps);
+            return addedUp<level + 1>(before + further<1U << level>(before, steps, Lanes()));
         }
     }
 
-    /// use(x, sums of the windows from x on, those from x + lanes on), a register of them each, until `count` are
-    /// covered.
+    /// The lanes so many places further on in two registers.
+    template <std::size_t places, std::size_t... lane>
+    static Register further(Register first, Register second, std::index_sequence<lane...>) {
+        return __builtin_shufflevector(first, second, (lane + places)...);
+    }
+    using Lanes = std::make_index_sequence<Vector<Sum>::lanes>;
+
+    const Sum* entering_ = nullptr;
+    const Sum* leaving_ = nullptr;
+    Register sums_{};
+    std::array<Register, levels> before_{};
+};
+
+/// Sums of several columns at the same place, see Columns.
+template <typename Sum, std::size_t parts>
+class SlidingSums {
+public:
+    static constexpr std::ptrdiff_t lanes = SlidingSum<Sum>::lanes;
+    static constexpr std::ptrdiff_t slack = SlidingSum<Sum>::slack;
+
+    SlidingSums(const Columns<Sum, parts>& columns, const WindowAxis& window, std::ptrdiff_t padded) {
+        for (std::size_t i = 0; i < parts; ++i) sums_[i] = SlidingSum<Sum>(columns[i], window, padded);
+    }
+
+    /// use(x, sums of the windows from x on, those from x + lanes on), a register of them for each part, until `count`
+    /// windows are covered.
     template <typename Use>
     void forEachTwo(std::ptrdiff_t count, const Use& use) {
-        const Sums first = start(Parts());
-        use(0, first, next(lanes, Parts()));
-        for (std::ptrdiff_t x = 2 * lanes; x < count; x += 2 * lanes) {
-            const Sums low = next(x, Parts());
-            use(x, low, next(x + lanes, Parts()));
+        for (std::ptrdiff_t x = 0; x < count; x += 2 * lanes) {
+            const auto low = next(Parts());
+            use(x, low, next(Parts()));
         }
     }
 
 private:
     using Parts = std::make_index_sequence<parts>;
-    using Lanes = std::make_index_sequence<Vector<Sum>::lanes>;
 
     template <std::size_t... i>
-    Sums start(std::index_sequence<i...>) {
-        return {startPart(columns_[i], first_[i], before_[i])...};
-    }
-    template <std::size_t... i>
-    Sums next(std::ptrdiff_t x, std::index_sequence<i...>) {
-        return {nextPart(columns_[i] + x - 1, before_[i])...};
+    std::array<typename SlidingSum<Sum>::Register, parts> next(std::index_sequence<i...>) {
+        return {sums_[i].next()...};
     }
 
-    Register startPart(const Sum* columns, Sum first, Register& before) const {
-        const Register local = steps(columns);
-        const Register sums = first + detail::shiftedUp<1>(local, Lanes());
-        before = detail::lastInAll(sums, Lanes());
-        return sums;
-    }
-
-    /// The sums of the windows behind the one at `columns`, whose sum is `before`.
-    Register nextPart(const Sum* columns, Register& before) const {
-        const Register local = steps(columns);
-        const Register sums = before + local;
-        // Off the local sums, so that register follows register by one addition.
-        before += detail::lastInAll(local, Lanes());
-        return sums;
-    }
-
-    /// By how much the sums of the next windows differ from that of the window at `columns`.
-    Register steps(const Sum* columns) const {
-        Register leaving, entering;
-        std::memcpy(&leaving, columns, sizeof leaving);
-        std::memcpy(&entering, columns + size_, sizeof entering);
-        return detail::scanned<1, lanes>(entering - leaving);
-    }
-
-    Columns<Sum, parts> columns_;
-    std::ptrdiff_t size_;
-    std::array<Sum, parts> first_;
-    Sums before_{};
+    std::array<SlidingSum<Sum>, parts> sums_;
 };
 
 }  // namespace zel::host
