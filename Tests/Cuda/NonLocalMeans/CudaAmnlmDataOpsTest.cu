@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "PlainAmnlm.h"
 
@@ -39,6 +40,15 @@ TEST(CudaAmnlmDataOpsTest, ElementsAreCombinedAlsoInPlace) {
             EXPECT_TRUE(value == expected[i] || (std::isnan(value) && std::isnan(expected[i]))) << i << ": " << value;
         }
     }
+}
+
+TEST(CudaAmnlmDataOpsTest, ProductsAreAddedInAllChannels) {
+    const AmnlmData a({1, 2, 3, 2}, uniformValues(12, -1, 1, 1)), b({1, 2, 3, 2}, uniformValues(12, -1, 1, 2));
+    AmnlmData sum({1, 2, 3, 2}, uniformValues(12, -1, 1, 3));
+    Floats expected = sum.values();
+    for (std::size_t i = 0; i < 12; ++i) expected[i] += a.values()[i] * b.values()[i];
+    amnlm::addProductData(a, b, sum);
+    EXPECT_EQ(sum.values(), expected);
 }
 
 TEST(CudaAmnlmDataOpsTest, MaskKeepsItsElementsOnly) {
@@ -87,6 +97,8 @@ TEST(CudaAmnlmDataOpsTest, ScalesFirstOntoFirstAndLastOntoLast) {
         // Positions are rounded to 2^-24 of the axis; neighbours differ by at most 2.
         expectNear(scaled, plainScaled(values, from, to), 2e-5);
         EXPECT_EQ(scaled.front(), values.front());
+        amnlm::scaleData(std::move(in), out);
+        EXPECT_EQ(out.values(), scaled);
     }
 }
 
@@ -97,6 +109,11 @@ TEST(CudaAmnlmDataOpsTest, EqualExtentsAreCopiedBitForBit) {
     AmnlmData in({2, 3, 4, 1}, values), out({2, 3, 4, 1});
     amnlm::scaleData(in, out);
     EXPECT_EQ(std::memcmp(out.values().data(), values.data(), out.byteSize()), 0);
+    AmnlmData moved({2, 3, 4, 1});
+    const float* const memory = in.data;
+    amnlm::scaleData(std::move(in), moved);
+    EXPECT_EQ(moved.data, memory) << "is no copy";
+    EXPECT_EQ(std::memcmp(moved.values().data(), values.data(), moved.byteSize()), 0);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "NonLocalMeans/CudaAmnlmHFilter.h"
 #include "NonLocalMeans/CudaAmnlmRFFilter.h"
 #include "PlainAmnlm.h"
@@ -20,9 +22,12 @@ struct Joint {
 };
 std::vector<float> filteredRF(const Extents& extents, const std::vector<float>& values, const Joint& joint,
                               float rangeSigma, float spatialSigma) {
-    const AmnlmData data(extents, values), guide(withChannels(extents, joint.channels), joint.values);
-    AmnlmData out(extents);
+    AmnlmData data(extents, values);
+    const AmnlmData guide(withChannels(extents, joint.channels), joint.values);
+    AmnlmData out(extents), moved(extents);
     amnlm::rfFilter(data, guide, rangeSigma, spatialSigma, out);
+    amnlm::rfFilter(std::move(data), guide, rangeSigma, spatialSigma, moved);
+    EXPECT_EQ(moved.values(), out.values());
     return out.values();
 }
 
