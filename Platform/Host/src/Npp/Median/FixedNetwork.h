@@ -134,13 +134,13 @@ public:
     /// Finds the medians of the first `columns` columns under the rows of pixels at `memory`.
     static void run(std::byte* memory, std::ptrdiff_t columns) {
         const std::ptrdiff_t tiles = (columns + tile.width - 1) / tile.width;
-        for (std::ptrdiff_t byte = 0; byte < layout.rowStride; byte += NetworkLayout::registerBytes) {
+        for (std::ptrdiff_t byte = 0; byte < layout.rowStride; byte += sizeof(Lanes)) {
             detail::StraightCode<&detail::taskOfColumn<layout.coreRows()>>::template run<Lanes>(
                 [&](auto j) __attribute__((always_inline)) { return loaded(memory + byte + layout.coreAddress(j)); },
                 [&](auto j, const Lanes& lanes)
                     __attribute__((always_inline)) { store(lanes, memory + byte + layout.sortedAddress(j)); });
         }
-        for (std::ptrdiff_t first = 0; first < tiles; first += layout.lanes()) {
+        for (std::ptrdiff_t first = 0; first < tiles; first += sizeof(Lanes) / sizeof(Key)) {
             std::byte* const base = memory + first * layout.keyBytes;
             detail::StraightCode<&detail::taskOfTile<mask, tile>>::template run<Lanes>(
                 [&](auto number) __attribute__((always_inline)) { return loaded(base + layout.inputAddress(number)); },
@@ -150,7 +150,9 @@ public:
     }
 
 private:
-    using Lanes [[gnu::vector_size(NetworkLayout::registerBytes)]] = Key;
+    /// A register of the machine: a larger vector would be kept on the stack.
+    using Lanes [[gnu::vector_size(__BIGGEST_ALIGNMENT__)]] = Key;
+    static_assert(NetworkLayout::registerBytes % sizeof(Lanes) == 0);
 
     static Lanes loaded(const std::byte* from) {
         Lanes lanes;
