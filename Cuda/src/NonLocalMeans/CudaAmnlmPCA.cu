@@ -75,7 +75,10 @@ __global__ void kernGenerateProjPatches(float* patchImage, const float* block, c
     const std::uint64_t plane = static_cast<std::uint64_t>(X) * Y;
     const int width = 2 * radius + 1, P = width * width * width;
     const float variance = 0.5f * static_cast<float>(radius);
-    forEachItemBundle(plane * Z, offset, X, [=](const auto bundle) {
+    const Tabulated weightAt(3 * radius * radius + 1, [=](int squaredDistance) {
+        return expf(-0.5f * static_cast<float>(squaredDistance) / variance);
+    });
+    forEachItemBundle(plane * Z, offset, X, [&](const auto bundle) {
         const int x = static_cast<int>(bundle.first % X), y = static_cast<int>(bundle.first / X % Y);
         const int z = static_cast<int>(bundle.first / plane);
         ChannelSums<std::decay_t<decltype(bundle)>, directions> sums(bundle, patchImage);
@@ -86,7 +89,7 @@ __global__ void kernGenerateProjPatches(float* patchImage, const float* block, c
                     block + wrapped(z + dz, Z) * plane + std::uint64_t{1} * wrapped(y + dy, Y) * X;
                 const PeriodicRow row(bundle, line, x, X, radius);
                 for (int dx = -radius; dx <= radius; ++dx, ++q) {
-                    const float weight = expf(-0.5f * static_cast<float>(dx * dx + dy * dy + dz * dz) / variance);
+                    const float weight = weightAt(dx * dx + dy * dy + dz * dz);
                     float direction[directions];
                     for (int k = 0; k < directions; ++k) direction[k] = eigenvectors[std::int64_t{k} * P + q];
                     bundle.each([&](unsigned int lane) {

@@ -23,4 +23,16 @@ private:
     int length_;
 };
 
+inline constexpr int maxTabulated = 1024;
+
+template <class Function>
+class Tabulated {
+public:
+    __device__ __forceinline__ Tabulated(int, Function function) : function_(function) {}
+    __device__ __forceinline__ float operator()(int i) const { return function_(i); }
+
+private:
+    Function function_;
+};
+
 }  // namespace zel::cuda

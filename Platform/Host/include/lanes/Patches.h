@@ -44,4 +44,21 @@ private:
     float values_[Bundle::capacity + 2 * maxPeriodicReach];
 };
 
+/// The most values of a Tabulated.
+inline constexpr int maxTabulated = 1024;
+
+/// function(i) for i = 0 ... count - 1, the same for all items of a kernel: worked out in advance, which is for a
+/// kernel to do before its words. On a GPU, whose threads have no room for tables, it is worked out when asked for.
+template <class Function>
+class Tabulated {
+public:
+    __forceinline__ Tabulated(int count, Function function) {
+        for (int i = 0; i < count; ++i) values_[i] = function(i);
+    }
+    __forceinline__ float operator()(int i) const { return values_[i]; }
+
+private:
+    float values_[maxTabulated];
+};
+
 }  // namespace zel::cuda
