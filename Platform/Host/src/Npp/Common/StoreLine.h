@@ -22,9 +22,9 @@ enum class Stores {
 /// @param bytes  of all that a filter reads and writes.
 inline Stores storesFor(std::size_t bytes) {
     // What a last-level cache holds for one user. Its size as the system tells it may be that of many users together.
-    constexpr std::size_t cached = std::size_t{32} << 20;
+    constexpr std::size_t cacheBytes = std::size_t{32} << 20;
     // The sanitizers do not see streaming stores.
-    const bool stream = bytes > cached && !underAddressSanitizer && !underThreadSanitizer;
+    const bool stream = bytes > cacheBytes && !underAddressSanitizer && !underThreadSanitizer;
     return stream ? Stores::streamed : Stores::cached;
 }
 
